@@ -1,0 +1,67 @@
+#include "core/numbers.h"
+
+#include <cctype>
+
+namespace numbers {
+
+double Round_Half_Even(double v) {
+  // nearbyint follows the current rounding mode, which is to-nearest-even by default.
+  return std::nearbyint(v);
+}
+
+double Leading_Number(std::string_view text) {
+  size_t i = 0;
+  while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) {
+    negative = text[i] == '-';
+    ++i;
+  }
+  double value = 0.0;
+  bool any = false;
+  while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) {
+    value = value * 10.0 + (text[i] - '0');
+    any = true;
+    ++i;
+  }
+  if (i < text.size() && text[i] == '.') {
+    ++i;
+    double scale = 0.1;
+    while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) {
+      value += (text[i] - '0') * scale;
+      scale *= 0.1;
+      any = true;
+      ++i;
+    }
+  }
+  if (!any) return 0.0;
+  return negative ? -value : value;
+}
+
+std::string Format(double value, std::string_view pattern) {
+  const double r = Round_Half_Even(value);
+  const bool negative = r < 0;
+  std::string digits = std::to_string(static_cast<long long>(std::fabs(r)));
+  size_t placeholders = 0;
+  for (char c : pattern)
+    if (c == '0') ++placeholders;
+  if (digits.size() < placeholders) digits.insert(0, placeholders - digits.size(), '0');
+  // Fill placeholders from the right; surplus digits land in the first one.
+  const size_t surplus = digits.size() - placeholders;
+  std::string out;
+  size_t next = 0;
+  bool first = true;
+  for (char c : pattern) {
+    if (c == '0') {
+      const size_t take = first ? surplus + 1 : 1;
+      out.append(digits, next, take);
+      next += take;
+      first = false;
+    } else {
+      out.push_back(c);
+    }
+  }
+  return negative ? "-" + out : out;
+}
+
+}  // namespace numbers
