@@ -1,6 +1,7 @@
 #include "core/numbers.h"
 
 #include <cctype>
+#include <cstdlib>
 
 namespace numbers {
 
@@ -12,30 +13,22 @@ double Round_Half_Even(double v) {
 double Leading_Number(std::string_view text) {
   size_t i = 0;
   while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
-  bool negative = false;
-  if (i < text.size() && (text[i] == '-' || text[i] == '+')) {
-    negative = text[i] == '-';
-    ++i;
-  }
-  double value = 0.0;
+  std::string number;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) number.push_back(text[i++]);
   bool any = false;
   while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) {
-    value = value * 10.0 + (text[i] - '0');
+    number.push_back(text[i++]);
     any = true;
-    ++i;
   }
   if (i < text.size() && text[i] == '.') {
-    ++i;
-    double scale = 0.1;
+    number.push_back(text[i++]);
     while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) {
-      value += (text[i] - '0') * scale;
-      scale *= 0.1;
+      number.push_back(text[i++]);
       any = true;
-      ++i;
     }
   }
   if (!any) return 0.0;
-  return negative ? -value : value;
+  return std::strtod(number.c_str(), nullptr);
 }
 
 std::string Format(double value, std::string_view pattern) {

@@ -1,0 +1,3 @@
+#include "core/modMain.h"
+
+int main() { return modMain::Main(); }

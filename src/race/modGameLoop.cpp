@@ -1,0 +1,10 @@
+#include "race/modGameLoop.h"
+
+#include "core/plain_screen.h"
+
+namespace modGameLoop {
+
+// A plain screen until this screen is built.
+void Init_Race() { modMain::Run_Plain_Screen("Race"); }
+
+}  // namespace modGameLoop

@@ -1,0 +1,10 @@
+#include "screens/modOptions.h"
+
+#include "core/plain_screen.h"
+
+namespace modOptions {
+
+// A plain screen until this screen is built.
+void Init_Options_Screen() { modMain::Run_Plain_Screen("Options"); }
+
+}  // namespace modOptions

@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+
+#include "audio_input/frmMain.h"
+#include "core/modMain.h"
+#include "platform/platform.h"
+#include "vehicle/clsHumanPlayer.h"
+
+using namespace modMain;
+using namespace frmMain;
+
+class InputTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Default_Settings();
+    Reset_Input();
+    Players.clear();
+  }
+  void TearDown() override { Players.clear(); }
+  clsHumanPlayer& Add_Player() {
+    Players.push_back(std::make_unique<clsHumanPlayer>());
+    return *Players.back();
+  }
+};
+
+TEST_F(InputTest, BoundKeysDriveThePlayerOnly) {
+  clsHumanPlayer& p = Add_Player();
+  Form_KeyDown(38, 0);
+  Form_KeyDown(40, 0);
+  Form_KeyDown(37, 0);
+  Form_KeyDown(39, 0);
+  EXPECT_EQ(p.Thrust, kTrue);
+  EXPECT_EQ(p.Brake, kTrue);
+  EXPECT_EQ(p.SteerLeft, kTrue);
+  EXPECT_EQ(p.SteerRight, kTrue);
+  EXPECT_EQ(KeyState[38], kTrue);
+  Form_KeyUp(38, 0);
+  EXPECT_EQ(p.Thrust, kFalse);
+  EXPECT_EQ(p.Brake, kTrue);
+  EXPECT_EQ(KeyState[38], kFalse);
+}
+
+TEST_F(InputTest, NoRacerMeansOnlyKeyState) {
+  Form_KeyDown(38, 0);
+  EXPECT_EQ(KeyState[38], kTrue);
+  EXPECT_EQ(EnterPressed, kFalse);
+}
+
+TEST_F(InputTest, KeyBoundToEnterNeverRaisesEnter) {
+  clsHumanPlayer& p = Add_Player();
+  KeyUp = 13;
+  KeyLeft = 27;
+  KeyRight = 16;
+  Form_KeyDown(13, 0);
+  Form_KeyDown(27, 0);
+  Form_KeyDown(16, 0);
+  EXPECT_EQ(p.Thrust, kTrue);
+  EXPECT_EQ(p.SteerLeft, kTrue);
+  EXPECT_EQ(p.SteerRight, kTrue);
+  EXPECT_EQ(EnterPressed, kFalse);
+  EXPECT_EQ(EscapePressed, kFalse);
+  EXPECT_EQ(ShiftPressed, kFalse);
+  EXPECT_EQ(KeyState[13], kTrue);
+}
+
+TEST_F(InputTest, FirstMatchingBindingWins) {
+  clsHumanPlayer& p = Add_Player();
+  KeyDown = 38;  // Up bound twice: the first control in order takes it
+  Form_KeyDown(38, 0);
+  EXPECT_EQ(p.Thrust, kTrue);
+  EXPECT_EQ(p.Brake, kFalse);
+}
+
+TEST_F(InputTest, UnboundEnterEscapeShiftAndHighCodes) {
+  Form_KeyDown(13, 0);
+  Form_KeyDown(27, 0);
+  Form_KeyDown(16, 0);
+  EXPECT_EQ(EnterPressed, kTrue);
+  EXPECT_EQ(EscapePressed, kTrue);
+  EXPECT_EQ(ShiftPressed, kTrue);
+  Form_KeyUp(27, 0);
+  EXPECT_EQ(EscapePressed, kFalse);
+
+  // Codes from 124 up reach the bindings but record no key state.
+  clsHumanPlayer& p = Add_Player();
+  KeyUp = 186;
+  Form_KeyDown(186, 0);
+  Form_KeyDown(124, 0);
+  EXPECT_EQ(p.Thrust, kTrue);
+  Form_KeyDown(123, 0);
+  EXPECT_EQ(KeyState[123], kTrue);
+}
+
+TEST_F(InputTest, MouseButtonsAndRounding) {
+  Form_MouseDown(2, 0, 10, 10);
+  EXPECT_EQ(MouseLeftDown, kFalse);
+  Form_MouseDown(1, 0, 10, 10);
+  EXPECT_EQ(MouseLeftDown, kTrue);
+  Form_MouseUp(2, 0, 10, 10);
+  EXPECT_EQ(MouseLeftDown, kTrue);
+  Form_MouseUp(1, 0, 10, 10);
+  EXPECT_EQ(MouseLeftDown, kFalse);
+
+  Form_MouseMove(0, 0, 319.5f, 320.5f);
+  EXPECT_EQ(MouseX, 320);
+  EXPECT_EQ(MouseY, 320);
+  Form_MouseMove(0, 0, 0.49f, 479.51f);
+  EXPECT_EQ(MouseX, 0);
+  EXPECT_EQ(MouseY, 480);
+}
+
+TEST_F(InputTest, PumpDeliversQueuedEventsInOrder) {
+  frmMain::Show();
+  clsHumanPlayer& p = Add_Player();
+  platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0});
+  platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0});  // a repeat
+  platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 100.5f, 7.0f});
+  platform::Post_Event({platform::EventKind::KeyUp, 38, 0, 0, 0});
+  EXPECT_EQ(p.Thrust, kFalse);  // nothing happens before the pump
+  platform::Pump_Messages();
+  EXPECT_EQ(p.Thrust, kFalse);
+  EXPECT_EQ(MouseX, 100);
+  EXPECT_EQ(MouseY, 7);
+  frmMain::Unload();
+}
+
+TEST(VirtualKeys, TableCoversTheGameKeys) {
+  EXPECT_EQ(platform::Virtual_Key('a'), 65);
+  EXPECT_EQ(platform::Virtual_Key('z'), 90);
+  EXPECT_EQ(platform::Virtual_Key('0'), 48);
+  EXPECT_EQ(platform::Virtual_Key('\r'), 13);
+  EXPECT_EQ(platform::Virtual_Key(27), 27);
+  EXPECT_EQ(platform::Virtual_Key(' '), 32);
+  EXPECT_EQ(platform::Virtual_Key('\b'), 8);
+  EXPECT_EQ(platform::Virtual_Key(';'), 186);
+  EXPECT_EQ(platform::Virtual_Key('\''), 222);
+  // SDL's scancode-based keys: arrows, F-keys, keypad, shift.
+  constexpr int32_t kScan = 1 << 30;
+  EXPECT_EQ(platform::Virtual_Key(kScan | 80), 37);   // left
+  EXPECT_EQ(platform::Virtual_Key(kScan | 82), 38);   // up
+  EXPECT_EQ(platform::Virtual_Key(kScan | 79), 39);   // right
+  EXPECT_EQ(platform::Virtual_Key(kScan | 81), 40);   // down
+  EXPECT_EQ(platform::Virtual_Key(kScan | 58), 112);  // F1
+  EXPECT_EQ(platform::Virtual_Key(kScan | 69), 123);  // F12
+  EXPECT_EQ(platform::Virtual_Key(kScan | 98), 96);   // keypad 0
+  EXPECT_EQ(platform::Virtual_Key(kScan | 97), 105);  // keypad 9
+  EXPECT_EQ(platform::Virtual_Key(kScan | 225), 16);  // left shift
+  EXPECT_EQ(platform::Virtual_Key(kScan | 229), 16);  // right shift
+}
+
+class FrameTimerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    platform::Use_Manual_Clock(true);
+    platform::Set_Manual_Clock(1000);
+    LastTick = 1000;
+    GameClock = 0;
+  }
+  void TearDown() override { platform::Use_Manual_Clock(false); }
+};
+
+TEST_F(FrameTimerTest, LongFramesAreCappedAt50) {
+  platform::Advance_Manual_Clock(200);
+  Update_Frame_Timer();
+  EXPECT_EQ(FrameTime, 50);
+  EXPECT_EQ(GameClock, 50);
+  EXPECT_EQ(LastTick, 1200);
+  platform::Advance_Manual_Clock(16);
+  Update_Frame_Timer();
+  EXPECT_EQ(FrameTime, 16);
+  EXPECT_EQ(GameClock, 66);
+}
+
+TEST_F(FrameTimerTest, ClockWrapsAfterOneHour) {
+  GameClock = 3600000 - 10;
+  platform::Advance_Manual_Clock(20);
+  Update_Frame_Timer();
+  EXPECT_EQ(GameClock, 10);
+  Reset_Game_Clock();
+  EXPECT_EQ(GameClock, 0);
+}
+
+TEST_F(FrameTimerTest, TickCounterWrapKeepsFramesShort) {
+  platform::Set_Manual_Clock(INT32_MAX - 5);
+  LastTick = INT32_MAX - 5;
+  platform::Advance_Manual_Clock(16);
+  Update_Frame_Timer();
+  EXPECT_EQ(FrameTime, 16);
+}
+
+TEST(RandomSource, UniformInUnitIntervalAndSeeded) {
+  Randomize(42);
+  double sum = 0;
+  float lo = 1, hi = 0;
+  for (int i = 0; i < 100000; ++i) {
+    const float r = Rnd();
+    ASSERT_GE(r, 0.0f);
+    ASSERT_LT(r, 1.0f);
+    sum += r;
+    lo = std::min(lo, r);
+    hi = std::max(hi, r);
+  }
+  EXPECT_NEAR(sum / 100000, 0.5, 0.01);
+  EXPECT_LT(lo, 0.001f);
+  EXPECT_GT(hi, 0.999f);
+  Randomize(42);
+  const float a = Rnd();
+  Randomize(42);
+  EXPECT_EQ(a, Rnd());
+}

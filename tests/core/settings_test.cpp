@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "core/modMain.h"
+#include "core/numbers.h"
+#include "support/test_env.h"
+
+using namespace modMain;
+
+namespace {
+std::string Ini(std::initializer_list<const char*> lines) {
+  std::string s;
+  for (const char* l : lines) s += std::string(l) + "\r\n";
+  return s;
+}
+}  // namespace
+
+TEST(Settings, MissingFileLogsAndTakesDefaults) {
+  testenv::ScratchAppDir dir;
+  ScreenWidth = 1024;
+  KeyUp = 65;
+  Create_Log();
+  Read_Settings();
+  EXPECT_EQ(ScreenWidth, 640);
+  EXPECT_EQ(KeyUp, 38);
+  EXPECT_FLOAT_EQ(ScaleX, 1.0f);
+  EXPECT_FLOAT_EQ(ScaleY, 1.0f);
+  EXPECT_EQ(testenv::Read_Lines_CRLF(Log_Path()),
+            (std::vector<std::string>{"Program Started", " ", "Quorval.ini not found, Using Default Settings"}));
+  // The file is only written by the dialogs, never by reading.
+  EXPECT_TRUE(testenv::Read_File(Settings_Path()).empty());
+}
+
+TEST(Settings, DefaultsRoundTripByteForByteIncludingEmptyName) {
+  testenv::ScratchAppDir dir;
+  Default_Settings();
+  Write_Settings();
+  EXPECT_EQ(testenv::Read_File(Settings_Path()),
+            Ini({"0", "640", "480", "16", "<none>", "<none>", "1", "", "0", "38", "40", "37", "39"}));
+  SkipSetup = 1;
+  PlayerName = "stale";
+  KeyRight = 1;
+  Read_Settings();
+  EXPECT_EQ(SkipSetup, 0);
+  EXPECT_EQ(PlayerName, "");
+  EXPECT_EQ(KeyRight, 39);
+  EXPECT_EQ(SoundDeviceGuid, "<none>");
+}
+
+TEST(Settings, ChangedValuesRoundTripAndScale) {
+  testenv::ScratchAppDir dir;
+  Default_Settings();
+  SkipSetup = 1;
+  ScreenWidth = 800;
+  ScreenHeight = 600;
+  ScreenBPP = 32;
+  D3DDeviceGuid = "IID_IDirect3DHALDevice";
+  PlayerName = "Ada Vance";
+  Difficulty = 3;
+  KeyUp = 87;
+  Write_Settings();
+  Default_Settings();
+  Read_Settings();
+  EXPECT_EQ(SkipSetup, 1);
+  EXPECT_EQ(ScreenWidth, 800);
+  EXPECT_EQ(ScreenBPP, 32);
+  EXPECT_EQ(D3DDeviceGuid, "IID_IDirect3DHALDevice");
+  EXPECT_EQ(PlayerName, "Ada Vance");
+  EXPECT_EQ(Difficulty, 3);
+  EXPECT_EQ(KeyUp, 87);
+  EXPECT_FLOAT_EQ(ScaleX, 1.25f);
+  EXPECT_FLOAT_EQ(ScaleY, 1.25f);
+}
+
+TEST(Settings, NumbersRoundHalfToEvenAndBadLinesKeepOldValues) {
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(Settings_Path(),
+                      Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1", "17.5", "40",
+                           "99999", "39"}));
+  Default_Settings();
+  ScreenHeight = 555;
+  Difficulty = 2;
+  ControlDevice = 5;
+  KeyLeft = 70;
+  Read_Settings();
+  EXPECT_EQ(SkipSetup, 1);        // text after the number is ignored
+  EXPECT_EQ(ScreenWidth, 1024);
+  EXPECT_EQ(ScreenHeight, 0);     // a line without a number reads as 0
+  EXPECT_EQ(ScreenBPP, 16);       // 16.5 -> 16
+  EXPECT_EQ(Difficulty, 2);       // 300 does not fit 8 bits: unchanged
+  EXPECT_EQ(ControlDevice, 5);    // -1 does not fit either
+  EXPECT_EQ(KeyUp, 18);           // 17.5 -> 18
+  EXPECT_EQ(KeyLeft, 70);         // 99999 does not fit 16 bits
+  EXPECT_EQ(PlayerName, "Name");
+}
+
+TEST(Settings, ShortFileSetsOnlyItsLines) {
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(Settings_Path(), Ini({"1", "320", "240", "24"}));
+  Default_Settings();
+  D3DDeviceGuid = "kept";
+  KeyDown = 83;
+  Read_Settings();
+  EXPECT_EQ(SkipSetup, 1);
+  EXPECT_EQ(ScreenWidth, 320);
+  EXPECT_EQ(ScreenBPP, 24);
+  EXPECT_EQ(D3DDeviceGuid, "kept");
+  EXPECT_EQ(KeyDown, 83);
+  EXPECT_FLOAT_EQ(ScaleX, 0.5f);
+}
+
+TEST(LogAndStrings, LogLinesAppendWithCrLf) {
+  testenv::ScratchAppDir dir;
+  Create_Log();
+  Write_Log("first");
+  Write_Log("");
+  Write_Log("third");
+  EXPECT_EQ(testenv::Read_File(Log_Path()), "Program Started\r\n \r\nfirst\r\n\r\nthird\r\n");
+  Create_Log();  // a new run truncates
+  EXPECT_EQ(testenv::Read_File(Log_Path()), "Program Started\r\n \r\n");
+}
+
+TEST(LogAndStrings, CountedStrings) {
+  std::ostringstream out;
+  Write_String(out, "AB");
+  Write_String(out, "");
+  EXPECT_EQ(out.str(), std::string("\x02\x00" "AB" "\x00\x00", 6));
+
+  std::istringstream in(out.str());
+  std::string s;
+  ASSERT_TRUE(Read_String(in, s));
+  EXPECT_EQ(s, "AB");
+  ASSERT_TRUE(Read_String(in, s));
+  EXPECT_EQ(s, "");
+
+  std::istringstream negative(std::string("\xFF\xFFxyz", 5));  // length -1 reads as empty
+  ASSERT_TRUE(Read_String(negative, s));
+  EXPECT_EQ(s, "");
+
+  std::istringstream short_data(std::string("\x05\x00" "ab", 4));
+  EXPECT_FALSE(Read_String(short_data, s));
+  EXPECT_EQ(s, "ab");
+}
+
+TEST(Numbers, RoundingParsingAndFormats) {
+  EXPECT_EQ(numbers::Round_Half_Even(0.5), 0);
+  EXPECT_EQ(numbers::Round_Half_Even(1.5), 2);
+  EXPECT_EQ(numbers::Round_Half_Even(-2.5), -2);
+  EXPECT_DOUBLE_EQ(numbers::Leading_Number("  -12.25kg"), -12.25);
+  EXPECT_DOUBLE_EQ(numbers::Leading_Number(".5"), 0.5);
+  EXPECT_DOUBLE_EQ(numbers::Leading_Number("x12"), 0.0);
+  EXPECT_EQ(numbers::Format(7, "000"), "007");
+  EXPECT_EQ(numbers::Format(1234, "00"), "1234");
+  EXPECT_EQ(numbers::Format(105, "00:00"), "01:05");
+  EXPECT_EQ(numbers::Format(12345, "00:00"), "123:45");
+}

@@ -1,0 +1,69 @@
+#include "support/test_env.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "platform/platform.h"
+
+namespace fs = std::filesystem;
+
+namespace testenv {
+
+ScratchAppDir::ScratchAppDir() {
+  static int counter = 0;
+  path_ = (fs::temp_directory_path() /
+           ("quorval-test-" + std::to_string(::getpid()) + "-" + std::to_string(counter++)))
+              .string();
+  fs::remove_all(path_);
+  fs::create_directories(path_);
+  platform::Set_App_Dir(path_);
+}
+
+ScratchAppDir::~ScratchAppDir() {
+  std::error_code ec;
+  fs::remove_all(path_, ec);
+}
+
+void ScratchAppDir::Copy_From_Game(const std::string& relative) const {
+  const fs::path from = fs::path(Game_Dir()) / relative;
+  const fs::path to = fs::path(path_) / relative;
+  fs::create_directories(to.parent_path());
+  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+}
+
+std::string Read_File(const std::string& path) {
+  std::ifstream f(path, std::ios::binary);
+  std::ostringstream s;
+  s << f.rdbuf();
+  return s.str();
+}
+
+void Write_File(const std::string& path, const std::string& bytes) {
+  fs::create_directories(fs::path(path).parent_path());
+  std::ofstream f(path, std::ios::binary | std::ios::trunc);
+  f << bytes;
+}
+
+std::vector<std::string> Read_Lines_CRLF(const std::string& path) {
+  const std::string all = Read_File(path);
+  std::vector<std::string> lines;
+  size_t start = 0;
+  while (start < all.size()) {
+    const size_t end = all.find("\r\n", start);
+    if (end == std::string::npos) {
+      lines.push_back(all.substr(start));
+      break;
+    }
+    lines.push_back(all.substr(start, end - start));
+    start = end + 2;
+  }
+  return lines;
+}
+
+std::string Game_Dir() { return QUORVAL_GAME_DIR; }
+std::string Testdata_Dir() { return QUORVAL_TESTDATA_DIR; }
+
+}  // namespace testenv

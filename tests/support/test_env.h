@@ -1,0 +1,32 @@
+#pragma once
+// Shared test helpers: a scratch application folder and file helpers.
+#include <string>
+#include <vector>
+
+namespace testenv {
+
+// A fresh empty folder under the system temp dir, removed by the destructor; while it
+// lives the game's application folder points at it.
+class ScratchAppDir {
+ public:
+  ScratchAppDir();
+  ~ScratchAppDir();
+  ScratchAppDir(const ScratchAppDir&) = delete;
+  ScratchAppDir& operator=(const ScratchAppDir&) = delete;
+  const std::string& path() const { return path_; }
+  // Copies a file or folder from the generated game folder (build/game) into this one.
+  void Copy_From_Game(const std::string& relative) const;
+
+ private:
+  std::string path_;
+};
+
+std::string Read_File(const std::string& path);
+void Write_File(const std::string& path, const std::string& bytes);
+// The lines of a CR LF text file, without their terminators.
+std::vector<std::string> Read_Lines_CRLF(const std::string& path);
+// The generated game folder and the shared foreign test data (may be absent).
+std::string Game_Dir();
+std::string Testdata_Dir();
+
+}  // namespace testenv
