@@ -1,0 +1,160 @@
+// Whole runs of the game: in process with scripted input, and the real executable.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "audio_input/frmMain.h"
+#include "core/modMain.h"
+#include "platform/platform.h"
+#include "support/test_env.h"
+
+extern char** environ;
+
+namespace {
+
+std::vector<std::string> Start_Up_Lines(const std::string& device) {
+  return {"Initialising DDraw...",
+          "DX and DDraw objects created",
+          "Exclusive mode set, at 640x480x16",
+          "Primary Surface Created",
+          "Backbuffer Created",
+          "...DDraw Initialized",
+          "",
+          "Initializing D3D...",
+          "D3D object created",
+          "Device found - " + device,
+          "Z-buffer created",
+          "Z-buffer Attached to backbuffer",
+          "Device Created",
+          "...D3D initialized",
+          "",
+          "Making Fonts...",
+          "Loading Font0.bmp...",
+          "...Done",
+          "Loading Font1.bmp...",
+          "...Done",
+          "Loading Font2.bmp...",
+          "...Done",
+          "Fonts created",
+          "Initialising Sound and Music...",
+          "...Sound and Music Ready",
+          "Initialising Menu Particles...",
+          "...Menu Particles Ready",
+          "Starting Main loop"};
+}
+
+const std::vector<std::string> kShutdownLines = {"Ending Program",
+                                                 "Cooperative level set back to normal",
+                                                 "DSound Killed",
+                                                 "Z-buffer Killed",
+                                                 "3D Device Killed",
+                                                 "D3D Killed",
+                                                 "Backbuffer Killed",
+                                                 "Primary Killed",
+                                                 "DD Killed",
+                                                 "DX Killed",
+                                                 "Everything was killed successfully",
+                                                 "Bye Bye"};
+
+void Write_Ini(const std::string& skip_setup, const std::string& device) {
+  testenv::Write_File(modMain::Settings_Path(), skip_setup + "\r\n640\r\n480\r\n16\r\n" + device +
+                                                    "\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
+}
+
+}  // namespace
+
+TEST(WholeRun, IntroThenMenuThenQuitLeavesTheCompleteLog) {
+  testenv::ScratchAppDir dir;
+  dir.Copy_From_Game("Gfx");
+  Write_Ini("1", "<none>");
+  platform::Use_Manual_Clock(true);
+  std::vector<uint8_t> states_seen;
+  // One scripted step per pumped frame: 16 ms pass, and the script presses its keys.
+  platform::Set_Pump_Hook([&](uint64_t pump) {
+    platform::Advance_Manual_Clock(16);
+    if (states_seen.empty() || states_seen.back() != modMain::GameState) states_seen.push_back(modMain::GameState);
+    if (pump == 3) platform::Post_Event({platform::EventKind::KeyDown, 13});  // intro -> menu
+    if (pump == 4) platform::Post_Event({platform::EventKind::KeyUp, 13});
+    if (pump == 8) platform::Post_Event({platform::EventKind::KeyDown, 27});  // menu: quit
+  });
+  EXPECT_EQ(modMain::Main(), 0);
+  platform::Set_Pump_Hook(nullptr);
+  platform::Use_Manual_Clock(false);
+
+  EXPECT_EQ(states_seen, (std::vector<uint8_t>{5, 0}));
+  std::vector<std::string> expected = {"Program Started", " ", "Reading Quorval.ini...", "...Done"};
+  for (const auto& l : Start_Up_Lines("<none>")) expected.push_back(l);
+  for (const auto& l : kShutdownLines) expected.push_back(l);
+  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), expected);
+  EXPECT_EQ(modMain::FrameTime, 16);
+}
+
+TEST(WholeRun, NoSettingsFileRunsThroughTheSetupPathWithDefaults) {
+  testenv::ScratchAppDir dir;
+  dir.Copy_From_Game("Gfx");
+  platform::Use_Manual_Clock(true);
+  platform::Set_Pump_Hook([](uint64_t pump) {
+    platform::Advance_Manual_Clock(16);
+    if (pump == 2) platform::Post_Event({platform::EventKind::Quit});  // the window is closed
+  });
+  modMain::Main();
+  platform::Set_Pump_Hook(nullptr);
+  platform::Use_Manual_Clock(false);
+  const auto lines = testenv::Read_Lines_CRLF(modMain::Log_Path());
+  ASSERT_GE(lines.size(), 5u);
+  EXPECT_EQ(lines[3], "Quorval.ini not found, Using Default Settings");
+  EXPECT_EQ(lines[5], "Initialising DDraw...");
+  EXPECT_EQ(lines.back(), "Bye Bye");
+  // Nothing of the player's is written by a run that changed no setting.
+  EXPECT_FALSE(std::filesystem::exists(modMain::Settings_Path()));
+}
+
+TEST(WholeRun, ExecutableStartsAndEndsCleanlyWhenToldTo) {
+  testenv::ScratchAppDir dir;
+  dir.Copy_From_Game("Gfx");
+  std::filesystem::copy_file(QUORVAL_EXE, dir.path() + "/quorval");
+  Write_Ini("1", "<none>");
+  const std::string log = dir.path() + "/Brindlex Log File.txt";
+
+  const std::string exe = dir.path() + "/quorval";
+  char* argv[] = {const_cast<char*>(exe.c_str()), nullptr};
+  pid_t pid = 0;
+  ASSERT_EQ(posix_spawn(&pid, exe.c_str(), nullptr, nullptr, argv, environ), 0);
+
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  bool looping = false;
+  while (!looping && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    looping = testenv::Read_File(log).find("Starting Main loop") != std::string::npos;
+  }
+  // Let it run some frames, then ask it to stop as a desktop session would.
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  kill(pid, SIGTERM);
+  int status = 0;
+  bool exited = false;
+  while (std::chrono::steady_clock::now() < deadline + std::chrono::seconds(10)) {
+    if (waitpid(pid, &status, WNOHANG) == pid) {
+      exited = true;
+      break;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  if (!exited) {
+    kill(pid, SIGKILL);
+    waitpid(pid, &status, 0);
+  }
+  ASSERT_TRUE(looping) << testenv::Read_File(log);
+  ASSERT_TRUE(exited);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  const auto lines = testenv::Read_Lines_CRLF(log);
+  ASSERT_GE(lines.size(), kShutdownLines.size());
+  EXPECT_EQ(std::vector<std::string>(lines.end() - static_cast<long>(kShutdownLines.size()), lines.end()),
+            kShutdownLines);
+}
