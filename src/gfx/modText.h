@@ -1,15 +1,25 @@
 #pragma once
 // The three bitmap fonts and text drawing.
-// (The graphics layer completes this header.)
+#include <array>
 #include <string>
 
 #include "core/types.h"
+#include "gfx/mod3Denhance.h"
 
 namespace modText {
 
-// Loads Gfx/Font0..2.bmp with black as the key; logs each font.
+struct CellSize {
+  u8 width = 0, height = 0;
+};
+// Cell size of each font, set by Load_Fonts: 20 x 30, 20 x 30, 12 x 15.
+extern std::array<CellSize, 3> FontCell;
+// Font0..2.bmp with black as the key; kept for the whole run.
+extern std::array<mod3Denhance::Surface, 3> Fonts;
+
+// Loads Gfx/Font0..2.bmp (own size, black key), logging each font.
 void Load_Fonts();
-// Draws text at (x, y) into the back buffer; one cell per character, glyphs unscaled.
+// Draws text at (x, y) into the back buffer: one cell per character, glyphs unscaled;
+// characters without a glyph leave their cell empty. Fonts outside 0..2 draw nothing.
 void Draw_Text(i16 x, i16 y, u8 font, const std::string& text);
 
 }  // namespace modText

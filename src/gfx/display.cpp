@@ -1,0 +1,150 @@
+// Display and 3D device set-up, flipping and teardown.
+#include "core/log.h"
+#include "core/settings.h"
+#include "gfx/mod3Denhance.h"
+#include "mathmesh/modMATH.h"
+#include "platform/platform.h"
+
+namespace mod3Denhance {
+
+std::unique_ptr<RootObject> DX;
+std::unique_ptr<DisplayDriver> DD;
+Surface Primary;
+Surface BackBuffer;
+std::unique_ptr<Direct3DObject> D3D;
+Surface ZBuffer;
+platform::Device3D* D3DDevice = nullptr;
+Rect ScreenRect;
+D3DMaterial Material;
+
+namespace {
+std::unique_ptr<platform::Device3D> g_device;
+
+// Undoes a set-up that cannot go on, so the game can end without a shutdown sequence.
+void Abandon_Display() {
+  Release_ZBuffer();
+  Release_D3DDevice();
+  Release_D3D();
+  Release_BackBuffer();
+  Release_Primary();
+  Release_DD();
+  Release_DX();
+}
+
+bool Fail(const std::string& message) {
+  platform::Message_Box(message);
+  Abandon_Display();
+  return false;
+}
+}  // namespace
+
+bool Init_DDraw(i16& width, i16& height, u8& bpp) {
+  using modMain::Write_Log;
+  DX = std::make_unique<RootObject>();
+  std::string error;
+  if (!platform::Open_Display(modMain::D3DDeviceGuid, error))
+    return Fail(error + "\n\nBrindlex Quorval needs a 3D display and will now close.");
+  DD = std::make_unique<DisplayDriver>(DisplayDriver{platform::Renderer_Name()});
+  Write_Log("DX and DDraw objects created");
+  // Full screen and exclusive: the window already covers the desktop; the mode is the
+  // back buffer's size, which Flip scales to the window.
+  Write_Log("Exclusive mode set, at " + std::to_string(width) + "x" + std::to_string(height) + "x" +
+            std::to_string(bpp));
+  Primary = platform::Create_Primary(width, height);
+  if (!Primary) return Fail("The screen could not be set to " + std::to_string(width) + "x" + std::to_string(height) + ".");
+  Write_Log("Primary Surface Created");
+  BackBuffer = platform::Create_Backbuffer(width, height);
+  if (!BackBuffer) return Fail("The back buffer could not be created.");
+  Write_Log("Backbuffer Created");
+  ScreenRect = Rect{0, 0, width, height};
+  Write_Log("...DDraw Initialized");
+  Write_Log("");
+  return Init_D3D();
+}
+
+bool Init_D3D() {
+  using modMain::Write_Log;
+  Write_Log("Initializing D3D...");
+  D3D = std::make_unique<Direct3DObject>(Direct3DObject{platform::Device_List()});
+  Write_Log("D3D object created");
+  Write_Log("Device found - " + modMain::D3DDeviceGuid);
+  // The depth format is the layer's choice: 24 bits, in GPU memory like the target.
+  ZBuffer = platform::Create_Depth_Buffer();
+  if (!ZBuffer) return Fail("Surface creation failed.");
+  Write_Log("Z-buffer created");
+  Write_Log("Z-buffer Attached to backbuffer");
+  // An identifier this machine does not offer ("<none>" after a skipped setup) runs on
+  // the best device there is.
+  g_device = platform::Create_Device(platform::Resolve_Device(modMain::D3DDeviceGuid));
+  D3DDevice = g_device.get();
+  if (D3DDevice == nullptr) return Fail("The 3D device could not be created.\n\nBrindlex Quorval will now close.");
+  Write_Log("Device Created");
+
+  const i16 w = modMain::ScreenWidth, h = modMain::ScreenHeight;
+  D3DDevice->SetViewport(platform::Viewport{0, 0, ScreenRect.right > 0 ? ScreenRect.right : w,
+                                            ScreenRect.bottom > 0 ? ScreenRect.bottom : h, 0.0f, 1.0f});
+  Material = D3DMaterial{};
+  Material.diffuse = ColorValue{1, 1, 1, 0};
+  Material.ambient = ColorValue{1, 1, 1, 0};
+  D3DDevice->SetMaterial(Material);
+  Matrix4 m;
+  modMATH::Identity_Matrix(m);
+  D3DDevice->SetTransform(platform::TransformKind::World, m);
+  modMATH::Identity_Matrix(m);
+  modMATH::Projection_Matrix(m, 1.0f, 1500.0f, 3.14159f / 2.0f);
+  D3DDevice->SetTransform(platform::TransformKind::Projection, m);
+  D3DDevice->SetRenderState(platform::rs::ZEnable, 1);
+
+  platform::D3DLight light;
+  light.type = 3;
+  light.diffuse = ColorValue{1, 1, 1, 0};
+  light.position = Vector3{0, 10.0f, 0};
+  light.direction = Vector3{0.4f, -1.0f, 0};
+  light.range = 5000.0f;
+  light.attenuation0 = 0.8f;
+  D3DDevice->SetLight(0, light);
+  D3DDevice->LightEnable(0, true);
+  D3DDevice->SetRenderState(platform::rs::Lighting, uint32_t(-1));
+  D3DDevice->SetRenderState(platform::rs::Ambient, 0x00969696u);
+  D3DDevice->SetRenderState(platform::rs::ShadeMode, 2);
+  D3DDevice->SetTextureStageState(0, platform::tss::MagFilter, platform::tss::Linear);
+  D3DDevice->SetTextureStageState(0, platform::tss::MinFilter, platform::tss::Linear);
+  D3DDevice->SetRenderState(platform::rs::DestBlend, platform::blend::InvSrcAlpha);
+  D3DDevice->SetRenderState(platform::rs::SrcBlend, platform::blend::SrcAlpha);
+  D3DDevice->SetTextureStageState(0, platform::tss::AlphaOp, platform::tss::OpModulate);
+  Write_Log("...D3D initialized");
+  Write_Log("");
+  return true;
+}
+
+void Flip() { platform::Present(); }
+
+void Restore_Display_Mode() { platform::Restore_Display_Mode(); }
+
+void Release_ZBuffer() {
+  if (ZBuffer) platform::Release_Depth_Buffer();
+  ZBuffer.reset();
+}
+
+void Release_D3DDevice() {
+  g_device.reset();
+  D3DDevice = nullptr;
+}
+
+void Release_D3D() { D3D.reset(); }
+
+void Release_BackBuffer() {
+  if (BackBuffer) platform::Release_Backbuffer();
+  BackBuffer.reset();
+}
+
+void Release_Primary() { Primary.reset(); }
+
+void Release_DD() {
+  if (DD) platform::Close_Display();
+  DD.reset();
+}
+
+void Release_DX() { DX.reset(); }
+
+}  // namespace mod3Denhance

@@ -1,0 +1,350 @@
+// The display: the GL context on the game window, the device list, the off-screen back
+// buffer with its depth buffer, and presenting it scaled to the window.
+#include <SDL.h>
+#include <epoxy/gl.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+
+#include "platform/gl_internal.h"
+#include "platform/gl_state.h"
+#include "platform/platform.h"
+#include "platform/render.h"
+#include "platform/sdl_internal.h"
+
+namespace platform {
+namespace detail {
+
+GlDisplay& Gl() {
+  static GlDisplay display;
+  return display;
+}
+
+bool Gl_Ready() { return Gl().context != nullptr; }
+int Backbuffer_Width() { return Gl().fbo != 0 ? Gl().width : 0; }
+int Backbuffer_Height() { return Gl().fbo != 0 ? Gl().height : 0; }
+
+namespace {
+GLuint Compile(GLenum kind, const char* source) {
+  const GLuint shader = glCreateShader(kind);
+  glShaderSource(shader, 1, &source, nullptr);
+  glCompileShader(shader);
+  GLint ok = 0;
+  glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
+  if (!ok) {
+    char log[2048] = {};
+    glGetShaderInfoLog(shader, sizeof log, nullptr, log);
+    std::fprintf(stderr, "shader compile failed: %s\n", log);
+    glDeleteShader(shader);
+    return 0;
+  }
+  return shader;
+}
+}  // namespace
+
+GLuint Build_Program(const char* vertex_source, const char* fragment_source) {
+  const GLuint vs = Compile(GL_VERTEX_SHADER, vertex_source);
+  const GLuint fs = Compile(GL_FRAGMENT_SHADER, fragment_source);
+  GLuint program = 0;
+  if (vs != 0 && fs != 0) {
+    program = glCreateProgram();
+    glAttachShader(program, vs);
+    glAttachShader(program, fs);
+    glLinkProgram(program);
+    GLint ok = 0;
+    glGetProgramiv(program, GL_LINK_STATUS, &ok);
+    if (!ok) {
+      char log[2048] = {};
+      glGetProgramInfoLog(program, sizeof log, nullptr, log);
+      std::fprintf(stderr, "shader link failed: %s\n", log);
+      glDeleteProgram(program);
+      program = 0;
+    }
+  }
+  if (vs != 0) glDeleteShader(vs);
+  if (fs != 0) glDeleteShader(fs);
+  return program;
+}
+
+bool Bind_Backbuffer() {
+  GlDisplay& gl = Gl();
+  if (gl.context == nullptr || gl.fbo == 0) return false;
+  glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
+  return true;
+}
+
+void Forget_Texture(Image::GpuState& gpu) {
+  if (gpu.texture != 0 && gpu.generation == Gl().generation && Gl().context != nullptr) glDeleteTextures(1, &gpu.texture);
+  gpu.texture = 0;
+  gpu.stale = true;
+}
+
+uint32_t Texture_Of(Image& image) {
+  GlDisplay& gl = Gl();
+  if (gl.context == nullptr || !image.Has_Pixels()) return 0;
+  Image::GpuState& gpu = image.Gpu();
+  if (gpu.generation != gl.generation) {
+    gpu.texture = 0;  // a name from an earlier context means nothing now
+    gpu.stale = true;
+  }
+  if (gpu.texture == 0) {
+    glGenTextures(1, &gpu.texture);
+    gpu.generation = gl.generation;
+    gpu.stale = true;
+  }
+  glBindTexture(GL_TEXTURE_2D, gpu.texture);
+  if (!gpu.stale) return gpu.texture;
+  const bool direct = !image.Has_Color_Key() && image.Format() != PixelFormat::X8R8G8B8;
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  if (direct) {
+    // Both memory layouts match a GL packed type bit for bit, so they upload as they stand.
+    const GLenum type = image.Format() == PixelFormat::A4R4G4B4 ? GL_UNSIGNED_SHORT_4_4_4_4_REV
+                                                                  : GL_UNSIGNED_INT_8_8_8_8_REV;
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA, type, image.Bytes());
+  } else {
+    // The colour key becomes alpha 0; 2D surfaces are otherwise opaque.
+    static std::vector<uint32_t> scratch;
+    scratch.resize(size_t(image.Width()) * size_t(image.Height()));
+    size_t i = 0;
+    for (int y = 0; y < image.Height(); ++y) {
+      for (int x = 0; x < image.Width(); ++x, ++i) {
+        const uint32_t raw = image.Pixel(x, y);
+        scratch[i] = image.Is_Key_Pixel(raw) ? To_Argb(image.Format(), raw) & 0x00FFFFFFu : To_Argb(image.Format(), raw);
+      }
+    }
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA,
+                 GL_UNSIGNED_INT_8_8_8_8_REV, scratch.data());
+  }
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
+  gpu.stale = false;
+  return gpu.texture;
+}
+
+}  // namespace detail
+
+namespace {
+using detail::Gl;
+
+bool Is_Software_Renderer(const std::string& renderer) {
+  for (const char* name : {"llvmpipe", "softpipe", "swrast", "Software Rasterizer"})
+    if (renderer.find(name) != std::string::npos) return true;
+  return false;
+}
+
+void Set_Context_Attributes() {
+  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
+  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
+  SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
+  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+}
+
+// The renderer of a context made the default way: from the live context when there is
+// one, otherwise from a hidden probe window. Empty when GL cannot be had at all.
+std::optional<std::string> g_default_renderer;
+
+std::string Probe_Default_Renderer() {
+  if (g_default_renderer) return *g_default_renderer;
+  std::string renderer;
+  if (Gl().context != nullptr) {
+    renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+  } else if (SDL_WasInit(SDL_INIT_VIDEO) || SDL_InitSubSystem(SDL_INIT_VIDEO) == 0) {
+    Set_Context_Attributes();
+    SDL_Window* probe = SDL_CreateWindow("probe", 0, 0, 16, 16, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
+    if (probe != nullptr) {
+      SDL_GLContext context = SDL_GL_CreateContext(probe);
+      if (context != nullptr) {
+        if (const auto* name = glGetString(GL_RENDERER)) renderer = reinterpret_cast<const char*>(name);
+        SDL_GL_DeleteContext(context);
+      }
+      SDL_DestroyWindow(probe);
+    }
+  }
+  g_default_renderer = renderer;
+  return renderer;
+}
+}  // namespace
+
+std::vector<DeviceInfo> Device_List() {
+  std::vector<DeviceInfo> list;
+  const std::string renderer = Probe_Default_Renderer();
+  if (renderer.empty()) return list;
+  if (!Is_Software_Renderer(renderer)) list.push_back({kHardwareDevice, "OpenGL hardware device (" + renderer + ")", false});
+  list.push_back({kSoftwareDevice, "Mesa software rasteriser (llvmpipe)", true});
+  return list;
+}
+
+std::string Resolve_Device(const std::string& identifier) {
+  const std::vector<DeviceInfo> list = Device_List();
+  for (const DeviceInfo& d : list)
+    if (d.identifier == identifier) return identifier;
+  return list.empty() ? std::string() : list.front().identifier;
+}
+
+bool Open_Display(const std::string& device_identifier, std::string& error) {
+  detail::GlDisplay& gl = Gl();
+  if (gl.context != nullptr) return true;
+  const std::string device = Resolve_Device(device_identifier);
+  if (device.empty()) {
+    error = "No OpenGL 3.3 device could be found on this computer.";
+    return false;
+  }
+  if (!Window_Open() && !Open_Window("Brindlex Quorval")) {
+    error = "The game window could not be opened.";
+    return false;
+  }
+  if (device == kSoftwareDevice && !Is_Software_Renderer(Probe_Default_Renderer())) {
+    // Mesa picks its rasteriser when the GL library starts up, so the window's GL
+    // library is reloaded with the software rasteriser asked for.
+    const std::string title = SDL_GetWindowTitle(detail::Window());
+    Close_Window();
+    SDL_GL_UnloadLibrary();
+    setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
+    if (!Open_Window(title.c_str())) {
+      error = "The game window could not be opened.";
+      return false;
+    }
+  }
+  Set_Context_Attributes();
+  SDL_GLContext context = SDL_GL_CreateContext(detail::Window());
+  if (context == nullptr) {
+    error = std::string("OpenGL 3.3 could not be started: ") + SDL_GetError();
+    return false;
+  }
+  if (epoxy_gl_version() < 45 && !epoxy_has_gl_extension("GL_ARB_clip_control")) {
+    SDL_GL_DeleteContext(context);
+    error = "The OpenGL driver lacks clip control (OpenGL 4.5 or GL_ARB_clip_control is needed).";
+    return false;
+  }
+  gl.context = context;
+  ++gl.generation;
+  SDL_GL_SetSwapInterval(1);
+  // The original's screen orientation and depth range: y down, depth 0..1.
+  glClipControl(GL_UPPER_LEFT, GL_ZERO_TO_ONE);
+  return true;
+}
+
+bool Display_Open() { return Gl().context != nullptr; }
+
+std::string Renderer_Name() {
+  if (Gl().context == nullptr) return "";
+  const auto* name = glGetString(GL_RENDERER);
+  return name != nullptr ? reinterpret_cast<const char*>(name) : "";
+}
+
+ImageRef Create_Primary(int width, int height) {
+  if (Gl().context == nullptr) return nullptr;
+  Gl().primary = true;
+  return Image::Create_Display_Buffer(ImageKind::Primary, width, height);
+}
+
+ImageRef Create_Backbuffer(int width, int height) {
+  detail::GlDisplay& gl = Gl();
+  if (gl.context == nullptr || width < 1 || height < 1) return nullptr;
+  Release_Backbuffer();
+  glGenTextures(1, &gl.color);
+  glBindTexture(GL_TEXTURE_2D, gl.color);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, width, height, 0, GL_BGRA, GL_UNSIGNED_BYTE, nullptr);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
+  glGenFramebuffers(1, &gl.fbo);
+  glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
+  glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, gl.color, 0);
+  if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+    Release_Backbuffer();
+    return nullptr;
+  }
+  gl.width = width;
+  gl.height = height;
+  glViewport(0, 0, width, height);
+  glClearColor(0, 0, 0, 1);
+  glClear(GL_COLOR_BUFFER_BIT);
+  Set_Backbuffer_Size(width, height);
+  return Image::Create_Display_Buffer(ImageKind::BackBuffer, width, height);
+}
+
+ImageRef Create_Depth_Buffer() {
+  detail::GlDisplay& gl = Gl();
+  if (gl.fbo == 0) return nullptr;
+  Release_Depth_Buffer();
+  glGenRenderbuffers(1, &gl.depth);
+  glBindRenderbuffer(GL_RENDERBUFFER, gl.depth);
+  glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, gl.width, gl.height);
+  glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
+  glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, gl.depth);
+  if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+    Release_Depth_Buffer();
+    return nullptr;
+  }
+  glClearDepth(1.0);
+  glClear(GL_DEPTH_BUFFER_BIT);
+  return Image::Create_Display_Buffer(ImageKind::DepthBuffer, gl.width, gl.height);
+}
+
+void Release_Depth_Buffer() {
+  detail::GlDisplay& gl = Gl();
+  if (gl.context == nullptr || gl.depth == 0) return;
+  detail::Flush_Device();
+  if (gl.fbo != 0) {
+    glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, 0);
+  }
+  glDeleteRenderbuffers(1, &gl.depth);
+  gl.depth = 0;
+}
+
+void Release_Backbuffer() {
+  detail::GlDisplay& gl = Gl();
+  if (gl.context == nullptr) return;
+  if (gl.fbo != 0) detail::Flush_Device();
+  if (gl.fbo != 0) glDeleteFramebuffers(1, &gl.fbo);
+  if (gl.color != 0) glDeleteTextures(1, &gl.color);
+  gl.fbo = 0;
+  gl.color = 0;
+  gl.width = gl.height = 0;
+}
+
+void Restore_Display_Mode() {
+  if (SDL_Window* window = detail::Window()) SDL_SetWindowFullscreen(window, 0);
+}
+
+void Present() {
+  detail::GlDisplay& gl = Gl();
+  if (gl.context == nullptr || detail::Window() == nullptr) return;
+  detail::Flush_Device();
+  int ww = 0, wh = 0;
+  SDL_GL_GetDrawableSize(detail::Window(), &ww, &wh);
+  glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+  glDisable(GL_SCISSOR_TEST);
+  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+  glViewport(0, 0, ww, wh);
+  glClearColor(0, 0, 0, 1);
+  glClear(GL_COLOR_BUFFER_BIT);
+  if (gl.fbo != 0 && ww > 0 && wh > 0) {
+    const double scale = std::min(double(ww) / gl.width, double(wh) / gl.height);
+    const int w = int(gl.width * scale + 0.5), h = int(gl.height * scale + 0.5);
+    const int x0 = (ww - w) / 2, y0 = (wh - h) / 2;
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, gl.fbo);
+    // Our row 0 is the top; the window's row 0 is the bottom, so the blit turns it over.
+    const bool exact = w % gl.width == 0 && h % gl.height == 0;
+    glBlitFramebuffer(0, 0, gl.width, gl.height, x0, y0 + h, x0 + w, y0, GL_COLOR_BUFFER_BIT,
+                      exact ? GL_NEAREST : GL_LINEAR);
+  }
+  SDL_GL_SwapWindow(detail::Window());
+  glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
+}
+
+void Close_Display() {
+  detail::GlDisplay& gl = Gl();
+  if (gl.context == nullptr) return;
+  Release_Depth_Buffer();
+  Release_Backbuffer();
+  detail::Release_Blit_Program();
+  SDL_GL_MakeCurrent(detail::Window(), nullptr);
+  SDL_GL_DeleteContext(static_cast<SDL_GLContext>(gl.context));
+  gl.context = nullptr;
+  gl.primary = false;
+}
+
+}  // namespace platform

@@ -1,0 +1,31 @@
+#pragma once
+// Internal to the platform layer: the GL side of images and 2D operations. Every
+// function here is safe to call with no display (it then does nothing or fails).
+#include <cstdint>
+
+#include "platform/render.h"
+
+namespace platform::detail {
+
+// True while a GL context is current.
+bool Gl_Ready();
+// Deletes the image's texture if it belongs to the live context.
+void Forget_Texture(Image::GpuState& gpu);
+// Uploads the image when its texture is missing or stale; returns the GL name (0: none).
+uint32_t Texture_Of(Image& image);
+
+// 2D work on the back buffer (pending 3D batches are drawn first).
+bool Gpu_Blit_To_Backbuffer(Image& src, const Rect& src_rect, int x, int y, bool keyed);
+bool Gpu_Fill_Backbuffer(const Rect& rect, uint32_t argb);
+bool Gpu_Read_Backbuffer(const Rect& rect, uint32_t* argb_out);
+// Back-buffer size (0 without one).
+int Backbuffer_Width();
+int Backbuffer_Height();
+
+// Frees the 2D program (the display calls it before the context goes).
+void Release_Blit_Program();
+
+// Draws whatever the 3D device has batched (called before anything touches the target).
+void Flush_Device();
+
+}  // namespace platform::detail

@@ -1,0 +1,210 @@
+// Images on the CPU: pixel formats, colour keys, memory-to-memory blits and fills, and
+// .bmp loading. Operations that involve the back buffer are handed to the GL side.
+#include <SDL.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/gl_internal.h"
+#include "platform/render.h"
+
+namespace platform {
+
+PixelMasks Masks_Of(PixelFormat format) {
+  switch (format) {
+    case PixelFormat::X8R8G8B8: return {0x00FF0000u, 0x0000FF00u, 0x000000FFu, 0, 4};
+    case PixelFormat::A8R8G8B8: return {0x00FF0000u, 0x0000FF00u, 0x000000FFu, 0xFF000000u, 4};
+    case PixelFormat::A4R4G4B4: return {0x0F00u, 0x00F0u, 0x000Fu, 0xF000u, 2};
+  }
+  return {0, 0, 0, 0, 4};
+}
+
+uint32_t To_Argb(PixelFormat format, uint32_t raw) {
+  switch (format) {
+    case PixelFormat::X8R8G8B8: return 0xFF000000u | (raw & 0x00FFFFFFu);
+    case PixelFormat::A8R8G8B8: return raw;
+    case PixelFormat::A4R4G4B4: {
+      // Each nibble n widens to n * 17, so 0xF is full scale.
+      uint32_t out = 0;
+      for (int shift = 0; shift < 16; shift += 4) out |= ((raw >> shift) & 0xFu) * 17u << (shift * 2);
+      return out;
+    }
+  }
+  return raw;
+}
+
+uint32_t From_Argb(PixelFormat format, uint32_t argb) {
+  switch (format) {
+    case PixelFormat::X8R8G8B8: return argb & 0x00FFFFFFu;
+    case PixelFormat::A8R8G8B8: return argb;
+    case PixelFormat::A4R4G4B4: {
+      uint32_t out = 0;
+      for (int shift = 0; shift < 32; shift += 8) out |= (((argb >> shift) & 0xFFu) + 8) / 17 << (shift / 2);
+      return out;
+    }
+  }
+  return argb;
+}
+
+Image::Image(int width, int height, PixelFormat format, ImageKind kind)
+    : width_(width), height_(height), format_(format), kind_(kind) {
+  if (kind == ImageKind::Memory) pixels_.assign(size_t(width) * size_t(height) * size_t(Masks_Of(format).bytes), 0);
+}
+
+Image::~Image() { detail::Forget_Texture(gpu_); }
+
+ImageRef Image::Create(int width, int height, PixelFormat format) {
+  if (width < 1 || height < 1 || width > 16384 || height > 16384) return nullptr;
+  return ImageRef(new Image(width, height, format, ImageKind::Memory));
+}
+
+ImageRef Image::Create_Display_Buffer(ImageKind kind, int width, int height) {
+  if (kind == ImageKind::Memory || width < 1 || height < 1) return nullptr;
+  return ImageRef(new Image(width, height, PixelFormat::X8R8G8B8, kind));
+}
+
+uint8_t* Image::Lock() { return pixels_.empty() ? nullptr : pixels_.data(); }
+
+void Image::Unlock() { gpu_.stale = true; }
+
+uint32_t Image::Pixel(int x, int y) const {
+  if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
+  const uint8_t* p = pixels_.data() + (size_t(y) * size_t(width_) + size_t(x)) * size_t(Masks_Of(format_).bytes);
+  if (format_ == PixelFormat::A4R4G4B4) return uint32_t(p[0]) | uint32_t(p[1]) << 8;
+  uint32_t v;
+  std::memcpy(&v, p, 4);
+  return v;
+}
+
+void Image::Set_Pixel(int x, int y, uint32_t raw) {
+  if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return;
+  uint8_t* p = pixels_.data() + (size_t(y) * size_t(width_) + size_t(x)) * size_t(Masks_Of(format_).bytes);
+  if (format_ == PixelFormat::A4R4G4B4) {
+    p[0] = uint8_t(raw);
+    p[1] = uint8_t(raw >> 8);
+  } else {
+    std::memcpy(p, &raw, 4);
+  }
+  gpu_.stale = true;
+}
+
+void Image::Set_Color_Key(uint32_t raw_key) {
+  has_key_ = true;
+  key_ = raw_key;
+  gpu_.stale = true;
+}
+
+void Image::Clear_Color_Key() {
+  has_key_ = false;
+  gpu_.stale = true;
+}
+
+bool Image::Is_Key_Pixel(uint32_t raw) const {
+  if (!has_key_) return false;
+  // Only the colour bits take part: a key of black matches whatever the alpha byte holds.
+  const PixelMasks m = Masks_Of(format_);
+  const uint32_t colour = m.red | m.green | m.blue;
+  return (raw & colour) == (key_ & colour);
+}
+
+namespace {
+// Cuts the source rectangle to both images; false when nothing is left.
+bool Cut(const Image& dst, const Image& src, Rect& r, int& x, int& y) {
+  if (r.left < 0) { x -= r.left; r.left = 0; }
+  if (r.top < 0) { y -= r.top; r.top = 0; }
+  r.right = std::min(r.right, src.Width());
+  r.bottom = std::min(r.bottom, src.Height());
+  if (x < 0) { r.left -= x; x = 0; }
+  if (y < 0) { r.top -= y; y = 0; }
+  r.right = std::min<int32_t>(r.right, r.left + (dst.Width() - x));
+  r.bottom = std::min<int32_t>(r.bottom, r.top + (dst.Height() - y));
+  return r.right > r.left && r.bottom > r.top;
+}
+
+void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool keyed) {
+  const bool same_format = dst.Format() == src.Format();
+  keyed = keyed && src.Has_Color_Key();
+  for (int sy = r.top; sy < r.bottom; ++sy) {
+    for (int sx = r.left; sx < r.right; ++sx) {
+      const uint32_t v = src.Pixel(sx, sy);
+      if (keyed && src.Is_Key_Pixel(v)) continue;
+      dst.Set_Pixel(x + sx - r.left, y + sy - r.top, same_format ? v : From_Argb(dst.Format(), To_Argb(src.Format(), v)));
+    }
+  }
+}
+
+// Reads the back buffer into a memory image, converting to its format.
+bool Read_Into(Image& dst, const Rect& r, int x, int y) {
+  const int w = r.right - r.left, h = r.bottom - r.top;
+  std::vector<uint32_t> rows(size_t(w) * size_t(h));
+  if (!detail::Gpu_Read_Backbuffer(r, rows.data())) return false;
+  for (int j = 0; j < h; ++j)
+    for (int i = 0; i < w; ++i) dst.Set_Pixel(x + i, y + j, From_Argb(dst.Format(), rows[size_t(j) * w + i]));
+  return true;
+}
+}  // namespace
+
+bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool keyed) {
+  Rect r = src_rect;
+  if (!Cut(dst, src, r, x, y)) return false;
+  if (dst.Kind() == ImageKind::BackBuffer && src.Has_Pixels())
+    return detail::Gpu_Blit_To_Backbuffer(const_cast<Image&>(src), r, x, y, keyed);
+  if (src.Kind() == ImageKind::BackBuffer && dst.Has_Pixels()) return Read_Into(dst, r, x, y);
+  if (!dst.Has_Pixels() || !src.Has_Pixels()) return false;
+  Memory_Blit(dst, src, r, x, y, keyed);
+  return true;
+}
+
+bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw) {
+  Rect r = rect;
+  r.left = std::max(r.left, 0);
+  r.top = std::max(r.top, 0);
+  r.right = std::min(r.right, dst.Width());
+  r.bottom = std::min(r.bottom, dst.Height());
+  if (r.right <= r.left || r.bottom <= r.top) return false;
+  if (dst.Kind() == ImageKind::BackBuffer) return detail::Gpu_Fill_Backbuffer(r, To_Argb(PixelFormat::X8R8G8B8, raw));
+  if (!dst.Has_Pixels()) return false;
+  for (int y = r.top; y < r.bottom; ++y)
+    for (int x = r.left; x < r.right; ++x) dst.Set_Pixel(x, y, raw);
+  return true;
+}
+
+bool Read_Backbuffer(const Rect& rect, uint32_t* argb_out) {
+  if (rect.left < 0 || rect.top < 0 || rect.right > detail::Backbuffer_Width() ||
+      rect.bottom > detail::Backbuffer_Height() || rect.right <= rect.left || rect.bottom <= rect.top)
+    return false;
+  return detail::Gpu_Read_Backbuffer(rect, argb_out);
+}
+
+ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat format) {
+  SDL_Surface* loaded = SDL_LoadBMP(path.c_str());
+  if (loaded == nullptr) return nullptr;
+  SDL_Surface* argb = SDL_ConvertSurfaceFormat(loaded, SDL_PIXELFORMAT_ARGB8888, 0);
+  SDL_FreeSurface(loaded);
+  if (argb == nullptr) return nullptr;
+  if (width <= 0 || height <= 0) {
+    width = argb->w;
+    height = argb->h;
+  }
+  ImageRef image = Image::Create(width, height, format);
+  if (image && SDL_LockSurface(argb) == 0) {
+    const auto* base = static_cast<const uint8_t*>(argb->pixels);
+    // Nearest neighbour: pixel i samples source column floor(i * sw / w), the same
+    // mapping in both directions, so a same-size load is an exact copy.
+    for (int y = 0; y < height; ++y) {
+      const int sy = int(int64_t(y) * argb->h / height);
+      const auto* row = reinterpret_cast<const uint32_t*>(base + size_t(sy) * size_t(argb->pitch));
+      for (int x = 0; x < width; ++x) {
+        const int sx = int(int64_t(x) * argb->w / width);
+        image->Set_Pixel(x, y, From_Argb(format, row[sx]));
+      }
+    }
+    SDL_UnlockSurface(argb);
+  } else {
+    image.reset();
+  }
+  SDL_FreeSurface(argb);
+  return image;
+}
+
+}  // namespace platform
