@@ -43,9 +43,12 @@ std::vector<Piece> Design() {
       Curve(45, 300, 0, 0),             // 6: level right
       Straight(220, -8),                // 7: short link, dipping
       Curve(45, 300, 3, -14),           // 8: right into the hollow
-      Straight(0, 0, -6),               // 9: return straight
-      Curve(90, 260, 5, 0),             // 10: banked right onto the main straight
-      Straight(460, 0),                 // 11: run-up to the line, level
+      Straight(0, -4, -8),              // 9: return straight
+      Curve(-40, 340, 3, 2),            // 10: esses, left...
+      Curve(40, 340, 3, 4),             // 11: ...and right
+      Straight(160, 0),                 // 12
+      Curve(90, 260, 5, 0),             // 13: banked right onto the main straight
+      Straight(460, 0),                 // 14: run-up to the line, level
   };
 }
 constexpr int kSolvedA = 5, kSolvedB = 9;
