@@ -1,0 +1,233 @@
+// The mesh object: transforms, parts built from a file, drawing through the device.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "core/log.h"
+#include "mathmesh/XFileClass.h"
+#include "mathmesh/modMATH.h"
+#include "support/test_env.h"
+
+namespace {
+
+// Records what a mesh asks of the device.
+class Recording_Device : public platform::Device3D {
+ public:
+  struct Draw {
+    platform::ImageRef texture;
+    D3DMaterial material;
+    int vertices = 0, indices = 0;
+    uint16_t max_index = 0;
+  };
+  std::vector<Matrix4> worlds;
+  std::vector<Draw> draws;
+  int calls = 0;
+
+  std::string Identifier() const override { return "recording"; }
+  void SetTransform(platform::TransformKind kind, const Matrix4& m) override {
+    ++calls;
+    if (kind == platform::TransformKind::World) worlds.push_back(m);
+  }
+  Matrix4 GetTransform(platform::TransformKind) const override { return {}; }
+  void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
+  D3DMaterial GetMaterial() const override { return material_; }
+  void SetTexture(int, const platform::ImageRef& t) override { ++calls, texture_ = t; }
+  void SetRenderState(uint32_t, uint32_t) override {}
+  uint32_t GetRenderState(uint32_t) const override { return 0; }
+  void SetTextureStageState(int, uint32_t, uint32_t) override {}
+  void SetViewport(const platform::Viewport&) override {}
+  platform::Viewport GetViewport() const override { return {}; }
+  void SetLight(int, const platform::D3DLight&) override {}
+  void LightEnable(int, bool) override {}
+  void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
+  void BeginScene() override {}
+  void EndScene() override {}
+  void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
+  void DrawPrimitive(platform::Primitive, const LitVertex*, int) override { ++calls; }
+  void DrawPrimitive(platform::Primitive, const MeshVertex*, int) override { ++calls; }
+  void DrawIndexedMesh(const MeshVertex*, int vertex_count, const uint16_t* indices, int index_count) override {
+    ++calls;
+    Draw d{texture_, material_, vertex_count, index_count, 0};
+    for (int i = 0; i < index_count; ++i) d.max_index = std::max(d.max_index, indices[i]);
+    draws.push_back(d);
+  }
+
+ private:
+  D3DMaterial material_;
+  platform::ImageRef texture_;
+};
+
+// A 2 x 2 24-bit BMP.
+std::string Tiny_Bmp() {
+  std::string b = "BM";
+  auto put = [&b](uint32_t v, int n) {
+    for (int i = 0; i < n; ++i) b.push_back(char((v >> (8 * i)) & 0xFF));
+  };
+  put(54 + 16, 4), put(0, 4), put(54, 4), put(40, 4), put(2, 4), put(2, 4), put(1, 2), put(24, 2);
+  put(0, 4), put(16, 4), put(2835, 4), put(2835, 4), put(0, 4), put(0, 4);
+  for (int row = 0; row < 2; ++row) put(0x00FF0000, 3), put(0x0000FF00, 3), put(0, 2);
+  return b;
+}
+
+// Material 0 (skinned): a quad and a pentagon; material 1 (missing texture): a triangle.
+const char* kShip = R"(xof 0303txt 0032
+Mesh ship {
+  7; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, 2;0;1;, 2;0;0;, 3;0;0.5;;
+  3; 4;0,1,2,3;, 5;3,2,4,6,5;, 3;0,2,3;;
+  MeshMaterialList { 2; 3; 0,0,1;;
+    Material { 0.9;0.8;0.7;1;; 20; 1;1;1;; 0;0;0;; TextureFilename { "..\\Textures\\skin.bmp"; } }
+    Material { 0.2;0.2;0.2;1;; 0; 0;0;0;; 0;0;0;; TextureFilename { "missing.bmp"; } }
+  }
+}
+)";
+
+Vector3 Apply(const Matrix4& m, Vector3 p) { return modMATH::Transform_Point(p, m); }
+
+void Expect_Near(const Vector3& a, const Vector3& b) {
+  EXPECT_NEAR(a.x, b.x, 1e-4f);
+  EXPECT_NEAR(a.y, b.y, 1e-4f);
+  EXPECT_NEAR(a.z, b.z, 1e-4f);
+}
+
+TEST(XFileClass, DrawsNothingBeforeASuccessfulLoad) {
+  testenv::ScratchAppDir dir;
+  XFileClass x;
+  EXPECT_EQ(x.Parts.size(), 1u);
+  EXPECT_EQ(x.GroupCount, 0);
+  float a = 1, b = 1, c = 1;
+  x.GetMinExtent(a, b, c);
+  EXPECT_EQ(a + b + c, 0.0f);
+  Recording_Device device;
+  x.Render(&device);
+  EXPECT_EQ(device.calls, 0);
+
+  EXPECT_FALSE(x.Load(dir.path() + "/nothing.x"));
+  EXPECT_EQ(x.Loaded, kFalse);
+  x.Render(&device);
+  EXPECT_EQ(device.calls, 0);
+  EXPECT_NE(testenv::Read_File(modMain::Log_Path()).find("error loading xfile"), std::string::npos);
+}
+
+TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
+  XFileClass x;
+  // A model facing +z faces the heading direction (-sin h, 0, cos h); the bank (about Z)
+  // rolls the wings but never lifts the nose.
+  x.SetRotation(0, 0.7f, 0.4f);
+  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-std::sin(0.7f), 0, std::cos(0.7f)});
+  EXPECT_NEAR(std::abs(Apply(x.RotationMatrix, {1, 0, 0}).y), std::sin(0.4f), 1e-5f);
+  x.SetRotation(0, 1.570795f, 0);
+  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-1, 0, 0});
+  x.Rotate(0, 1.570795f, 0);
+  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {0, 0, -1});
+
+  x.SetPosition(1, 2, 3);
+  x.MoveObject(1, 1, 1);
+  Expect_Near(Apply(x.PositionMatrix, {0, 0, 0}), {2, 3, 4});
+  x.ScaleMatrix._12 = 5;
+  x.AdjustScale(2, 2, 2);
+  EXPECT_EQ(x.ScaleMatrix._12, 5.0f);
+  x.ScaleMatrix._12 = 0;
+
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(dir.path() + "/m.x", kShip);
+  ASSERT_EQ(x.Load_Quiet(dir.path() + "/m.x"), "");
+  x.SetRotation(0, 1.570795f, 0);
+  x.SetPosition(10, 0, 0);
+  Recording_Device device;
+  x.Render(&device);
+  // (0, 0, 1) scaled to (0, 0, 2), turned to (-2, 0, 0), moved to (8, 0, 0).
+  Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {8, 0, 0});
+  ASSERT_EQ(device.worlds.size(), 1u);
+  Expect_Near(Apply(device.worlds[0], {0, 0, 1}), {8, 0, 0});
+  // The spin is added on every render.
+  x.SpinY = 1.570795f;
+  x.Render(&device);
+  Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {10, 0, -2});
+}
+
+TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTextures) {
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(dir.path() + "/Objects/ship.x", kShip);
+  testenv::Write_File(dir.path() + "/Textures/skin.bmp", Tiny_Bmp());
+  XFileClass x;
+  ASSERT_TRUE(x.Load(dir.path() + "/Objects/ship.x"));
+  EXPECT_EQ(x.Loaded, kTrue);
+  ASSERT_EQ(x.GroupCount, 2);
+  ASSERT_EQ(x.Parts.size(), 2u);
+  EXPECT_EQ(x.Parts[0].PartIndices.size(), 15u);  // quad 2 + pentagon 3 triangles
+  EXPECT_EQ(x.Parts[1].PartIndices.size(), 3u);
+  EXPECT_EQ(x.Parts[0].PartTextureFile, dir.path() + "/Objects/../Textures/skin.bmp");
+  EXPECT_NE(x.Parts[0].PartTexture, nullptr);
+  EXPECT_EQ(x.Parts[1].PartTexture, nullptr);  // missing: drawn untextured
+  EXPECT_EQ(x.Parts[1].PartTextureFile, dir.path() + "/Objects/missing.bmp");
+  float a, b, c;
+  x.GetMaxExtent(a, b, c);
+  EXPECT_EQ(a, 3.0f);
+  EXPECT_EQ(c, 1.0f);
+
+  Recording_Device device;
+  x.Render(&device);
+  ASSERT_EQ(device.draws.size(), 2u);
+  EXPECT_EQ(device.draws[0].texture, x.Parts[0].PartTexture);
+  EXPECT_FLOAT_EQ(device.draws[0].material.diffuse.g, 0.8f);
+  EXPECT_FLOAT_EQ(device.draws[0].material.power, 20.0f);
+  EXPECT_EQ(device.draws[0].indices, 15);
+  EXPECT_EQ(device.draws[0].vertices, int(x.Parts[0].PartVertices.size()));
+  EXPECT_LT(device.draws[0].max_index, device.draws[0].vertices);
+  EXPECT_EQ(device.draws[1].texture, nullptr);
+
+  // A skin over every part, then the file's own textures back.
+  const mod3Denhance::Surface skin = x.Parts[0].PartTexture;
+  x.Parts[0].PartTexture = nullptr;
+  x.SetXTexture(skin);
+  EXPECT_EQ(x.Parts[1].PartTexture, skin);
+  x.ReloadTextures();
+  EXPECT_NE(x.Parts[0].PartTexture, nullptr);
+  EXPECT_NE(x.Parts[0].PartTexture, skin);
+  EXPECT_EQ(x.Parts[1].PartTexture, nullptr);
+
+  // A bad second load keeps the parts but stops drawing.
+  testenv::Write_File(dir.path() + "/Objects/bad.x", "xof 0303txt 0032\nMesh { 1; 0;0;0;; 1; 3;0,0,1;; }");
+  EXPECT_NE(x.Load_Quiet(dir.path() + "/Objects/bad.x"), "");
+  EXPECT_EQ(x.GroupCount, 2);
+  device.draws.clear();
+  x.Render(&device);
+  EXPECT_TRUE(device.draws.empty());
+}
+
+TEST(XFileClass, FansFaceDataAndRefusesDataThatOverruns) {
+  std::vector<uint16_t> out;
+  ASSERT_TRUE(XFileClass::Append_Fan_Indices({5, 6, 7, 8}, 4, 9, out));
+  EXPECT_EQ(out, (std::vector<uint16_t>{5, 6, 7, 5, 7, 8}));
+  out.clear();
+  ASSERT_TRUE(XFileClass::Append_Fan_Indices({0, 1, 2, 3, 4}, 5, 5, out));
+  EXPECT_EQ(out, (std::vector<uint16_t>{0, 1, 2, 0, 2, 3, 0, 3, 4}));
+  out.clear();
+  ASSERT_TRUE(XFileClass::Append_Fan_Indices({0, 1, 2, 2, 1, 0, 3, 4, 5, 5, 4, 3}, 3, 6, out));
+  EXPECT_EQ(out.size(), 12u);
+  out.clear();
+  // Counted faces: 3 a b c, 4 d e f g.
+  ASSERT_TRUE(XFileClass::Append_Fan_Indices({3, 10, 11, 12, 4, 13, 14, 15, 16}, 0, 17, out));
+  EXPECT_EQ(out, (std::vector<uint16_t>{10, 11, 12, 13, 14, 15, 13, 15, 16}));
+
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({3, 0, 1}, 0, 4, out));   // face runs past the data
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({0, 1, 4}, 3, 4, out));   // index not below the count
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({-2, 0, 1}, 0, 4, out));  // negative face size
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({0, 1, 2, 3}, 3, 4, out));  // a partial face
+}
+
+TEST(XFileClass, TextureNamesResolveBesideTheMesh) {
+  EXPECT_EQ(XFileClass::Get_Path("/g/Objects/a.x"), "/g/Objects/");
+  EXPECT_EQ(XFileClass::Get_Path("C:\\game\\a.x"), "C:\\game\\");
+  EXPECT_EQ(XFileClass::Get_Path("a.x"), "");
+  const std::string folder = "/g/Objects/";
+  EXPECT_EQ(XFileClass::Texture_Path(folder, "..\\\\Textures\\\\Arrow1.bmp"), "/g/Objects/../Textures/Arrow1.bmp");
+  EXPECT_EQ(XFileClass::Texture_Path(folder, "..\\Textures\\Arrow1.bmp"), "/g/Objects/../Textures/Arrow1.bmp");
+  EXPECT_EQ(XFileClass::Texture_Path(folder, ".\\\\test.png"), "/g/Objects/test.png");
+  EXPECT_EQ(XFileClass::Texture_Path(folder, "C:\\\\code\\\\data\\\\top.tga"), "/g/Objects/top.tga");
+  EXPECT_EQ(XFileClass::Texture_Path(folder, "/home/x/skin.bmp"), "/g/Objects/skin.bmp");
+}
+
+}  // namespace
