@@ -66,11 +66,14 @@ bool Parse(std::string_view text, Catalogue& out, std::string& error) {
     for (int f = 0; f < 5; ++f) {
       const size_t line_index = first + 2 + static_cast<size_t>(f);
       const double v = numbers::Leading_Number(lines[line_index]);
-      const bool must_be_positive = f < 2;  // the racer keeps 1 / mass and 1 / inertia
-      if (!std::isfinite(v) || (must_be_positive && !(v > 0))) {
+      // The racer keeps these as floats, and 1 / mass and 1 / inertia: all must fit.
+      const bool must_be_positive = f < 2;
+      const bool fits = std::isfinite(static_cast<float>(v)) &&
+                        (!must_be_positive || (v > 0 && std::isfinite(static_cast<float>(1.0 / v))));
+      if (!fits) {
         error = "Data\\Ships.Dat line " + std::to_string(line_index + 1) + ": " + Describe(k, s.DisplayName) +
                 " has a " + kNames[f] + " of '" + std::string(lines[line_index]) + "'" +
-                (must_be_positive ? ", which must be above 0" : ", which is not a number");
+                (must_be_positive ? ", which must be a number above 0" : ", which is not a usable number");
         return false;
       }
       *fields[f] = v;

@@ -35,8 +35,8 @@ inline constexpr size_t kMaxFileBytes = 1 << 20;
 // Parses the whole text. Lines end in CR LF (a bare LF is accepted too). N is the number in
 // the first three characters, rounded half to even; every other number is the leading
 // number of its line. False, with a one-line reason in error, when N is below 1, the file
-// has fewer than 1 + 7 N lines, or a ship's mass or inertia is not a positive finite number
-// (or another of its numbers is not finite); out is then empty.
+// has fewer than 1 + 7 N lines, a ship's mass or inertia is not above 0 or its reciprocal
+// does not fit a float, or another of its numbers does not fit a float; out is then empty.
 bool Parse(std::string_view text, Catalogue& out, std::string& error);
 
 // Reads and parses the file at path (a missing or oversized file is an error too).

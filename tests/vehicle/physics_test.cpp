@@ -148,8 +148,11 @@ TEST_F(Physics, FootprintCornersAndRacerBox) {
 
   r.cOrientation = 1.570795f;
   r.Calculate_Vertices(5);  // no RacerBox record 5: the corners still move
-  EXPECT_NEAR(RA::Corners(r)[0].x, -2, 1e-5);
-  EXPECT_NEAR(RA::Corners(r)[0].z, 1, 1e-5);
+  const float turned[4][2] = {{-2, 1}, {-2, -1}, {2, 1}, {2, -1}};  // the nose points to -x
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_NEAR(RA::Corners(r)[i].x, turned[i][0], 1e-5);
+    EXPECT_NEAR(RA::Corners(r)[i].z, turned[i][1], 1e-5);
+  }
   EXPECT_NEAR(RA::PrevCorners(r)[0].x, 1, 1e-6);
   EXPECT_EQ(modGameLoop::RacerBox(0).MaxX, 1);
 }
