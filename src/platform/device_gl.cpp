@@ -429,12 +429,12 @@ class GlDevice final : public Device3D {
     } else {
       glDisable(GL_BLEND);
     }
-    // With y running down the screen, the window-space winding GL sees is the mirror of
-    // what the player sees: a clockwise triangle on screen is counter-clockwise to GL.
+    // With the upper-left clip origin GL judges winding as the player sees the screen, so
+    // the original's front faces (clockwise on screen) are GL's clockwise ones.
     const uint32_t cull_mode = R(rs::CullMode);
     if (cull_mode == cull::Clockwise || cull_mode == cull::CounterClockwise) {
       glEnable(GL_CULL_FACE);
-      glFrontFace(GL_CCW);
+      glFrontFace(GL_CW);
       glCullFace(cull_mode == cull::CounterClockwise ? GL_BACK : GL_FRONT);
     } else {
       glDisable(GL_CULL_FACE);

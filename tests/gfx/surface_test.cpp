@@ -1,0 +1,253 @@
+// Surfaces, textures and .dds files on the CPU side: no display is opened here.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "core/settings.h"
+#include "gfx/mod3Denhance.h"
+#include "support/test_env.h"
+
+using namespace mod3Denhance;
+using platform::PixelFormat;
+
+namespace {
+
+void Put32(std::string& b, uint32_t v) {
+  for (int i = 0; i < 4; ++i) b.push_back(char((v >> (8 * i)) & 0xFF));
+}
+
+// A .dds file as the game's textures are written: 16-bit A4R4G4B4, rows unpadded.
+std::string Dds(uint32_t width, uint32_t height, const std::vector<uint16_t>& texels, uint32_t pitch = 0,
+                uint32_t flags = 0x100F, uint32_t bit_count = 16) {
+  std::string b = "DDS ";
+  Put32(b, 124);
+  Put32(b, flags);
+  Put32(b, height);
+  Put32(b, width);
+  Put32(b, pitch ? pitch : width * 2);
+  Put32(b, 0);
+  Put32(b, 0);
+  for (int i = 0; i < 11; ++i) Put32(b, 0);
+  Put32(b, 32);
+  Put32(b, 0x41);
+  Put32(b, 0);
+  Put32(b, bit_count);
+  Put32(b, 0x0F00);
+  Put32(b, 0x00F0);
+  Put32(b, 0x000F);
+  Put32(b, 0xF000);
+  Put32(b, 0x1000);
+  for (int i = 0; i < 4; ++i) Put32(b, 0);
+  for (uint16_t t : texels) {
+    b.push_back(char(t & 0xFF));
+    b.push_back(char(t >> 8));
+  }
+  return b;
+}
+
+Surface Decode(const std::string& bytes) { return Decode_DDS(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()); }
+
+// A 24-bit .bmp, bottom-up rows, from 0xRRGGBB values given top row first.
+std::string Bmp(int w, int h, const std::vector<uint32_t>& rgb) {
+  const int row = (w * 3 + 3) & ~3;
+  std::string b = "BM";
+  Put32(b, uint32_t(54 + row * h));
+  Put32(b, 0);
+  Put32(b, 54);
+  Put32(b, 40);
+  Put32(b, uint32_t(w));
+  Put32(b, uint32_t(h));
+  b += std::string("\x01\x00\x18\x00", 4);
+  for (int i = 0; i < 6; ++i) Put32(b, 0);
+  for (int y = h - 1; y >= 0; --y) {
+    for (int x = 0; x < w; ++x) {
+      const uint32_t c = rgb[size_t(y * w + x)];
+      b.push_back(char(c & 0xFF));
+      b.push_back(char((c >> 8) & 0xFF));
+      b.push_back(char((c >> 16) & 0xFF));
+    }
+    b.append(size_t(row - w * 3), '\0');
+  }
+  return b;
+}
+
+}  // namespace
+
+TEST(DdsTest, DecodesTexelsAsStoredWithTheirAlpha) {
+  const Surface t = Decode(Dds(2, 2, {0x8F00, 0xF0F0, 0x100F, 0x0000}));
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t->Format(), PixelFormat::A4R4G4B4);
+  EXPECT_EQ(t->Width(), 2);
+  EXPECT_EQ(t->Pixel(0, 0), 0x8F00u);
+  EXPECT_EQ(t->Argb(0, 0), 0x88FF0000u);
+  EXPECT_EQ(t->Argb(1, 0), 0xFF00FF00u);
+  EXPECT_EQ(t->Argb(0, 1), 0x110000FFu);
+  EXPECT_EQ(t->Argb(1, 1), 0x00000000u);
+  EXPECT_FALSE(t->Has_Color_Key());
+}
+
+TEST(DdsTest, RefusesWhatIsNotA16BitImage) {
+  EXPECT_FALSE(Decode(std::string("XDS ") + Dds(1, 1, {1}).substr(4)));
+  EXPECT_FALSE(Decode(Dds(1, 1, {1}).substr(0, 100)));  // header cut short
+  EXPECT_FALSE(Decode(Dds(1, 1, {1}, 0, 0x100F, 32)));
+  EXPECT_FALSE(Decode(Dds(0, 4, {})));
+  EXPECT_FALSE(Decode(Dds(4, 100000, {})));
+  std::string compressed = Dds(1, 1, {1});
+  compressed[80] = 0x04;  // four-character-code pixel format
+  EXPECT_FALSE(Decode(compressed));
+}
+
+TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
+  // Two of three rows present, the second one half.
+  std::string bytes = Dds(2, 3, {0x1111, 0x2222, 0x3333});
+  Surface t = Decode(bytes);
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t->Pixel(1, 0), 0x2222u);
+  EXPECT_EQ(t->Pixel(0, 1), 0x3333u);
+  EXPECT_EQ(t->Pixel(1, 1), 0u);
+  EXPECT_EQ(t->Pixel(0, 2), 0u);
+  // A pitch far beyond the data is ignored: rows are read unpadded.
+  t = Decode(Dds(2, 2, {0x1111, 0x2222, 0x3333, 0x4444}, 4000));
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t->Pixel(0, 1), 0x3333u);
+  // A padded pitch the data really has is honoured.
+  t = Decode(Dds(2, 2, {0x1111, 0x2222, 0xDEAD, 0x3333, 0x4444}, 6));
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t->Pixel(0, 1), 0x3333u);
+  EXPECT_EQ(t->Pixel(1, 1), 0x4444u);
+}
+
+TEST(DdsTest, CreateTextureChoosesTheReaderByExtensionInAnyCase) {
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(dir.path() + "/Textures/a.DDS", Dds(1, 1, {0xF00F}));
+  testenv::Write_File(dir.path() + "/Textures/fake.dds", "BM not a dds at all");
+  const Surface t = Create_Texture(dir.path() + "\\Textures\\a.DDS", 64, 64, kKeyBlack);
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t->Width(), 1);  // the file's size, and no colour key on .dds
+  EXPECT_FALSE(t->Has_Color_Key());
+  EXPECT_FALSE(Create_Texture(dir.path() + "/Textures/fake.dds", 0, 0, 0));
+  EXPECT_FALSE(Create_Texture(dir.path() + "/Textures/missing.dds", 0, 0, 0));
+}
+
+TEST(SurfaceTest, BitmapsLoadScaledNearestNeighbour) {
+  testenv::ScratchAppDir dir;
+  const std::string path = dir.path() + "/Gfx/p.bmp";
+  testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
+  Surface s;
+  ASSERT_TRUE(Create_Surface(s, 0, 0, path, kKeyNone, kFalse));
+  EXPECT_EQ(s->Width(), 2);
+  EXPECT_EQ(s->Argb(1, 0), 0xFF00FF00u);
+  ASSERT_TRUE(Create_Surface(s, 4.5, 3.5, path, kKeyNone, kFalse));  // rounds half to even: 4 x 4
+  EXPECT_EQ(s->Width(), 4);
+  EXPECT_EQ(s->Height(), 4);
+  EXPECT_EQ(s->Argb(1, 1), 0xFFFF0000u);
+  EXPECT_EQ(s->Argb(2, 1), 0xFF00FF00u);
+  EXPECT_EQ(s->Argb(1, 2), 0xFF0000FFu);
+  EXPECT_EQ(s->Argb(3, 3), 0xFFFFFFFFu);
+  // A texture with only one size given keeps the file's own size.
+  const Surface t = Create_Texture(path, 0, 64, kKeyNone);
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t->Width(), 2);
+  EXPECT_EQ(t->Height(), 2);
+  EXPECT_FALSE(Create_Surface(s, 0, 0, dir.path() + "/Gfx/none.bmp", kKeyNone, kFalse));
+  EXPECT_FALSE(s);
+}
+
+TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
+  Surface s;
+  ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyMagenta, kTrue));
+  EXPECT_EQ(s->Color_Key(), 0x00FF00FFu);
+  ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyBlack, kTrue));
+  EXPECT_EQ(s->Color_Key(), 0u);
+  EXPECT_TRUE(s->Is_Key_Pixel(0xFF000000u));  // the unused top byte takes no part
+  ASSERT_TRUE(Create_Surface(s, 4, 4, "", 3, kTrue));
+  EXPECT_FALSE(s->Has_Color_Key());
+  const Surface dds = Decode(Dds(1, 1, {0}));
+  platform::Image& img = *dds;
+  img.Set_Color_Key(platform::Masks_Of(img.Format()).red + platform::Masks_Of(img.Format()).blue);
+  EXPECT_EQ(img.Color_Key(), 0x0F0Fu);
+}
+
+TEST(SurfaceTest, PointInRectExcludesRightAndBottomEdges) {
+  const Rect r = Make_Rect(10, 20, 30, 40);
+  EXPECT_EQ(r.left, 10);
+  EXPECT_EQ(r.bottom, 40);
+  EXPECT_EQ(Point_In_Rect(r, 10, 20), kTrue);
+  EXPECT_EQ(Point_In_Rect(r, 29, 39), kTrue);
+  EXPECT_EQ(Point_In_Rect(r, 30, 25), kFalse);
+  EXPECT_EQ(Point_In_Rect(r, 15, 40), kFalse);
+  EXPECT_EQ(Point_In_Rect(r, 9, 25), kFalse);
+}
+
+// Clipping works the same on a memory destination, so it is checked here pixel by pixel.
+TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreen) {
+  modMain::ScreenWidth = 64;
+  modMain::ScreenHeight = 48;
+  Surface src = platform::Image::Create(32, 8, PixelFormat::X8R8G8B8);
+  for (int x = 0; x < 32; ++x)
+    for (int y = 0; y < 8; ++y) src->Set_Pixel(x, y, 0x010000u * uint32_t(x + 1) + uint32_t(y));
+  Surface dst = platform::Image::Create(64, 48, PixelFormat::X8R8G8B8);
+
+  Rect r = Make_Rect(0, 0, 32, 8);
+  i16 x = -10, y = 5;
+  Blit_Clipped(dst, src, r, x, y, 0);
+  EXPECT_EQ(r.left, 10);
+  EXPECT_EQ(x, 0);
+  EXPECT_EQ(dst->Pixel(0, 5), 0x0B0000u);   // column 10 of the source
+  EXPECT_EQ(dst->Pixel(21, 5), 0x200000u);  // its last column
+  EXPECT_EQ(dst->Pixel(22, 5), 0u);
+
+  r = Make_Rect(0, 0, 32, 8);
+  x = 64 - 5;
+  y = -3;
+  Blit_Clipped(dst, src, r, x, y, 0);
+  EXPECT_EQ(r.right, 5);
+  EXPECT_EQ(r.top, 3);
+  EXPECT_EQ(y, 0);
+  EXPECT_EQ(dst->Pixel(59, 0), 0x010003u);
+  EXPECT_EQ(dst->Pixel(63, 4), 0x050007u);
+
+  r = Make_Rect(0, 0, 32, 8);
+  x = -40;
+  y = 30;
+  Surface before = platform::Image::Create(64, 48, PixelFormat::X8R8G8B8);
+  platform::Blit(*before, *dst, Rect{0, 0, 64, 48}, 0, 0, false);
+  Blit_Clipped(dst, src, r, x, y, 0);
+  EXPECT_EQ(x, -40);  // nothing drawn, nothing changed
+  EXPECT_EQ(std::memcmp(before->Bytes(), dst->Bytes(), size_t(64 * 48 * 4)), 0);
+  x = 10;
+  Blit_Clipped(dst, src, r, x, y, 2);  // an unknown transparency flag draws nothing
+  EXPECT_EQ(dst->Pixel(10, 30), 0u);
+}
+
+TEST(SurfaceTest, KeyedBlitSkipsKeyPixelsOnly) {
+  modMain::ScreenWidth = 64;
+  modMain::ScreenHeight = 48;
+  Surface src;
+  ASSERT_TRUE(Create_Surface(src, 3, 1, "", kKeyMagenta, kFalse));
+  src->Set_Pixel(0, 0, 0x00FF00FF);
+  src->Set_Pixel(1, 0, 0x00123456);
+  src->Set_Pixel(2, 0, 0x00000000);  // black is not the key here
+  Surface dst = platform::Image::Create(8, 8, PixelFormat::X8R8G8B8);
+  Fill_Rect(dst, 0, 0, 8, 8, 0x00777777);
+  Rect r = Make_Rect(0, 0, 3, 1);
+  i16 x = 2, y = 2;
+  Blit_Clipped(dst, src, r, x, y, 1);
+  EXPECT_EQ(dst->Pixel(2, 2), 0x777777u);
+  EXPECT_EQ(dst->Pixel(3, 2), 0x123456u);
+  EXPECT_EQ(dst->Pixel(4, 2), 0u);
+  r = Make_Rect(0, 0, 3, 1);
+  x = 2;
+  Blit_Clipped(dst, src, r, x, y, 0);
+  EXPECT_EQ(dst->Pixel(2, 2), 0xFF00FFu);
+}
+
+TEST(SurfaceTest, FillRectIsCutToTheSurface) {
+  const Surface t = Create_Texture("", 2, 2, kKeyNone);
+  ASSERT_TRUE(t);
+  Fill_Rect(t, -5, -5, 1, 9, 0x80808080u);
+  EXPECT_EQ(t->Argb(0, 1), 0x80808080u);
+  EXPECT_EQ(t->Argb(1, 0), 0u);
+  EXPECT_FALSE(Create_Texture("", 0, 8, kKeyNone));
+}
