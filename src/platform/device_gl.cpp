@@ -30,6 +30,20 @@ static_assert(sizeof(GpuVertex) == 48);
 
 constexpr int kVertexCapacity = 65536;
 constexpr int kIndexCapacity = 3 * 65536;
+// The GL buffers hold several batches; each flush writes behind the last and only a full
+// ring is orphaned, so batches of one frame never wait on each other.
+constexpr int kRingBatches = 4;
+
+enum Uniform : int {
+  uKind, uWvp, uNormalMatrix, uViewport, uLighting, uNormalize, uAmbient, uMatDiffuse, uMatAmbient,
+  uMatEmissive, uLightOn, uLightTo, uLightDiffuse, uLightAmbient, uTextured, uFlat, uSpecularOn,
+  uColorStage, uAlphaStage, uColorKey, uAlphaFunc, uAlphaRef, kUniformCount
+};
+const char* const kUniformNames[kUniformCount] = {
+    "u_kind", "u_wvp", "u_normal_matrix", "u_viewport", "u_lighting", "u_normalize", "u_ambient",
+    "u_mat_diffuse", "u_mat_ambient", "u_mat_emissive", "u_light_on", "u_light_to", "u_light_diffuse",
+    "u_light_ambient", "u_textured", "u_flat", "u_specular_on", "u_color_stage", "u_alpha_stage",
+    "u_color_key", "u_alpha_func", "u_alpha_ref"};
 
 enum Kind : int { kScreen = 0, kLit = 1, kMesh = 2 };
 
@@ -294,13 +308,24 @@ class GlDevice final : public Device3D {
       Apply_State();
       glBindVertexArray(vao_);
       glBindBuffer(GL_ARRAY_BUFFER, vbo_);
-      // Orphaning lets the driver keep drawing the previous batch while this one uploads.
-      glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(kVertexCapacity * sizeof(GpuVertex)), nullptr, GL_STREAM_DRAW);
-      glBufferSubData(GL_ARRAY_BUFFER, 0, GLsizeiptr(size_t(vertex_used_) * sizeof(GpuVertex)), vertices_.data());
       glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, ebo_);
-      glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr(kIndexCapacity * sizeof(uint32_t)), nullptr, GL_STREAM_DRAW);
-      glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, 0, GLsizeiptr(size_t(index_used_) * sizeof(uint32_t)), indices_.data());
-      glDrawElements(GL_TRIANGLES, index_used_, GL_UNSIGNED_INT, nullptr);
+      if (ring_vertex_ + vertex_used_ > kRingBatches * kVertexCapacity ||
+          ring_index_ + index_used_ > kRingBatches * kIndexCapacity) {
+        // Orphaning gives fresh storage while the driver finishes with the old.
+        glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(size_t(kRingBatches) * kVertexCapacity * sizeof(GpuVertex)), nullptr,
+                     GL_STREAM_DRAW);
+        glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr(size_t(kRingBatches) * kIndexCapacity * sizeof(uint32_t)),
+                     nullptr, GL_STREAM_DRAW);
+        ring_vertex_ = ring_index_ = 0;
+      }
+      glBufferSubData(GL_ARRAY_BUFFER, GLintptr(size_t(ring_vertex_) * sizeof(GpuVertex)),
+                      GLsizeiptr(size_t(vertex_used_) * sizeof(GpuVertex)), vertices_.data());
+      glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, GLintptr(size_t(ring_index_) * sizeof(uint32_t)),
+                      GLsizeiptr(size_t(index_used_) * sizeof(uint32_t)), indices_.data());
+      glDrawElementsBaseVertex(GL_TRIANGLES, index_used_, GL_UNSIGNED_INT,
+                               reinterpret_cast<void*>(size_t(ring_index_) * sizeof(uint32_t)), ring_vertex_);
+      ring_vertex_ += vertex_used_;
+      ring_index_ += index_used_;
       glBindVertexArray(0);
     }
     vertex_used_ = 0;
@@ -376,9 +401,11 @@ class GlDevice final : public Device3D {
     glGenSamplers(1, &sampler_);
     glBindVertexArray(vao_);
     glBindBuffer(GL_ARRAY_BUFFER, vbo_);
-    glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(kVertexCapacity * sizeof(GpuVertex)), nullptr, GL_STREAM_DRAW);
+    glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(size_t(kRingBatches) * kVertexCapacity * sizeof(GpuVertex)), nullptr,
+                 GL_STREAM_DRAW);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, ebo_);
-    glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr(kIndexCapacity * sizeof(uint32_t)), nullptr, GL_STREAM_DRAW);
+    glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr(size_t(kRingBatches) * kIndexCapacity * sizeof(uint32_t)), nullptr,
+                 GL_STREAM_DRAW);
     const GLsizei stride = sizeof(GpuVertex);
     glEnableVertexAttribArray(0);
     glVertexAttribPointer(0, 4, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, pos)));
@@ -392,18 +419,13 @@ class GlDevice final : public Device3D {
     glEnableVertexAttribArray(4);
     glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, uv)));
     glBindVertexArray(0);
-    for (const char* name : {"u_kind", "u_wvp", "u_normal_matrix", "u_viewport", "u_lighting", "u_normalize",
-                             "u_ambient", "u_mat_diffuse", "u_mat_ambient", "u_mat_emissive", "u_light_on",
-                             "u_light_to", "u_light_diffuse", "u_light_ambient", "u_textured", "u_flat",
-                             "u_specular_on", "u_color_stage", "u_alpha_stage", "u_color_key", "u_alpha_func",
-                             "u_alpha_ref"})
-      uniforms_[name] = glGetUniformLocation(program_, name);
+    for (int i = 0; i < kUniformCount; ++i) uniforms_[size_t(i)] = glGetUniformLocation(program_, kUniformNames[i]);
     glUseProgram(program_);
     glUniform1i(glGetUniformLocation(program_, "u_texture"), 0);
     glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
   }
 
-  GLint U(const char* name) const { return uniforms_.at(name); }
+  GLint U(Uniform u) const { return uniforms_[size_t(u)]; }
   uint32_t R(uint32_t state) const { return GetRenderState(state); }
   uint32_t S(uint32_t state) const {
     auto it = stage_.find(state);
@@ -441,35 +463,35 @@ class GlDevice final : public Device3D {
     }
 
     const Matrix4 wvp = Multiply(Multiply(transforms_[0], transforms_[1]), transforms_[2]);
-    glUniformMatrix4fv(U("u_wvp"), 1, GL_FALSE, &wvp._11);
+    glUniformMatrix4fv(U(uWvp), 1, GL_FALSE, &wvp._11);
     const std::array<float, 9> nm = Normal_Matrix(transforms_[0]);
-    glUniformMatrix3fv(U("u_normal_matrix"), 1, GL_FALSE, nm.data());
-    glUniform1i(U("u_kind"), kind_);
-    glUniform4f(U("u_viewport"), float(viewport_.x), float(viewport_.y), float(viewport_.width), float(viewport_.height));
-    glUniform1i(U("u_lighting"), R(rs::Lighting) != 0);
-    glUniform1i(U("u_normalize"), R(rs::NormalizeNormals) != 0);
-    Set_Argb(U("u_ambient"), R(rs::Ambient));
-    Set_Color(U("u_mat_diffuse"), material_.diffuse);
-    Set_Color(U("u_mat_ambient"), material_.ambient);
-    Set_Color(U("u_mat_emissive"), material_.emissive);
-    glUniform1i(U("u_light_on"), light_on_);
+    glUniformMatrix3fv(U(uNormalMatrix), 1, GL_FALSE, nm.data());
+    glUniform1i(U(uKind), kind_);
+    glUniform4f(U(uViewport), float(viewport_.x), float(viewport_.y), float(viewport_.width), float(viewport_.height));
+    glUniform1i(U(uLighting), R(rs::Lighting) != 0);
+    glUniform1i(U(uNormalize), R(rs::NormalizeNormals) != 0);
+    Set_Argb(U(uAmbient), R(rs::Ambient));
+    Set_Color(U(uMatDiffuse), material_.diffuse);
+    Set_Color(U(uMatAmbient), material_.ambient);
+    Set_Color(U(uMatEmissive), material_.emissive);
+    glUniform1i(U(uLightOn), light_on_);
     Vector3 d = light_.direction;
     const float len = std::sqrt(d.x * d.x + d.y * d.y + d.z * d.z);
     if (len > 0) d = {-d.x / len, -d.y / len, -d.z / len};
-    glUniform3f(U("u_light_to"), d.x, d.y, d.z);
-    Set_Color(U("u_light_diffuse"), light_.diffuse);
-    Set_Color(U("u_light_ambient"), light_.ambient);
-    glUniform1i(U("u_flat"), R(rs::ShadeMode) == 1);
-    glUniform1i(U("u_specular_on"), R(rs::SpecularEnable) != 0);
-    glUniform3i(U("u_color_stage"), int(S(tss::ColorOp)), int(S(tss::ColorArg1)), int(S(tss::ColorArg2)));
-    glUniform3i(U("u_alpha_stage"), int(S(tss::AlphaOp)), int(S(tss::AlphaArg1)), int(S(tss::AlphaArg2)));
-    glUniform1i(U("u_alpha_func"), R(rs::AlphaTestEnable) != 0 ? int(R(rs::AlphaFunc)) : 0);
-    glUniform1f(U("u_alpha_ref"), float(R(rs::AlphaRef) & 0xFF) / 255.0f);
+    glUniform3f(U(uLightTo), d.x, d.y, d.z);
+    Set_Color(U(uLightDiffuse), light_.diffuse);
+    Set_Color(U(uLightAmbient), light_.ambient);
+    glUniform1i(U(uFlat), R(rs::ShadeMode) == 1);
+    glUniform1i(U(uSpecularOn), R(rs::SpecularEnable) != 0);
+    glUniform3i(U(uColorStage), int(S(tss::ColorOp)), int(S(tss::ColorArg1)), int(S(tss::ColorArg2)));
+    glUniform3i(U(uAlphaStage), int(S(tss::AlphaOp)), int(S(tss::AlphaArg1)), int(S(tss::AlphaArg2)));
+    glUniform1i(U(uAlphaFunc), R(rs::AlphaTestEnable) != 0 ? int(R(rs::AlphaFunc)) : 0);
+    glUniform1f(U(uAlphaRef), float(R(rs::AlphaRef) & 0xFF) / 255.0f);
 
     glActiveTexture(GL_TEXTURE0);
     const GLuint texture = texture_ ? detail::Texture_Of(*texture_) : 0;
-    glUniform1i(U("u_textured"), texture != 0);
-    glUniform1i(U("u_color_key"), texture != 0 && R(rs::ColorKeyEnable) != 0 && texture_->Has_Color_Key());
+    glUniform1i(U(uTextured), texture != 0);
+    glUniform1i(U(uColorKey), texture != 0 && R(rs::ColorKeyEnable) != 0 && texture_->Has_Color_Key());
     glBindTexture(GL_TEXTURE_2D, texture);
     glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_S, Address_Mode(S(tss::AddressU)));
     glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_T, Address_Mode(S(tss::AddressV)));
@@ -481,7 +503,8 @@ class GlDevice final : public Device3D {
   std::string identifier_;
   uint64_t generation_ = 0;
   GLuint program_ = 0, vao_ = 0, vbo_ = 0, ebo_ = 0, sampler_ = 0;
-  std::unordered_map<std::string, GLint> uniforms_;
+  std::array<GLint, kUniformCount> uniforms_{};
+  int ring_vertex_ = 0, ring_index_ = 0;  // where the next batch goes in the GL buffers
   std::vector<GpuVertex> vertices_;
   std::vector<uint32_t> indices_;
   int vertex_used_ = 0, index_used_ = 0;

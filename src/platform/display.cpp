@@ -17,10 +17,12 @@
 namespace platform {
 namespace detail {
 
-GlDisplay& Gl() {
-  static GlDisplay display;
-  return display;
-}
+namespace {
+// Plain data with constant initial values: usable from any destructor at exit.
+GlDisplay g_display;
+}  // namespace
+
+GlDisplay& Gl() { return g_display; }
 
 bool Gl_Ready() { return Gl().context != nullptr; }
 int Backbuffer_Width() { return Gl().fbo != 0 ? Gl().width : 0; }

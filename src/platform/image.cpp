@@ -63,7 +63,10 @@ ImageRef Image::Create_Display_Buffer(ImageKind kind, int width, int height) {
   return ImageRef(new Image(width, height, PixelFormat::X8R8G8B8, kind));
 }
 
-uint8_t* Image::Lock() { return pixels_.empty() ? nullptr : pixels_.data(); }
+uint8_t* Image::Lock() {
+  detail::Flush_Device();  // batched draws still using the old pixels go first
+  return pixels_.empty() ? nullptr : pixels_.data();
+}
 
 void Image::Unlock() { gpu_.stale = true; }
 
@@ -78,6 +81,7 @@ uint32_t Image::Pixel(int x, int y) const {
 
 void Image::Set_Pixel(int x, int y, uint32_t raw) {
   if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return;
+  detail::Flush_Device();
   uint8_t* p = pixels_.data() + (size_t(y) * size_t(width_) + size_t(x)) * size_t(Masks_Of(format_).bytes);
   if (format_ == PixelFormat::A4R4G4B4) {
     p[0] = uint8_t(raw);
@@ -145,6 +149,7 @@ bool Read_Into(Image& dst, const Rect& r, int x, int y) {
 }  // namespace
 
 bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool keyed) {
+  detail::Flush_Device();
   Rect r = src_rect;
   if (!Cut(dst, src, r, x, y)) return false;
   if (dst.Kind() == ImageKind::BackBuffer && src.Has_Pixels())
@@ -156,6 +161,7 @@ bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool
 }
 
 bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw) {
+  detail::Flush_Device();
   Rect r = rect;
   r.left = std::max(r.left, 0);
   r.top = std::max(r.top, 0);

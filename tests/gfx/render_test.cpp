@@ -260,3 +260,25 @@ TEST_F(DisplayTest, BackBufferCopiesIntoASurface) {
   EXPECT_EQ(map->Argb(10, 10) & 0xFFFFFFu, 0x000066u);
   EXPECT_EQ(map->Argb(127, 127), 0u);  // outside the copied square
 }
+
+// A strip longer than the device's buffers is drawn in pieces: no triangle may be lost,
+// culled by a wrong winding, or drawn twice (additive blending would show it). All but
+// the last rungs sit on one line, so the only visible quads straddle the first split.
+TEST_F(DisplayTest, LongStripIsDrawnWholeAndOnce) {
+  platform::Device3D& d = *D3DDevice;
+  D3DDevice->Clear(nullptr, 0, platform::kClearTarget | platform::kClearZBuffer, 0, 1, 0);
+  d.SetRenderState(platform::rs::Lighting, 0);
+  d.SetRenderState(platform::rs::AlphaBlendEnable, 1);
+  d.SetRenderState(platform::rs::SrcBlend, platform::blend::One);
+  d.SetRenderState(platform::rs::DestBlend, platform::blend::One);
+  const int rungs = 32769;
+  std::vector<ScreenVertex> v;
+  for (int r = 0; r < rungs; ++r) {
+    const float x = r < rungs - 2 ? 100.0f : r == rungs - 2 ? 300.0f : 500.0f;
+    v.push_back(SV(x, 120, 0, 0xFF400000));
+    v.push_back(SV(x, 100, 0, 0xFF400000));
+  }
+  d.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), int(v.size()));
+  const auto row = Read(0, 110, 640, 111);
+  for (int x = 0; x < 640; ++x) ASSERT_EQ(row[size_t(x)], x >= 100 && x < 500 ? 0x400000u : 0u) << x;
+}
