@@ -14,7 +14,8 @@ namespace {
 constexpr size_t kHeaderEnd = 4 + 124;  // magic, then the surface description
 constexpr uint32_t kPitchFlag = 0x8;
 constexpr uint32_t kFourCCFlag = 0x4;
-constexpr int kMaxSide = 16384;
+// Far above any texture the game uses, and a bound on what a lying header can make us allocate.
+constexpr int kMaxSide = 4096;
 
 uint32_t Read32(const uint8_t* p) { return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24; }
 

@@ -71,8 +71,9 @@ bool Create_Surface(Surface& surface, double width, double height, const std::st
 // file is missing or unreadable (and for a .dds without its magic). Needs no display:
 // pixels live on the CPU until first drawn.
 Surface Create_Texture(const std::string& file, i32 width, i32 height, i16 color_key_mode);
-// A .dds file of one 16-bit 4-4-4-4 image; null when the file lacks "DDS " or its header
-// does not describe such an image. Used by Create_Texture.
+// A .dds file of one uncompressed 16-bit image (read as 4-4-4-4, sides 1..4096); null when
+// the file lacks "DDS " or its header does not describe such an image. Rows the file does
+// not hold stay transparent black. Used by Create_Texture.
 Surface Load_DDS(const std::string& file);
 // The same from bytes in memory (the whole file, magic included).
 Surface Decode_DDS(const uint8_t* data, size_t size);
