@@ -111,6 +111,8 @@ class clsHumanPlayer {
   // ship by reference: -999 asks for a random ship and skin; the index used is written back.
   bool Load_Ship(i16& ship);
   void Track_Corner_Blocks();
+  // Bounces corner j off side edge side (0 right, 1 left) of its block if it crossed it.
+  void Side_Wall(int side, int j);
   // ShipCorners (x, z) from position, heading and half-sizes.
   void Footprint_Corners();
   void Clear_Ship_Numbers();

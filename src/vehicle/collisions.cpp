@@ -20,17 +20,19 @@ constexpr float kLandingBounceSpeed = -0.5f;
 constexpr float kLandingBounceKeep = 0.55f;
 }  // namespace
 
+void clsHumanPlayer::Side_Wall(int side, int j) {
+  const auto* block = Block_At(BlockOfCorner[j]);
+  if (block == nullptr) return;
+  Vector3 hit;
+  if (modMATH::Segment_Crosses_Plane(PrevShipCorners[j], ShipCorners[j], block->Corner[side], block->EdgeNormal[side],
+                                     hit)) {
+    Wall_Bounce(hit, block->EdgeNormal[side], ShipCorners[j]);
+  }
+}
+
 void clsHumanPlayer::Check_Wall_Collisions() {
   for (int side = 0; side <= 1; ++side) {
-    for (int j = 0; j < 4; ++j) {
-      const auto* block = Block_At(BlockOfCorner[j]);
-      if (block == nullptr) continue;
-      Vector3 hit;
-      if (modMATH::Segment_Crosses_Plane(PrevShipCorners[j], ShipCorners[j], block->Corner[side],
-                                         block->EdgeNormal[side], hit)) {
-        Wall_Bounce(hit, block->EdgeNormal[side], ShipCorners[j]);
-      }
-    }
+    for (int j = 0; j < 4; ++j) Side_Wall(side, j);
   }
   Track_Corner_Blocks();
 }

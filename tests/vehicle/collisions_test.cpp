@@ -43,6 +43,24 @@ TEST_F(Collisions, WallBouncePutsTheCrossingCornerOnTheEdge) {
   EXPECT_NEAR(r.VelocityZ, 2 * 0.9f, 1e-6);
 }
 
+TEST_F(Collisions, OuterWallOfACurveHoldsACornerEnteringTheNextBlock) {
+  // Block 1 turns right: its left edge runs from (-5, 10) to (-3, 20), in from block 0's line.
+  auto bend = Block(-5, 5, 10, 20);
+  bend.Corner[2] = {7, 0, 20};
+  bend.Corner[3] = {-3, 0, 20};
+  bend.EdgeNormal[0] = {0.98058f, 0, -0.19612f};
+  bend.EdgeNormal[1] = {-0.98058f, 0, 0.19612f};
+  Set_Track({Block(-5, 5, 0, 10), bend});
+  clsHumanPlayer& r = P(0);
+  RA::WallGrip(r) = 0.8f;
+  Place(0, -3.9f, 7);  // corner 1 at (-4.9, 9), just inside block 0's left wall
+  Move(0, -3.9f, 9);   // to (-4.9, 11): inside block 0's line, outside block 1's edge
+  EXPECT_EQ(RA::BlockOf(r, 1), 1);
+  EXPECT_NEAR(RA::Corners(r)[1].x, -4.9f, 1e-5);
+  EXPECT_NEAR(RA::Corners(r)[1].z, 10.5f, 1e-4);  // on block 1's left edge
+  EXPECT_NEAR(r.PositionZ, 8.5f, 1e-4);
+}
+
 TEST_F(Collisions, PlayerWallGripIsDrawnWithThreeDecimals) {
   clsHumanPlayer& r = P(0);
   r.RacerKind = 1;

@@ -31,6 +31,7 @@ struct RacerTestAccess {
   static void Set_Blocks(clsHumanPlayer& r, i16 b) {
     for (i16& x : r.BlockOfCorner) x = b;
   }
+  static i16 BlockOf(clsHumanPlayer& r, int j) { return r.BlockOfCorner[j]; }
   static void Steer(clsHumanPlayer& r) { r.Computer_Steering(); }
   static void Ship(clsHumanPlayer& r, float half_width, float half_length, float inv_mass, float inv_inertia) {
     r.HalfWidth = half_width;
