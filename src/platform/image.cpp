@@ -126,15 +126,34 @@ bool Cut(const Image& dst, const Image& src, Rect& r, int& x, int& y) {
 }
 
 void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool keyed) {
-  const bool same_format = dst.Format() == src.Format();
   keyed = keyed && src.Has_Color_Key();
-  for (int sy = r.top; sy < r.bottom; ++sy) {
-    for (int sx = r.left; sx < r.right; ++sx) {
-      const uint32_t v = src.Pixel(sx, sy);
-      if (keyed && src.Is_Key_Pixel(v)) continue;
-      dst.Set_Pixel(x + sx - r.left, y + sy - r.top, same_format ? v : From_Argb(dst.Format(), To_Argb(src.Format(), v)));
+  const int w = r.right - r.left, h = r.bottom - r.top;
+  if (dst.Format() != src.Format()) {
+    for (int j = 0; j < h; ++j)
+      for (int i = 0; i < w; ++i) {
+        const uint32_t v = src.Pixel(r.left + i, r.top + j);
+        if (!(keyed && src.Is_Key_Pixel(v))) dst.Set_Pixel(x + i, y + j, From_Argb(dst.Format(), To_Argb(src.Format(), v)));
+      }
+    return;
+  }
+  // Same format: whole rows at a time (memmove, as an image may be blitted onto itself).
+  const size_t bytes = size_t(Masks_Of(src.Format()).bytes);
+  const uint8_t* s = src.Bytes();
+  uint8_t* d = dst.Lock();
+  for (int j = 0; j < h; ++j) {
+    const uint8_t* srow = s + (size_t(r.top + j) * size_t(src.Width()) + size_t(r.left)) * bytes;
+    uint8_t* drow = d + (size_t(y + j) * size_t(dst.Width()) + size_t(x)) * bytes;
+    if (!keyed) {
+      std::memmove(drow, srow, size_t(w) * bytes);
+      continue;
+    }
+    for (int i = 0; i < w; ++i) {
+      uint32_t v = 0;
+      std::memcpy(&v, srow + size_t(i) * bytes, bytes);
+      if (!src.Is_Key_Pixel(v)) std::memcpy(drow + size_t(i) * bytes, &v, bytes);
     }
   }
+  dst.Unlock();
 }
 
 // Reads the back buffer into a memory image, converting to its format.

@@ -150,9 +150,12 @@ TEST_F(DisplayTest, TrianglesClockwiseOnScreenAreFrontFacing) {
   d.DrawPrimitive(platform::Primitive::TriangleList, ccw, 3);
   d.SetRenderState(platform::rs::CullMode, platform::cull::CounterClockwise);
   d.DrawPrimitive(platform::Primitive::TriangleStrip, strip, 4);
+  // 2D work after batched 3D lands on top of it.
+  Fill_Rect(BackBuffer, 5, 465, 15, 475, 0x00FFFFFF);
+  EXPECT_EQ(At(10, 470), 0xFFFFFFu);
+  EXPECT_EQ(At(20, 470), 0x0000FFu);
   EXPECT_EQ(At(110, 110), 0xFF0000u);
   EXPECT_EQ(At(320, 120), 0x00FF00u);
-  EXPECT_EQ(At(10, 470), 0x0000FFu);
   EXPECT_EQ(At(90, 310), 0x0000FFu);
 }
 
