@@ -160,7 +160,11 @@ class Parser {
           return Fail(what + " has a list whose index range overflows");
         const long long bytes = 2ll * count;
         if (bytes > in_.Left()) return Short(what + " (a list of " + std::to_string(count) + ")", bytes);
-        list.Resize(lower, static_cast<int>(static_cast<long long>(lower) + count - 1));
+        // An empty list keeps no bounds: lower - 1 may not even be a 32-bit number.
+        if (count == 0)
+          list.Resize(0, -1);
+        else
+          list.Resize(lower, static_cast<int>(static_cast<long long>(lower) + count - 1));
         in_.Take(list.Items().data(), static_cast<size_t>(bytes));
       }
     }

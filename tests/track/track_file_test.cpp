@@ -210,6 +210,19 @@ TEST(TrackFile, BrokenFilesAreRefusedWithTheFileAndFaultNamed) {
   EXPECT_NE(error.find("32768 blocks"), std::string::npos) << error;
 }
 
+TEST(TrackFile, EmptySectorListMayStartAnywhere) {
+  FileBytes f;
+  f.Text("h").I32(0).Strip(kSquare, 0).I32(0).Strip({}, 0).I32(-1).Strip({}, 0).I32(0);
+  f.b.append(16, '\0');
+  f.I16(1).I32(0).I32(std::numeric_limits<int32_t>::min());
+  f.I16(1).I32(0).I32(std::numeric_limits<int32_t>::max()).I16(1).I32(1).I32(-9).I16(42);
+  f.I32(0).Text("a.bmp");
+  std::string error;
+  ASSERT_TRUE(Load_Track_From_Bytes(f.b, "mem.MXT", &error)) << error;
+  for (int i : {0, 1}) EXPECT_LT(TrackSector(0).Lists[i].Upper(), TrackSector(0).Lists[i].Lower()) << i;
+  EXPECT_EQ(TrackSector(0).Lists[2](-9), 42);
+}
+
 TEST(TrackFile, EveryTruncationIsRefused) {
   const std::string whole = Small_Track().b;
   for (size_t n = 0; n < whole.size(); ++n) {
