@@ -1,5 +1,7 @@
 #include "mathmesh/XFileClass.h"
 
+#include <map>
+
 #include "core/log.h"
 #include "mathmesh/modMATH.h"
 #include "platform/platform.h"
@@ -78,6 +80,7 @@ std::string XFileClass::Load_Quiet(const std::string& file) {
 std::string XFileClass::Build_Parts(const xfile::Model& model, const std::string& folder) {
   // Built aside so that a fault leaves the previous parts as they were.
   std::vector<MeshPart> parts(model.groups.size());
+  std::map<std::string, mod3Denhance::Surface> textures;  // parts naming one file share it
   for (size_t g = 0; g < model.groups.size(); ++g) {
     const xfile::Group& group = model.groups[g];
     MeshPart& part = parts[g];
@@ -87,7 +90,9 @@ std::string XFileClass::Build_Parts(const xfile::Model& model, const std::string
     part.PartMaterial = group.material;
     if (!group.texture_name.empty()) {
       part.PartTextureFile = Texture_Path(folder, group.texture_name);
-      part.PartTexture = mod3Denhance::Create_Texture(part.PartTextureFile, 0, 0, 0);
+      const auto [it, fresh] = textures.emplace(part.PartTextureFile, nullptr);
+      if (fresh) it->second = mod3Denhance::Create_Texture(part.PartTextureFile, 0, 0, 0);
+      part.PartTexture = it->second;
     }
   }
   Parts = std::move(parts);
@@ -150,8 +155,13 @@ void XFileClass::GetMaxExtent(float& x, float& y, float& z) const {
 }
 
 void XFileClass::ReloadTextures() {
-  for (MeshPart& p : Parts)
-    if (!p.PartTextureFile.empty()) p.PartTexture = mod3Denhance::Create_Texture(p.PartTextureFile, 0, 0, 0);
+  std::map<std::string, mod3Denhance::Surface> textures;
+  for (MeshPart& p : Parts) {
+    if (p.PartTextureFile.empty()) continue;
+    const auto [it, fresh] = textures.emplace(p.PartTextureFile, nullptr);
+    if (fresh) it->second = mod3Denhance::Create_Texture(p.PartTextureFile, 0, 0, 0);
+    p.PartTexture = it->second;
+  }
 }
 
 std::string XFileClass::Get_Path(const std::string& file) {

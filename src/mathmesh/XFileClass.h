@@ -4,8 +4,8 @@
 //
 // Load takes only the file path: our device needs no display object to create textures,
 // and nothing device-specific is decided at load time. Texture names in the file are
-// resolved against the .x file's folder; a texture that cannot be loaded leaves its part
-// untextured. A part's lists hold exactly its vertices and indices (no spare element).
+// resolved against the .x file's folder; parts naming the same file share one texture, and
+// a texture that cannot be loaded leaves its part untextured. A part's lists hold exactly its vertices and indices (no spare element).
 #include <cstdint>
 #include <string>
 #include <vector>

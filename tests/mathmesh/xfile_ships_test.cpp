@@ -98,6 +98,7 @@ TEST(GeneratedShips, MeshesLoadWithSkinsAndFitTheFootprint) {
     for (const MeshPart& p : mesh.Parts) {
       EXPECT_GT(Volume(p), 0.0) << "a part faces inward";
       EXPECT_NE(p.PartTexture, nullptr) << "the file's skin did not load";
+      EXPECT_EQ(p.PartTexture, mesh.Parts[0].PartTexture) << "one skin file, one texture";
       for (const MeshVertex& v : p.PartVertices) {
         ASSERT_TRUE(v.tu >= 0 && v.tu <= 1 && v.tv >= 0 && v.tv <= 1);
       }
