@@ -6,7 +6,7 @@
 //   pick-up            Thrust / Mass
 //   sideways grip      Thrust / Mass again: how fast the thrust can swing the velocity round
 //                      behind the nose, so light ships slide less in curves
-//   tightest turn      about 50 * AngularDrag units, whatever the speed (steering torque
+//   tightest turn      about AngularDrag / 0.028 units, whatever the speed (steering torque
 //                      and turn damping both grow with speed)
 //   steering response  about 1.4 * Inertia / AngularDrag steps to reach the turn rate
 #include <cstdio>
@@ -240,18 +240,20 @@ std::vector<Part> Build_Lancer() {
 // ---------------------------------------------------------------------------------------
 // The catalogue. The handling numbers live here and nowhere else.
 //
-//            mass  inertia thrust  lin.drag ang.drag   top speed  pick-up  tightest turn
-//   Dart     1.1   15      0.24    0.54     1.0        1.60 (154)  0.22     ~36
+//            mass  inertia thrust  lin.drag ang.drag   top speed   pick-up  tightest turn
+//   Dart     1.1   15      0.24    0.50     1.0        1.85 (204)  0.22     ~36
 //   Kestrel  1.5   18      0.25    0.50     1.3        2.00 (240)  0.17     ~46
-//   Bulwark  2.3   23      0.265   0.505    1.6        2.21 (293)  0.12     ~57
-//   Wraith   0.9   17      0.26    0.56     1.2        1.73 (180)  0.29     ~43
-//   Lancer   1.3   24      0.255   0.495    1.5        2.13 (271)  0.20     ~54
+//   Bulwark  2.3   23      0.265   0.512    1.6        2.15 (276)  0.12     ~57
+//   Wraith   0.9   17      0.26    0.535    1.2        1.89 (215)  0.29     ~43
+//   Lancer   1.3   24      0.255   0.498    1.5        2.10 (264)  0.20     ~54
+// Computer racers on the generated circuit lap in about 33 s (Bulwark, Lancer), 35 s
+// (Kestrel) and 36-37 s (Wraith, Dart): the agile ships pay on the straights.
 
 constexpr Rgb kBlack{0.07f, 0.07f, 0.09f};
 constexpr Rgb kWhite{0.93f, 0.94f, 0.95f};
 
 const ShipSpec kShips[] = {
-    {"Vesper Dart", "Dart", 1.1f, 15, 0.24f, 0.54f, 1.0f, Build_Dart,
+    {"Vesper Dart", "Dart", 1.1f, 15, 0.24f, 0.5f, 1.0f, Build_Dart,
      {{{0.98f, 0.78f, 0.1f}, kBlack, {0.9f, 0.15f, 0.1f}, kBlack, Pattern::TwinStripes, 7},
       {kWhite, {0.1f, 0.68f, 0.9f}, {0.05f, 0.12f, 0.35f}, {0.05f, 0.1f, 0.25f}, Pattern::Chevrons, 7},
       {{0.1f, 0.42f, 0.2f}, {0.62f, 0.95f, 0.2f}, kBlack, kBlack, Pattern::Blades, 17}}},
@@ -259,15 +261,15 @@ const ShipSpec kShips[] = {
      {{{0.12f, 0.3f, 0.75f}, kWhite, {0.95f, 0.55f, 0.1f}, {0.05f, 0.08f, 0.2f}, Pattern::Sweep, 21},
       {{0.8f, 0.1f, 0.12f}, kWhite, {0.98f, 0.82f, 0.15f}, kBlack, Pattern::TwinStripes, 21},
       {{0.55f, 0.57f, 0.6f}, {0.95f, 0.45f, 0.05f}, kBlack, kBlack, Pattern::Chevrons, 12}}},
-    {"Bulwark", "Bulwark", 2.3f, 23, 0.265f, 0.505f, 1.6f, Build_Bulwark,
+    {"Bulwark", "Bulwark", 2.3f, 23, 0.265f, 0.512f, 1.6f, Build_Bulwark,
      {{{0.2f, 0.22f, 0.25f}, {0.95f, 0.75f, 0.05f}, {0.95f, 0.2f, 0.1f}, kBlack, Pattern::Blades, 99},
       {{0.45f, 0.05f, 0.08f}, {0.85f, 0.7f, 0.4f}, kBlack, kBlack, Pattern::Sweep, 99},
       {{0.25f, 0.33f, 0.2f}, {0.78f, 0.74f, 0.6f}, {0.95f, 0.5f, 0.1f}, kBlack, Pattern::TwinStripes, 44}}},
-    {"Wraith", "Wraith", 0.9f, 17, 0.26f, 0.56f, 1.2f, Build_Wraith,
+    {"Wraith", "Wraith", 0.9f, 17, 0.26f, 0.535f, 1.2f, Build_Wraith,
      {{{0.35f, 0.12f, 0.6f}, {0.1f, 0.9f, 0.85f}, kWhite, kBlack, Pattern::Chevrons, 3},
       {kBlack, {0.95f, 0.1f, 0.45f}, {0.3f, 0.9f, 1.0f}, {0.02f, 0.02f, 0.03f}, Pattern::Sweep, 3},
       {kWhite, {0.9f, 0.2f, 0.15f}, kBlack, {0.15f, 0.15f, 0.18f}, Pattern::Blades, 31}}},
-    {"Lancer", "Lancer", 1.3f, 24, 0.255f, 0.495f, 1.5f, Build_Lancer,
+    {"Lancer", "Lancer", 1.3f, 24, 0.255f, 0.498f, 1.5f, Build_Lancer,
      {{{0.95f, 0.45f, 0.05f}, kWhite, {0.1f, 0.2f, 0.5f}, {0.08f, 0.1f, 0.2f}, Pattern::TwinStripes, 5},
       {{0.05f, 0.35f, 0.4f}, {0.95f, 0.85f, 0.3f}, kWhite, kBlack, Pattern::Blades, 5},
       {{0.75f, 0.76f, 0.8f}, {0.15f, 0.35f, 0.8f}, {0.85f, 0.1f, 0.1f}, {0.1f, 0.12f, 0.2f}, Pattern::Sweep, 55}}},
