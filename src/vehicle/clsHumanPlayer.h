@@ -79,6 +79,14 @@ class clsHumanPlayer {
   // cRace_Position from laps, blocks and distance to the block's front edge.
   void Get_Race_Position();
 
+  // --- drawing, from the race frame's rendering, through mod3Denhance::D3DDevice ---
+  // Ship mesh at the racer's place and heading, banked by the turn rate (lighting on).
+  void DrawBody();
+  // Shadow quad over the footprint, just above the road (blending on, identity world).
+  void DrawShadow();
+  // Flame quad across the tail, opaque from speed 5; the caller binds its texture.
+  void DrawThrust();
+
  private:
   friend struct RacerTestAccess;  // tests set the ship numbers and corners directly
 

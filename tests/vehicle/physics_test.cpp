@@ -157,4 +157,25 @@ TEST_F(Physics, FootprintCornersAndRacerBox) {
   EXPECT_EQ(modGameLoop::RacerBox(0).MaxX, 1);
 }
 
+TEST_F(Physics, FlameFadesWithSpeedAndShadowFollowsTheCorners) {
+  clsHumanPlayer& r = P(0);
+  r.PositionY = 4;
+  r.Calculate_Vertices(0);
+  const int want_alpha[] = {0, 128, 255};
+  const float mags[] = {0, 2.5f, 9};
+  for (int k = 0; k < 3; ++k) {
+    r.cVelocityMag = mags[k];
+    r.DrawThrust();  // no device here: the quad is still laid out
+    EXPECT_EQ(RA::Flame(r)[2].color >> 24, static_cast<uint32_t>(want_alpha[k]));
+  }
+  EXPECT_EQ(RA::Flame(r)[1].x, RA::Corners(r)[3].x);
+  EXPECT_FLOAT_EQ(RA::Flame(r)[1].y, 4 + 1.3f);
+  EXPECT_FLOAT_EQ(RA::Flame(r)[2].y, 4 - 0.5f);
+  EXPECT_EQ(RA::Flame(r)[2].z, RA::Corners(r)[2].z);
+  r.DrawShadow();
+  EXPECT_EQ(RA::Shadow(r)[0].x, RA::Corners(r)[1].x);
+  EXPECT_EQ(RA::Shadow(r)[1].x, RA::Corners(r)[0].x);
+  EXPECT_EQ(RA::Shadow(r)[3].x, RA::Corners(r)[2].x);
+}
+
 }  // namespace

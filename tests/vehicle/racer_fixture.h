@@ -27,6 +27,7 @@ struct RacerTestAccess {
   static Vector3* Corners(clsHumanPlayer& r) { return r.ShipCorners; }
   static Vector3* PrevCorners(clsHumanPlayer& r) { return r.PrevShipCorners; }
   static LitVertex* Shadow(clsHumanPlayer& r) { return r.ShadowVertices; }
+  static LitVertex* Flame(clsHumanPlayer& r) { return r.ThrustVertices; }
   static i16& GridSlot(clsHumanPlayer& r) { return r.GridSlot; }
   static void Set_Blocks(clsHumanPlayer& r, i16 b) {
     for (i16& x : r.BlockOfCorner) x = b;
