@@ -1,6 +1,7 @@
 #pragma once
 // An array with an explicit index range, as the game's records declare them
 // (upper indices from files, the walls' single index -1, lap times 1..3).
+#include <cstddef>
 #include <vector>
 
 template <class T>

@@ -239,37 +239,40 @@ std::vector<Part> Build_Lancer() {
 
 // ---------------------------------------------------------------------------------------
 // The catalogue. The handling numbers live here and nowhere else.
+// Mass also sets how much a ship slides: drag turns the velocity towards the nose at a
+// rate of drag / mass, so the heavy ships drift wide where the light ones bite. The
+// selection screen's bars read mass x 25 - 150, inertia x 25 - 400, thrust x 5000 - 1150.
 //
 //            mass  inertia thrust  lin.drag ang.drag   top speed   pick-up  tightest turn
-//   Dart     1.1   15      0.24    0.50     1.0        1.85 (204)  0.22     ~36
-//   Kestrel  1.5   18      0.25    0.50     1.3        2.00 (240)  0.17     ~46
-//   Bulwark  2.3   23      0.265   0.512    1.6        2.15 (276)  0.12     ~57
-//   Wraith   0.9   17      0.26    0.535    1.2        1.89 (215)  0.29     ~43
-//   Lancer   1.3   24      0.255   0.498    1.5        2.10 (264)  0.20     ~54
-// Computer racers on the generated circuit lap in about 33 s (Bulwark, Lancer), 35 s
-// (Kestrel) and 36-37 s (Wraith, Dart): the agile ships pay on the straights.
+//   Dart     6.5   16.5    0.24    0.50     1.0        1.85 (204)  0.037    ~36
+//   Kestrel  8.5   18      0.25    0.50     1.3        2.00 (240)  0.029    ~46
+//   Bulwark  12    23      0.265   0.512    1.6        2.15 (276)  0.022    ~57
+//   Wraith   6.4   17      0.26    0.535    1.2        1.89 (215)  0.041    ~43
+//   Lancer   9.5   24      0.255   0.498    1.5        2.10 (264)  0.027    ~54
+// Computer racers on the generated circuit lap in 35-42 s; the heavy, fast ships set the
+// best laps and the widest spread, the light ones the steadiest.
 
 constexpr Rgb kBlack{0.07f, 0.07f, 0.09f};
 constexpr Rgb kWhite{0.93f, 0.94f, 0.95f};
 
 const ShipSpec kShips[] = {
-    {"Vesper Dart", "Dart", 1.1f, 15, 0.24f, 0.5f, 1.0f, Build_Dart,
+    {"Vesper Dart", "Dart", 6.5f, 16.5f, 0.24f, 0.5f, 1.0f, Build_Dart,
      {{{0.98f, 0.78f, 0.1f}, kBlack, {0.9f, 0.15f, 0.1f}, kBlack, Pattern::TwinStripes, 7},
       {kWhite, {0.1f, 0.68f, 0.9f}, {0.05f, 0.12f, 0.35f}, {0.05f, 0.1f, 0.25f}, Pattern::Chevrons, 7},
       {{0.1f, 0.42f, 0.2f}, {0.62f, 0.95f, 0.2f}, kBlack, kBlack, Pattern::Blades, 17}}},
-    {"Kestrel GT", "Kestrel", 1.5f, 18, 0.25f, 0.5f, 1.3f, Build_Kestrel,
+    {"Kestrel GT", "Kestrel", 8.5f, 18, 0.25f, 0.5f, 1.3f, Build_Kestrel,
      {{{0.12f, 0.3f, 0.75f}, kWhite, {0.95f, 0.55f, 0.1f}, {0.05f, 0.08f, 0.2f}, Pattern::Sweep, 21},
       {{0.8f, 0.1f, 0.12f}, kWhite, {0.98f, 0.82f, 0.15f}, kBlack, Pattern::TwinStripes, 21},
       {{0.55f, 0.57f, 0.6f}, {0.95f, 0.45f, 0.05f}, kBlack, kBlack, Pattern::Chevrons, 12}}},
-    {"Bulwark", "Bulwark", 2.3f, 23, 0.265f, 0.512f, 1.6f, Build_Bulwark,
+    {"Bulwark", "Bulwark", 12.0f, 23, 0.265f, 0.512f, 1.6f, Build_Bulwark,
      {{{0.2f, 0.22f, 0.25f}, {0.95f, 0.75f, 0.05f}, {0.95f, 0.2f, 0.1f}, kBlack, Pattern::Blades, 99},
       {{0.45f, 0.05f, 0.08f}, {0.85f, 0.7f, 0.4f}, kBlack, kBlack, Pattern::Sweep, 99},
       {{0.25f, 0.33f, 0.2f}, {0.78f, 0.74f, 0.6f}, {0.95f, 0.5f, 0.1f}, kBlack, Pattern::TwinStripes, 44}}},
-    {"Wraith", "Wraith", 0.9f, 17, 0.26f, 0.535f, 1.2f, Build_Wraith,
+    {"Wraith", "Wraith", 6.4f, 17, 0.26f, 0.535f, 1.2f, Build_Wraith,
      {{{0.35f, 0.12f, 0.6f}, {0.1f, 0.9f, 0.85f}, kWhite, kBlack, Pattern::Chevrons, 3},
       {kBlack, {0.95f, 0.1f, 0.45f}, {0.3f, 0.9f, 1.0f}, {0.02f, 0.02f, 0.03f}, Pattern::Sweep, 3},
       {kWhite, {0.9f, 0.2f, 0.15f}, kBlack, {0.15f, 0.15f, 0.18f}, Pattern::Blades, 31}}},
-    {"Lancer", "Lancer", 1.3f, 24, 0.255f, 0.498f, 1.5f, Build_Lancer,
+    {"Lancer", "Lancer", 9.5f, 24, 0.255f, 0.498f, 1.5f, Build_Lancer,
      {{{0.95f, 0.45f, 0.05f}, kWhite, {0.1f, 0.2f, 0.5f}, {0.08f, 0.1f, 0.2f}, Pattern::TwinStripes, 5},
       {{0.05f, 0.35f, 0.4f}, {0.95f, 0.85f, 0.3f}, kWhite, kBlack, Pattern::Blades, 5},
       {{0.75f, 0.76f, 0.8f}, {0.15f, 0.35f, 0.8f}, {0.85f, 0.1f, 0.1f}, {0.1f, 0.12f, 0.2f}, Pattern::Sweep, 55}}},
