@@ -1,6 +1,5 @@
 #pragma once
-// A headless display for rendering tests: a scratch game folder with the generated
-// fonts, the window, Init_DDraw at 640 x 480, and the teardown in the game's order.
+// A headless 640 x 480 display in a scratch game folder with the fonts, torn down in the game's order.
 #include <gtest/gtest.h>
 
 #include <vector>

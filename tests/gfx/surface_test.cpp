@@ -1,7 +1,6 @@
 // Surfaces, textures and .dds files on the CPU side: no display is opened here.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 
 #include "core/settings.h"
@@ -13,62 +12,39 @@ using platform::PixelFormat;
 
 namespace {
 
-void Put32(std::string& b, uint32_t v) {
-  for (int i = 0; i < 4; ++i) b.push_back(char((v >> (8 * i)) & 0xFF));
+void Put(std::string& b, std::initializer_list<uint32_t> words) {
+  for (uint32_t v : words) b.append({char(v), char(v >> 8), char(v >> 16), char(v >> 24)});
 }
 
 // A .dds file as the game's textures are written: 16-bit A4R4G4B4, rows unpadded.
 std::string Dds(uint32_t width, uint32_t height, const std::vector<uint16_t>& texels, uint32_t pitch = 0,
                 uint32_t flags = 0x100F, uint32_t bit_count = 16) {
   std::string b = "DDS ";
-  Put32(b, 124);
-  Put32(b, flags);
-  Put32(b, height);
-  Put32(b, width);
-  Put32(b, pitch ? pitch : width * 2);
-  Put32(b, 0);
-  Put32(b, 0);
-  for (int i = 0; i < 11; ++i) Put32(b, 0);
-  Put32(b, 32);
-  Put32(b, 0x41);
-  Put32(b, 0);
-  Put32(b, bit_count);
-  Put32(b, 0x0F00);
-  Put32(b, 0x00F0);
-  Put32(b, 0x000F);
-  Put32(b, 0xF000);
-  Put32(b, 0x1000);
-  for (int i = 0; i < 4; ++i) Put32(b, 0);
-  for (uint16_t t : texels) {
-    b.push_back(char(t & 0xFF));
-    b.push_back(char(t >> 8));
-  }
+  Put(b, {124, flags, height, width, pitch ? pitch : width * 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  Put(b, {32, 0x41, 0, bit_count, 0x0F00, 0x00F0, 0x000F, 0xF000, 0x1000, 0, 0, 0, 0});
+  for (uint16_t t : texels) b.append({char(t), char(t >> 8)});
   return b;
 }
 
-Surface Decode(const std::string& bytes) { return Decode_DDS(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()); }
+Surface Decode(const std::string& b) { return Decode_DDS(reinterpret_cast<const uint8_t*>(b.data()), b.size()); }
 
 // A 24-bit .bmp, bottom-up rows, from 0xRRGGBB values given top row first.
 std::string Bmp(int w, int h, const std::vector<uint32_t>& rgb) {
   const int row = (w * 3 + 3) & ~3;
   std::string b = "BM";
-  Put32(b, uint32_t(54 + row * h));
-  Put32(b, 0);
-  Put32(b, 54);
-  Put32(b, 40);
-  Put32(b, uint32_t(w));
-  Put32(b, uint32_t(h));
-  b += std::string("\x01\x00\x18\x00", 4);
-  for (int i = 0; i < 6; ++i) Put32(b, 0);
+  Put(b, {uint32_t(54 + row * h), 0, 54, 40, uint32_t(w), uint32_t(h), 0x00180001, 0, 0, 0, 0, 0, 0});
   for (int y = h - 1; y >= 0; --y) {
-    for (int x = 0; x < w; ++x) {
-      const uint32_t c = rgb[size_t(y * w + x)];
-      b.push_back(char(c & 0xFF));
-      b.push_back(char((c >> 8) & 0xFF));
-      b.push_back(char((c >> 16) & 0xFF));
-    }
+    for (int x = 0; x < w; ++x) b.append(reinterpret_cast<const char*>(&rgb[size_t(y * w + x)]), 3);  // B, G, R
     b.append(size_t(row - w * 3), '\0');
   }
+  return b;
+}
+
+// Blit_Clipped of the whole source, with the source rectangle and position as it leaves them.
+struct Blitted { Rect r; i16 x, y; };
+Blitted Blit(const Surface& dst, const Surface& src, int x, int y, u8 transparent) {
+  Blitted b{Make_Rect(0, 0, i16(src->Width()), i16(src->Height())), i16(x), i16(y)};
+  Blit_Clipped(dst, src, b.r, b.x, b.y, transparent);
   return b;
 }
 
@@ -80,10 +56,8 @@ TEST(DdsTest, DecodesTexelsAsStoredWithTheirAlpha) {
   EXPECT_EQ(t->Format(), PixelFormat::A4R4G4B4);
   EXPECT_EQ(t->Width(), 2);
   EXPECT_EQ(t->Pixel(0, 0), 0x8F00u);
-  EXPECT_EQ(t->Argb(0, 0), 0x88FF0000u);
-  EXPECT_EQ(t->Argb(1, 0), 0xFF00FF00u);
-  EXPECT_EQ(t->Argb(0, 1), 0x110000FFu);
-  EXPECT_EQ(t->Argb(1, 1), 0x00000000u);
+  const uint32_t argb[] = {0x88FF0000u, 0xFF00FF00u, 0x110000FFu, 0};
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(t->Argb(i % 2, i / 2), argb[i]) << i;
   EXPECT_FALSE(t->Has_Color_Key());
 }
 
@@ -100,8 +74,7 @@ TEST(DdsTest, RefusesWhatIsNotA16BitImage) {
 
 TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
   // Two of three rows present, the second one half.
-  std::string bytes = Dds(2, 3, {0x1111, 0x2222, 0x3333});
-  Surface t = Decode(bytes);
+  Surface t = Decode(Dds(2, 3, {0x1111, 0x2222, 0x3333}));
   ASSERT_TRUE(t);
   EXPECT_EQ(t->Pixel(1, 0), 0x2222u);
   EXPECT_EQ(t->Pixel(0, 1), 0x3333u);
@@ -118,38 +91,30 @@ TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
   EXPECT_EQ(t->Pixel(1, 1), 0x4444u);
 }
 
-TEST(DdsTest, CreateTextureChoosesTheReaderByExtensionInAnyCase) {
+TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleNearestNeighbour) {
   testenv::ScratchAppDir dir;
+  const std::string path = dir.path() + "/Gfx/p.bmp";
+  testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
   testenv::Write_File(dir.path() + "/Textures/a.DDS", Dds(1, 1, {0xF00F}));
   testenv::Write_File(dir.path() + "/Textures/fake.dds", "BM not a dds at all");
-  const Surface t = Create_Texture(dir.path() + "\\Textures\\a.DDS", 64, 64, kKeyBlack);
+  Surface t = Create_Texture(dir.path() + "\\Textures\\a.DDS", 64, 64, kKeyBlack);
   ASSERT_TRUE(t);
   EXPECT_EQ(t->Width(), 1);  // the file's size, and no colour key on .dds
   EXPECT_FALSE(t->Has_Color_Key());
   EXPECT_FALSE(Create_Texture(dir.path() + "/Textures/fake.dds", 0, 0, 0));
   EXPECT_FALSE(Create_Texture(dir.path() + "/Textures/missing.dds", 0, 0, 0));
-}
-
-TEST(SurfaceTest, BitmapsLoadScaledNearestNeighbour) {
-  testenv::ScratchAppDir dir;
-  const std::string path = dir.path() + "/Gfx/p.bmp";
-  testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
+  // A texture with only one size given keeps the file's own size.
+  t = Create_Texture(path, 0, 64, kKeyNone);
+  ASSERT_TRUE(t);
+  EXPECT_EQ(std::pair(t->Width(), t->Height()), std::pair(2, 2));
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 0, 0, path, kKeyNone, kFalse));
   EXPECT_EQ(s->Width(), 2);
   EXPECT_EQ(s->Argb(1, 0), 0xFF00FF00u);
   ASSERT_TRUE(Create_Surface(s, 4.5, 3.5, path, kKeyNone, kFalse));  // rounds half to even: 4 x 4
-  EXPECT_EQ(s->Width(), 4);
-  EXPECT_EQ(s->Height(), 4);
-  EXPECT_EQ(s->Argb(1, 1), 0xFFFF0000u);
-  EXPECT_EQ(s->Argb(2, 1), 0xFF00FF00u);
-  EXPECT_EQ(s->Argb(1, 2), 0xFF0000FFu);
-  EXPECT_EQ(s->Argb(3, 3), 0xFFFFFFFFu);
-  // A texture with only one size given keeps the file's own size.
-  const Surface t = Create_Texture(path, 0, 64, kKeyNone);
-  ASSERT_TRUE(t);
-  EXPECT_EQ(t->Width(), 2);
-  EXPECT_EQ(t->Height(), 2);
+  ASSERT_EQ(std::pair(s->Width(), s->Height()), std::pair(4, 4));
+  const uint32_t quarters[] = {0xFFFF0000u, 0xFF00FF00u, 0xFF0000FFu, 0xFFFFFFFFu};
+  for (int i = 0; i < 16; ++i) EXPECT_EQ(s->Argb(i % 4, i / 4), quarters[i / 8 * 2 + i % 4 / 2]) << i;
   EXPECT_FALSE(Create_Surface(s, 0, 0, dir.path() + "/Gfx/none.bmp", kKeyNone, kFalse));
   EXPECT_FALSE(s);
 }
@@ -164,83 +129,58 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", 3, kTrue));
   EXPECT_FALSE(s->Has_Color_Key());
   const Surface dds = Decode(Dds(1, 1, {0}));
-  platform::Image& img = *dds;
-  img.Set_Color_Key(platform::Masks_Of(img.Format()).red + platform::Masks_Of(img.Format()).blue);
-  EXPECT_EQ(img.Color_Key(), 0x0F0Fu);
+  dds->Set_Color_Key(platform::Masks_Of(dds->Format()).red + platform::Masks_Of(dds->Format()).blue);
+  EXPECT_EQ(dds->Color_Key(), 0x0F0Fu);
 }
 
 TEST(SurfaceTest, PointInRectExcludesRightAndBottomEdges) {
   const Rect r = Make_Rect(10, 20, 30, 40);
-  EXPECT_EQ(r.left, 10);
-  EXPECT_EQ(r.bottom, 40);
   EXPECT_EQ(Point_In_Rect(r, 10, 20), kTrue);
   EXPECT_EQ(Point_In_Rect(r, 29, 39), kTrue);
   EXPECT_EQ(Point_In_Rect(r, 30, 25), kFalse);
   EXPECT_EQ(Point_In_Rect(r, 15, 40), kFalse);
   EXPECT_EQ(Point_In_Rect(r, 9, 25), kFalse);
+  EXPECT_EQ(Point_In_Rect(r, 15, 19), kFalse);
 }
 
 // Clipping works the same on a memory destination, so it is checked here pixel by pixel.
-TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreen) {
+TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPixels) {
   modMain::ScreenWidth = 64;
   modMain::ScreenHeight = 48;
   Surface src = platform::Image::Create(32, 8, PixelFormat::X8R8G8B8);
   for (int x = 0; x < 32; ++x)
     for (int y = 0; y < 8; ++y) src->Set_Pixel(x, y, 0x010000u * uint32_t(x + 1) + uint32_t(y));
   Surface dst = platform::Image::Create(64, 48, PixelFormat::X8R8G8B8);
-
-  Rect r = Make_Rect(0, 0, 32, 8);
-  i16 x = -10, y = 5;
-  Blit_Clipped(dst, src, r, x, y, 0);
-  EXPECT_EQ(r.left, 10);
-  EXPECT_EQ(x, 0);
+  Blitted b = Blit(dst, src, -10, 5, 0);
+  EXPECT_EQ(b.r.left, 10);
+  EXPECT_EQ(b.x, 0);
   EXPECT_EQ(dst->Pixel(0, 5), 0x0B0000u);   // column 10 of the source
   EXPECT_EQ(dst->Pixel(21, 5), 0x200000u);  // its last column
   EXPECT_EQ(dst->Pixel(22, 5), 0u);
-
-  r = Make_Rect(0, 0, 32, 8);
-  x = 64 - 5;
-  y = -3;
-  Blit_Clipped(dst, src, r, x, y, 0);
-  EXPECT_EQ(r.right, 5);
-  EXPECT_EQ(r.top, 3);
-  EXPECT_EQ(y, 0);
+  b = Blit(dst, src, 64 - 5, -3, 0);
+  EXPECT_EQ(b.r.right, 5);
+  EXPECT_EQ(b.r.top, 3);
+  EXPECT_EQ(b.y, 0);
   EXPECT_EQ(dst->Pixel(59, 0), 0x010003u);
   EXPECT_EQ(dst->Pixel(63, 4), 0x050007u);
-
-  r = Make_Rect(0, 0, 32, 8);
-  x = -40;
-  y = 30;
-  Surface before = platform::Image::Create(64, 48, PixelFormat::X8R8G8B8);
-  platform::Blit(*before, *dst, Rect{0, 0, 64, 48}, 0, 0, false);
-  Blit_Clipped(dst, src, r, x, y, 0);
-  EXPECT_EQ(x, -40);  // nothing drawn, nothing changed
-  EXPECT_EQ(std::memcmp(before->Bytes(), dst->Bytes(), size_t(64 * 48 * 4)), 0);
-  x = 10;
-  Blit_Clipped(dst, src, r, x, y, 2);  // an unknown transparency flag draws nothing
+  const std::vector<uint8_t> before(dst->Bytes(), dst->Bytes() + 64 * 48 * 4);
+  EXPECT_EQ(Blit(dst, src, -40, 30, 0).x, -40);  // nothing drawn, nothing changed
+  EXPECT_EQ(std::vector<uint8_t>(dst->Bytes(), dst->Bytes() + before.size()), before);
+  Blit(dst, src, 10, 30, 2);  // an unknown transparency flag draws nothing
   EXPECT_EQ(dst->Pixel(10, 30), 0u);
-}
 
-TEST(SurfaceTest, KeyedBlitSkipsKeyPixelsOnly) {
-  modMain::ScreenWidth = 64;
-  modMain::ScreenHeight = 48;
-  Surface src;
-  ASSERT_TRUE(Create_Surface(src, 3, 1, "", kKeyMagenta, kFalse));
-  src->Set_Pixel(0, 0, 0x00FF00FF);
-  src->Set_Pixel(1, 0, 0x00123456);
-  src->Set_Pixel(2, 0, 0x00000000);  // black is not the key here
-  Surface dst = platform::Image::Create(8, 8, PixelFormat::X8R8G8B8);
-  Fill_Rect(dst, 0, 0, 8, 8, 0x00777777);
-  Rect r = Make_Rect(0, 0, 3, 1);
-  i16 x = 2, y = 2;
-  Blit_Clipped(dst, src, r, x, y, 1);
-  EXPECT_EQ(dst->Pixel(2, 2), 0x777777u);
-  EXPECT_EQ(dst->Pixel(3, 2), 0x123456u);
-  EXPECT_EQ(dst->Pixel(4, 2), 0u);
-  r = Make_Rect(0, 0, 3, 1);
-  x = 2;
-  Blit_Clipped(dst, src, r, x, y, 0);
-  EXPECT_EQ(dst->Pixel(2, 2), 0xFF00FFu);
+  Surface keyed;
+  ASSERT_TRUE(Create_Surface(keyed, 3, 1, "", kKeyMagenta, kFalse));
+  keyed->Set_Pixel(0, 0, 0x00FF00FF);
+  keyed->Set_Pixel(1, 0, 0x00123456);
+  keyed->Set_Pixel(2, 0, 0x00000000);  // black is not the key here
+  Fill_Rect(dst, 0, 40, 8, 48, 0x00777777);
+  Blit(dst, keyed, 2, 42, 1);
+  EXPECT_EQ(dst->Pixel(2, 42), 0x777777u);
+  EXPECT_EQ(dst->Pixel(3, 42), 0x123456u);
+  EXPECT_EQ(dst->Pixel(4, 42), 0u);
+  Blit(dst, keyed, 2, 42, 0);
+  EXPECT_EQ(dst->Pixel(2, 42), 0xFF00FFu);
 }
 
 TEST(SurfaceTest, FillRectIsCutToTheSurface) {
