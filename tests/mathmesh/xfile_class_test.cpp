@@ -1,8 +1,11 @@
 // The mesh object: transforms, parts built from a file, drawing through the device.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "core/log.h"
@@ -15,12 +18,7 @@ namespace {
 // Records what a mesh asks of the device.
 class Recording_Device : public platform::Device3D {
  public:
-  struct Draw {
-    platform::ImageRef texture;
-    D3DMaterial material;
-    int vertices = 0, indices = 0;
-    uint16_t max_index = 0;
-  };
+  struct Draw { platform::ImageRef texture; D3DMaterial material; int vertices, indices, max_index; };
   std::vector<Matrix4> worlds;
   std::vector<Draw> draws;
   int calls = 0;
@@ -49,9 +47,8 @@ class Recording_Device : public platform::Device3D {
   void DrawPrimitive(platform::Primitive, const MeshVertex*, int) override { ++calls; }
   void DrawIndexedMesh(const MeshVertex*, int vertex_count, const uint16_t* indices, int index_count) override {
     ++calls;
-    Draw d{texture_, material_, vertex_count, index_count, 0};
-    for (int i = 0; i < index_count; ++i) d.max_index = std::max(d.max_index, indices[i]);
-    draws.push_back(d);
+    draws.push_back({texture_, material_, vertex_count, index_count,
+                     index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1});
   }
 
  private:
@@ -59,28 +56,12 @@ class Recording_Device : public platform::Device3D {
   platform::ImageRef texture_;
 };
 
-// A 2 x 2 24-bit BMP.
-std::string Tiny_Bmp() {
-  std::string b = "BM";
-  auto put = [&b](uint32_t v, int n) {
-    for (int i = 0; i < n; ++i) b.push_back(char((v >> (8 * i)) & 0xFF));
-  };
-  put(54 + 16, 4), put(0, 4), put(54, 4), put(40, 4), put(2, 4), put(2, 4), put(1, 2), put(24, 2);
-  put(0, 4), put(16, 4), put(2835, 4), put(2835, 4), put(0, 4), put(0, 4);
-  for (int row = 0; row < 2; ++row) put(0x00FF0000, 3), put(0x0000FF00, 3), put(0, 2);
-  return b;
-}
-
 // Material 0 (skinned): a quad and a pentagon; material 1 (missing texture): a triangle.
 const char* kShip = R"(xof 0303txt 0032
-Mesh ship {
-  7; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, 2;0;1;, 2;0;0;, 3;0;0.5;;
-  3; 4;0,1,2,3;, 5;3,2,4,6,5;, 3;0,2,3;;
+Mesh ship { 7; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, 2;0;1;, 2;0;0;, 3;0;0.5;; 3; 4;0,1,2,3;, 5;3,2,4,6,5;, 3;0,2,3;;
   MeshMaterialList { 2; 3; 0,0,1;;
-    Material { 0.9;0.8;0.7;1;; 20; 1;1;1;; 0;0;0;; TextureFilename { "..\\Textures\\skin.bmp"; } }
-    Material { 0.2;0.2;0.2;1;; 0; 0;0;0;; 0;0;0;; TextureFilename { "missing.bmp"; } }
-  }
-}
+    Material { 0.9;0.8;0.7;1;; 20; 1;1;1;; 0;0;0;; TextureFilename { "..\\Textures\\Grass.bmp"; } }
+    Material { 0.2;0.2;0.2;1;; 0; 0;0;0;; 0;0;0;; TextureFilename { "missing.bmp"; } } } }
 )";
 
 Vector3 Apply(const Matrix4& m, Vector3 p) { return modMATH::Transform_Point(p, m); }
@@ -89,25 +70,6 @@ void Expect_Near(const Vector3& a, const Vector3& b) {
   EXPECT_NEAR(a.x, b.x, 1e-4f);
   EXPECT_NEAR(a.y, b.y, 1e-4f);
   EXPECT_NEAR(a.z, b.z, 1e-4f);
-}
-
-TEST(XFileClass, DrawsNothingBeforeASuccessfulLoad) {
-  testenv::ScratchAppDir dir;
-  XFileClass x;
-  EXPECT_EQ(x.Parts.size(), 1u);
-  EXPECT_EQ(x.GroupCount, 0);
-  float a = 1, b = 1, c = 1;
-  x.GetMinExtent(a, b, c);
-  EXPECT_EQ(a + b + c, 0.0f);
-  Recording_Device device;
-  x.Render(&device);
-  EXPECT_EQ(device.calls, 0);
-
-  EXPECT_FALSE(x.Load(dir.path() + "/nothing.x"));
-  EXPECT_EQ(x.Loaded, kFalse);
-  x.Render(&device);
-  EXPECT_EQ(device.calls, 0);
-  EXPECT_NE(testenv::Read_File(modMain::Log_Path()).find("error loading xfile"), std::string::npos);
 }
 
 TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
@@ -147,27 +109,38 @@ TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
   Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {10, 0, -2});
 }
 
-TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTextures) {
+TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTexturesAndOnlyALoadedMeshDraws) {
   testenv::ScratchAppDir dir;
-  testenv::Write_File(dir.path() + "/Objects/ship.x", kShip);
-  testenv::Write_File(dir.path() + "/Textures/skin.bmp", Tiny_Bmp());
   XFileClass x;
+  EXPECT_EQ(x.Parts.size(), 1u);
+  EXPECT_EQ(x.GroupCount, 0);
+  float a = 1, b = 1, c = 1;
+  x.GetMinExtent(a, b, c);
+  EXPECT_EQ(a + b + c, 0.0f);
+  Recording_Device device;
+  x.Render(&device);
+  EXPECT_EQ(device.calls, 0);
+  EXPECT_FALSE(x.Load(dir.path() + "/Objects/ship.x"));
+  EXPECT_EQ(x.Loaded, kFalse);
+  x.Render(&device);
+  EXPECT_EQ(device.calls, 0);
+  EXPECT_NE(testenv::Read_File(modMain::Log_Path()).find("error loading xfile"), std::string::npos);
+
+  testenv::Write_File(dir.path() + "/Objects/ship.x", kShip);
+  dir.Copy_From_Game("Textures/Grass.bmp");
   ASSERT_TRUE(x.Load(dir.path() + "/Objects/ship.x"));
   EXPECT_EQ(x.Loaded, kTrue);
   ASSERT_EQ(x.GroupCount, 2);
   ASSERT_EQ(x.Parts.size(), 2u);
-  EXPECT_EQ(x.Parts[0].PartIndices.size(), 15u);  // quad 2 + pentagon 3 triangles
-  EXPECT_EQ(x.Parts[1].PartIndices.size(), 3u);
-  EXPECT_EQ(x.Parts[0].PartTextureFile, dir.path() + "/Objects/../Textures/skin.bmp");
+  // Quad 2 + pentagon 3 triangles, then one.
+  EXPECT_EQ((std::array{x.Parts[0].PartIndices.size(), x.Parts[1].PartIndices.size()}), (std::array<size_t, 2>{15, 3}));
+  EXPECT_EQ(x.Parts[0].PartTextureFile, dir.path() + "/Objects/../Textures/Grass.bmp");
   EXPECT_NE(x.Parts[0].PartTexture, nullptr);
   EXPECT_EQ(x.Parts[1].PartTexture, nullptr);  // missing: drawn untextured
   EXPECT_EQ(x.Parts[1].PartTextureFile, dir.path() + "/Objects/missing.bmp");
-  float a, b, c;
   x.GetMaxExtent(a, b, c);
-  EXPECT_EQ(a, 3.0f);
-  EXPECT_EQ(c, 1.0f);
+  EXPECT_EQ(std::pair(a, c), std::pair(3.0f, 1.0f));
 
-  Recording_Device device;
   x.Render(&device);
   ASSERT_EQ(device.draws.size(), 2u);
   EXPECT_EQ(device.draws[0].texture, x.Parts[0].PartTexture);
@@ -198,23 +171,24 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTextures) {
 }
 
 TEST(XFileClass, FansFaceDataAndRefusesDataThatOverruns) {
-  std::vector<uint16_t> out;
-  ASSERT_TRUE(XFileClass::Append_Fan_Indices({5, 6, 7, 8}, 4, 9, out));
-  EXPECT_EQ(out, (std::vector<uint16_t>{5, 6, 7, 5, 7, 8}));
-  out.clear();
-  ASSERT_TRUE(XFileClass::Append_Fan_Indices({0, 1, 2, 3, 4}, 5, 5, out));
-  EXPECT_EQ(out, (std::vector<uint16_t>{0, 1, 2, 0, 2, 3, 0, 3, 4}));
-  out.clear();
-  ASSERT_TRUE(XFileClass::Append_Fan_Indices({0, 1, 2, 2, 1, 0, 3, 4, 5, 5, 4, 3}, 3, 6, out));
-  EXPECT_EQ(out.size(), 12u);
-  out.clear();
-  // Counted faces: 3 a b c, 4 d e f g.
-  ASSERT_TRUE(XFileClass::Append_Fan_Indices({3, 10, 11, 12, 4, 13, 14, 15, 16}, 0, 17, out));
-  EXPECT_EQ(out, (std::vector<uint16_t>{10, 11, 12, 13, 14, 15, 13, 15, 16}));
-
-  EXPECT_FALSE(XFileClass::Append_Fan_Indices({3, 0, 1}, 0, 4, out));   // face runs past the data
-  EXPECT_FALSE(XFileClass::Append_Fan_Indices({0, 1, 4}, 3, 4, out));   // index not below the count
-  EXPECT_FALSE(XFileClass::Append_Fan_Indices({-2, 0, 1}, 0, 4, out));  // negative face size
+  using Fan = std::vector<uint16_t>;
+  // Face data, vertices per face (0: each face leads with its count), vertex count, fan.
+  const std::tuple<std::vector<int32_t>, int32_t, int32_t, Fan> fans[] = {
+      {{5, 6, 7, 8}, 4, 9, {5, 6, 7, 5, 7, 8}},
+      {{0, 1, 2, 3, 4}, 5, 5, {0, 1, 2, 0, 2, 3, 0, 3, 4}},
+      {{0, 1, 2, 2, 1, 0, 3, 4, 5, 5, 4, 3}, 3, 6, {0, 1, 2, 2, 1, 0, 3, 4, 5, 5, 4, 3}},
+      {{3, 10, 11, 12, 4, 13, 14, 15, 16}, 0, 17, {10, 11, 12, 13, 14, 15, 13, 15, 16}},
+  };
+  for (const auto& [data, per_face, count, want] : fans) {
+    Fan out;
+    ASSERT_TRUE(XFileClass::Append_Fan_Indices(data, per_face, count, out));
+    EXPECT_EQ(out, want);
+  }
+  Fan out;
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({3, 0, 1}, 0, 4, out));     // face runs past the data
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({0, 1, 4}, 3, 4, out));     // index not below the count
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({0, -1, 2}, 3, 4, out));    // negative index
+  EXPECT_FALSE(XFileClass::Append_Fan_Indices({-2, 0, 1}, 0, 4, out));    // negative face size
   EXPECT_FALSE(XFileClass::Append_Fan_Indices({0, 1, 2, 3}, 3, 4, out));  // a partial face
 }
 

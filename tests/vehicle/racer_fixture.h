@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "core/modMain.h"
@@ -29,35 +28,22 @@ struct RacerTestAccess {
   static LitVertex* Shadow(clsHumanPlayer& r) { return r.ShadowVertices; }
   static LitVertex* Flame(clsHumanPlayer& r) { return r.ThrustVertices; }
   static i16& GridSlot(clsHumanPlayer& r) { return r.GridSlot; }
-  static void Set_Blocks(clsHumanPlayer& r, i16 b) {
-    for (i16& x : r.BlockOfCorner) x = b;
-  }
+  static void Set_Blocks(clsHumanPlayer& r, i16 b) { for (i16& x : r.BlockOfCorner) x = b; }
   static i16 BlockOf(clsHumanPlayer& r, int j) { return r.BlockOfCorner[j]; }
   static void Steer(clsHumanPlayer& r) { r.Computer_Steering(); }
-  static void Ship(clsHumanPlayer& r, float half_width, float half_length, float inv_mass, float inv_inertia) {
-    r.HalfWidth = half_width;
-    r.HalfLength = half_length;
-    r.InvMass = inv_mass;
-    r.InvInertia = inv_inertia;
-  }
 };
 using RA = RacerTestAccess;
 
 namespace vehicle_test {
 
+inline clsHumanPlayer& P(int i) { return *modMain::Players[static_cast<size_t>(i)]; }
+
+inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
+
 // A road block x in [x0, x1], z in [z0, z1], racing toward +z (the +x side is the right),
 // flat at height y.
 inline modTracks::TrackBlockRecord Block(float x0, float x1, float z0, float z1, float y = 0) {
-  modTracks::TrackBlockRecord b;
-  b.Corner[0] = {x1, y, z0};
-  b.Corner[1] = {x0, y, z0};
-  b.Corner[2] = {x1, y, z1};
-  b.Corner[3] = {x0, y, z1};
-  b.EdgeNormal[0] = {1, 0, 0};
-  b.EdgeNormal[1] = {-1, 0, 0};
-  b.EdgeNormal[2] = {0, 0, 1};
-  b.EdgeNormal[3] = {0, 0, -1};
-  return b;
+  return {{{x1, y, z0}, {x0, y, z0}, {x1, y, z1}, {x0, y, z1}}, {{1, 0, 0}, {-1, 0, 0}, {0, 0, 1}, {0, 0, -1}}};
 }
 
 inline void Set_Track(const std::vector<modTracks::TrackBlockRecord>& blocks) {
@@ -65,40 +51,34 @@ inline void Set_Track(const std::vector<modTracks::TrackBlockRecord>& blocks) {
   for (size_t i = 0; i < blocks.size(); ++i) modTracks::TrackBlock(static_cast<int>(i)) = blocks[i];
 }
 
-// Creates n racers (RacerKind 2, no ship loaded) as Players 0..n-1 with a RacerBox each.
-inline void Make_Players(int n, float half_width = 1, float half_length = 2) {
+// Creates n racers (RacerKind 2, no ship loaded, 2 x 4 footprint, unit mass and inertia)
+// as Players 0..n-1 with a RacerBox each; returns racer 0.
+inline clsHumanPlayer& Make_Players(int n) {
   modMain::Players.clear();
   for (int i = 0; i < n; ++i) {
     auto r = std::make_unique<clsHumanPlayer>();
     r->RacerKind = 2;
     r->HalfHeight = 0.5f;
-    RA::Ship(*r, half_width, half_length, 1, 1);
+    RA::HalfWidth(*r) = 1, RA::HalfLength(*r) = 2, RA::InvMass(*r) = RA::InvInertia(*r) = 1;
     RA::GridSlot(*r) = static_cast<i16>(i);
     modMain::Players.push_back(std::move(r));
   }
   modMain::NumOpponents = static_cast<i16>(n - 1);
   modGameLoop::RacerBox.Resize(0, n - 1);
+  return *modMain::Players[0];
 }
-
-inline clsHumanPlayer& P(int i) { return *modMain::Players[static_cast<size_t>(i)]; }
 
 // Puts racer i at (x, z) with heading, no movement since the last frame.
 inline void Place(int i, float x, float z, float heading = 0) {
-  clsHumanPlayer& r = P(i);
-  r.PositionX = x;
-  r.PositionZ = z;
-  r.cOrientation = heading;
-  r.Calculate_Vertices(static_cast<i16>(i));
-  r.Calculate_Vertices(static_cast<i16>(i));
+  P(i).PositionX = x, P(i).PositionZ = z, P(i).cOrientation = heading;
+  for (int frame = 0; frame < 2; ++frame) P(i).Calculate_Vertices(static_cast<i16>(i));
 }
 
 // Moves racer i to (x, z) as one frame's movement and runs the wall and block step.
 inline void Move(int i, float x, float z) {
-  clsHumanPlayer& r = P(i);
-  r.PositionX = x;
-  r.PositionZ = z;
-  r.Calculate_Vertices(static_cast<i16>(i));
-  r.Check_Wall_Collisions();
+  P(i).PositionX = x, P(i).PositionZ = z;
+  P(i).Calculate_Vertices(static_cast<i16>(i));
+  P(i).Check_Wall_Collisions();
 }
 
 }  // namespace vehicle_test
