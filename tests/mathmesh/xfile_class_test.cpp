@@ -74,8 +74,7 @@ void Expect_Near(const Vector3& a, const Vector3& b) {
 
 TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
   XFileClass x;
-  // A model facing +z faces the heading direction (-sin h, 0, cos h); the bank (about Z)
-  // rolls the wings but never lifts the nose.
+  // A model facing +z faces the heading (-sin h, 0, cos h); the bank rolls the wings, not the nose.
   x.SetRotation(0, 0.7f, 0.4f);
   Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-std::sin(0.7f), 0, std::cos(0.7f)});
   EXPECT_NEAR(std::abs(Apply(x.RotationMatrix, {1, 0, 0}).y), std::sin(0.4f), 1e-5f);

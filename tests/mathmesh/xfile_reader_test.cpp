@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "mathmesh/xfile_reader.h"
 #include "support/test_env.h"
@@ -178,28 +179,25 @@ TEST(XFileReader, RefusesDataThatDisagreesWithItsCounts) {
 TEST(XFileReader, ReadsForeignExporterFiles) {
   const std::string dir = testenv::Testdata_Dir() + "/x/";
   if (!std::filesystem::exists(dir + "test_cube_text.x")) GTEST_SKIP() << "no shared test data";
-  const struct {  // file, groups, triangles, vertices, y extent
-    const char* file;
-    size_t groups, triangles, vertices;
-    float min_y, max_y;
-  } expected[] = {
+  // File, groups, triangles, vertices, y extent.
+  const std::tuple<const char*, size_t, size_t, size_t, float, float> expected[] = {
       {"test_cube_text.x", 1, 12, 24, -1.0f, 1.0f},
       {"test.x", 1, 12, 24, -0.68044f, 0.960307f},
       {"kwxport_test_cubewithvcolors.x", 3, 12, 24, -0.492126f, 0.492126f},  // frame moves it down
       {"anim_test.x", 1, 840, 1720, -5.0f, 5.0f},
       {"malformed_skinweights_oob.x", 1, 12, 24, -1.0f, 1.0f},  // the bad skin data is never used
   };
-  for (const auto& e : expected) {
+  for (const auto& [file, groups, triangles, vertices, min_y, max_y] : expected) {
+    SCOPED_TRACE(file);
     xfile::Model m;
-    ASSERT_EQ(xfile::Read_File(dir + e.file, m), "") << e.file;
-    ASSERT_EQ(m.groups.size(), e.groups) << e.file;
+    ASSERT_EQ(xfile::Read_File(dir + file, m), "");
+    ASSERT_EQ(m.groups.size(), groups);
     size_t tris = 0, verts = 0;
     for (const xfile::Group& g : m.groups) tris += Triangles(g), verts += g.vertices.size();
-    EXPECT_EQ(tris, e.triangles) << e.file;
-    EXPECT_EQ(verts, e.vertices) << e.file;
-    EXPECT_NEAR(m.box_min.y, e.min_y, 1e-5f) << e.file;
-    EXPECT_NEAR(m.box_max.y, e.max_y, 1e-5f) << e.file;
-    if (e.triangles == 12) Expect_Box_Normals(m);  // cubes; test_cube_text.x's root frame mirrors y and z
+    EXPECT_EQ(std::pair(tris, verts), std::pair(triangles, vertices));
+    EXPECT_NEAR(m.box_min.y, min_y, 1e-5f);
+    EXPECT_NEAR(m.box_max.y, max_y, 1e-5f);
+    if (triangles == 12) Expect_Box_Normals(m);  // cubes; test_cube_text.x's root frame mirrors y and z
   }
   xfile::Model m;
   ASSERT_EQ(xfile::Read_File(dir + "test.x", m), "");

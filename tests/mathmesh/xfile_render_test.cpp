@@ -1,5 +1,4 @@
-// A generated ship drawn by the real device (headless GL): its faces are wound so that the
-// game's culling shows the outside of every part.
+// A generated ship drawn by the real device (headless GL): culling shows the outside of every part.
 #include <set>
 #include <vector>
 
@@ -48,8 +47,7 @@ TEST_F(ShipRenderTest, CullingKeepsTheOutsideOfEveryPart) {
     colours.insert(both[i]);
   }
   ASSERT_GT(ship_pixels, 5000u) << "the ship should fill a good part of the view";
-  // With back faces culled the picture is the same (their pixels lie behind the front ones);
-  // culling the other way shows the insides instead.
+  // Culling back faces changes nothing (they lie behind the front ones); the other way shows insides.
   EXPECT_LT(normal_differs, ship_pixels / 100);
   EXPECT_GT(reversed_differs, ship_pixels / 2);
   EXPECT_GE(colours.size(), 64u) << "textured and lit, not flat";

@@ -1,5 +1,4 @@
-// The generated ships: catalogue numbers that make a raceable, varied field, and meshes,
-// skins and shadows that load and fit the racer's footprint.
+// The generated ships: a raceable, varied catalogue; meshes, skins and shadows that fit the footprint.
 #include <gtest/gtest.h>
 
 #include <algorithm>

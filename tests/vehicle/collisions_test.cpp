@@ -98,8 +98,7 @@ TEST_F(Collisions, RacersBounceOnlyWhenCloseOverlappingAndClosing) {
 TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
   Set_Track({Block(-5, 5, 0, 20, 3)});
   Place(0, 0, 10);
-  // Height and vertical speed before and after: a hard landing bounces, a soft one settles,
-  // and above the road it is gravity's job.
+  // Height and climb before and after: a hard landing bounces, a soft one settles, in the air gravity rules.
   for (const auto& [y, vy, want_y, want_vy] :
        {std::array{2.0f, -2.0f, 3 + 1.9f, 1.1f}, {0.0f, -0.4f, 3 + 1.9f, 0.0f}, {9.0f, -0.7f, 9.0f, -0.7f}}) {
     r.PositionY = y, r.VelocityY = vy;

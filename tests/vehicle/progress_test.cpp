@@ -7,8 +7,7 @@ using namespace vehicle_test;
 
 namespace {
 
-// Blocks 0 and 1 run from the start line at z 0 toward +z; the last block, 2, lies
-// behind the line, so its front edge is the start/finish line.
+// Blocks 0 and 1 run on from the line at z 0; the last, 2, lies behind it: its front edge is the line.
 struct Progress : ::testing::Test {
   clsHumanPlayer& r = Make_Players(3);
   void SetUp() override {

@@ -1,6 +1,5 @@
 #pragma once
-// Shared set-up for the racer tests: private-state access, hand-made road blocks and a
-// small Players list.
+// Racer test set-up: private-state access, hand-made road blocks, a small Players list.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -40,8 +39,7 @@ inline clsHumanPlayer& P(int i) { return *modMain::Players[static_cast<size_t>(i
 
 inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
 
-// A road block x in [x0, x1], z in [z0, z1], racing toward +z (the +x side is the right),
-// flat at height y.
+// A flat road block x0..x1 by z0..z1 at height y, racing toward +z (+x is the right).
 inline modTracks::TrackBlockRecord Block(float x0, float x1, float z0, float z1, float y = 0) {
   return {{{x1, y, z0}, {x0, y, z0}, {x1, y, z1}, {x0, y, z1}}, {{1, 0, 0}, {-1, 0, 0}, {0, 0, 1}, {0, 0, -1}}};
 }
@@ -51,8 +49,7 @@ inline void Set_Track(const std::vector<modTracks::TrackBlockRecord>& blocks) {
   for (size_t i = 0; i < blocks.size(); ++i) modTracks::TrackBlock(static_cast<int>(i)) = blocks[i];
 }
 
-// Creates n racers (RacerKind 2, no ship loaded, 2 x 4 footprint, unit mass and inertia)
-// as Players 0..n-1 with a RacerBox each; returns racer 0.
+// n computer racers with no ship (2 x 4, unit mass and inertia) and RacerBoxes; returns racer 0.
 inline clsHumanPlayer& Make_Players(int n) {
   modMain::Players.clear();
   for (int i = 0; i < n; ++i) {

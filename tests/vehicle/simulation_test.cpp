@@ -1,5 +1,4 @@
-// Five computer racers on the generated track and ships, run frame by frame in the race
-// loop's order over many seeds: everyone finishes, nothing goes NaN, nobody leaves the road.
+// Five computer racers on the generated track and ships, in the race loop's order, over many seeds.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
