@@ -187,7 +187,7 @@ class Builder {
     if (!in.Count(in.Left() / 3, nv, "vertex count")) return false;
     mesh.positions.resize(nv);
     for (Vec& p : mesh.positions) {
-      double v[3];
+      double v[3] = {0, 0, 0};
       for (double& c : v) in.Real(c);
       double w[3];
       for (int j = 0; j < 3; ++j) {

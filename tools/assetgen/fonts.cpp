@@ -12,7 +12,7 @@
 namespace assetgen {
 namespace {
 
-struct FontSpec {
+struct FontFace {
   const char* file_name;  // written into Gfx/
   const char* face;       // DejaVu file
   int cell_w, cell_h;
@@ -20,7 +20,7 @@ struct FontSpec {
 };
 
 // Two large faces (plain and highlighted) and one small one, in the game's cool palette.
-const FontSpec kFonts[] = {
+const FontFace kFonts[] = {
     {"Font0.bmp", "DejaVuSansMono-Bold.ttf", 20, 30, 0xFFFFFFFFu, 0xFF9CC8F0u},
     {"Font1.bmp", "DejaVuSansMono-BoldOblique.ttf", 20, 30, 0xFFFFE070u, 0xFFF07818u},
     {"Font2.bmp", "DejaVuSansMono-Bold.ttf", 12, 15, 0xFFF0F4F8u, 0xFFB8C8D8u},
@@ -69,16 +69,16 @@ bool Fit_Size(FT_Face face, int cell_w, int cell_h, int& size, int& baseline) {
   return false;
 }
 
-bool Make_Font(FT_Library lib, const std::string& game_dir, const FontSpec& spec) {
+bool Make_Font(FT_Library lib, const std::string& game_dir, const FontFace& font) {
   FT_Face face = nullptr;
-  const std::string path = std::string(QUORVAL_FONT_DIR) + "/" + spec.face;
+  const std::string path = std::string(QUORVAL_FONT_DIR) + "/" + font.face;
   if (FT_New_Face(lib, path.c_str(), 0, &face) != 0) {
     std::fprintf(stderr, "assetgen: cannot open %s\n", path.c_str());
     return false;
   }
   int size = 0, baseline = 0;
-  bool ok = Fit_Size(face, spec.cell_w, spec.cell_h, size, baseline);
-  Picture pic(spec.cell_w * 27, spec.cell_h * 3, 0xFF000000u);
+  bool ok = Fit_Size(face, font.cell_w, font.cell_h, size, baseline);
+  Picture pic(font.cell_w * 27, font.cell_h * 3, 0xFF000000u);
   for (int r = 0; ok && r < 3; ++r) {
     for (int c = kRows[r].first; c <= kRows[r].last; ++c) {
       if (FT_Load_Char(face, FT_ULong(c), FT_LOAD_RENDER) != 0) {
@@ -86,29 +86,29 @@ bool Make_Font(FT_Library lib, const std::string& game_dir, const FontSpec& spec
         break;
       }
       const FT_GlyphSlot g = face->glyph;
-      const int cell_x = (c - kRows[r].first) * spec.cell_w, cell_y = r * spec.cell_h;
-      const int gx = cell_x + (spec.cell_w - int(g->bitmap.width)) / 2;
+      const int cell_x = (c - kRows[r].first) * font.cell_w, cell_y = r * font.cell_h;
+      const int gx = cell_x + (font.cell_w - int(g->bitmap.width)) / 2;
       const int gy = cell_y + baseline - g->bitmap_top;
       for (int y = 0; y < int(g->bitmap.rows); ++y) {
         for (int x = 0; x < int(g->bitmap.width); ++x) {
           const int coverage = g->bitmap.buffer[y * g->bitmap.pitch + x];
           // Faint edge pixels would show as a dark fringe once black is keyed out.
           if (coverage < 48) continue;
-          const float t = float(gy + y - cell_y) / float(spec.cell_h - 1);
-          pic.at(gx + x, gy + y) = Scale(Mix(spec.top, spec.bottom, t), std::min(255, coverage + 32));
+          const float t = float(gy + y - cell_y) / float(font.cell_h - 1);
+          pic.at(gx + x, gy + y) = Scale(Mix(font.top, font.bottom, t), std::min(255, coverage + 32));
         }
       }
     }
   }
   FT_Done_Face(face);
-  return ok && Write_BMP(game_dir + "/Gfx/" + spec.file_name, pic);
+  return ok && Write_BMP(game_dir + "/Gfx/" + font.file_name, pic);
 }
 
 bool Generate_Fonts(const std::string& game_dir) {
   FT_Library lib = nullptr;
   if (FT_Init_FreeType(&lib) != 0) return false;
   bool ok = true;
-  for (const FontSpec& spec : kFonts) ok = Make_Font(lib, game_dir, spec) && ok;
+  for (const FontFace& font : kFonts) ok = Make_Font(lib, game_dir, font) && ok;
   FT_Done_FreeType(lib);
   return ok;
 }
