@@ -1,0 +1,181 @@
+// The hi-score file's bytes, short and corrupt files, the record rules and saves that
+// survive being killed.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "screens/hiscore_file.h"
+#include "support/test_env.h"
+
+using modHiScore::HiScoreTable;
+using modHiScore::RaceFigures;
+
+namespace {
+
+HiScoreTable Decode(const std::string& bytes, int* fields = nullptr) {
+  HiScoreTable t;
+  const int n = modHiScore::Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), t);
+  if (fields != nullptr) *fields = n;
+  return t;
+}
+
+const HiScoreTable kLong{212, "Commander Long-Name", 41230, "Second Holder", 131070, "Third"};
+const HiScoreTable kShort{230, "Al", 40000, "", 125000, "Bo"};
+
+}  // namespace
+
+namespace modHiScore {
+void PrintTo(const HiScoreTable& t, std::ostream* os) {
+  *os << "{" << t.BestTopSpeed << " '" << t.BestTopSpeedName << "', " << t.BestLap << " '" << t.BestLapName << "', "
+      << t.BestRace << " '" << t.BestRaceName << "'}";
+}
+}  // namespace modHiScore
+
+TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndian) {
+  const std::string expected("\x5F\x00"                   // 95
+                             "\x03\x00" "Ann"             // name of 3
+                             "\x40\x9C\x00\x00"           // 40000
+                             "\x00\x00"                   // empty name
+                             "\x88\x59\xF9\xFF"           // -435832
+                             "\x02\x00" "Bo",
+                             4 + 3 + 4 + 2 + 4 + 4);
+  const HiScoreTable t{95, "Ann", 40000, "", -435832, "Bo"};
+  EXPECT_EQ(modHiScore::Encode_HiScores(t), expected);
+  EXPECT_EQ(expected.size(), 16u + 3 + 0 + 2);
+  EXPECT_EQ(Decode(expected), t);
+}
+
+TEST(HiScoreFile, ShorterTableLeavesTheOldTailAndReadsBackExactly) {
+  testenv::ScratchAppDir dir;
+  const std::string path = dir.path() + "/Hiscores.Dat";
+  ASSERT_TRUE(modHiScore::Write_HiScore_File(path, kLong));
+  const std::string long_bytes = testenv::Read_File(path);
+  ASSERT_TRUE(modHiScore::Write_HiScore_File(path, kShort));
+  const std::string bytes = testenv::Read_File(path);
+  const std::string fresh = modHiScore::Encode_HiScores(kShort);
+  ASSERT_EQ(bytes.size(), long_bytes.size());
+  EXPECT_GT(bytes.size(), fresh.size());
+  EXPECT_EQ(bytes.substr(0, fresh.size()), fresh);
+  EXPECT_EQ(bytes.substr(fresh.size()), long_bytes.substr(fresh.size()));
+  EXPECT_EQ(modHiScore::Read_HiScore_File(path), kShort);
+  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+}
+
+TEST(HiScoreFile, MissingFileIsCreatedEmpty) {
+  testenv::ScratchAppDir dir;
+  const std::string path = dir.path() + "/Hiscores.Dat";
+  EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
+  ASSERT_TRUE(std::filesystem::exists(path));
+  EXPECT_EQ(std::filesystem::file_size(path), 0u);
+}
+
+TEST(HiScoreFile, ShortFilesReadAsFarAsTheyHold) {
+  const std::string whole = modHiScore::Encode_HiScores(kLong);
+  // Every cut of a valid file: the fields it holds whole, nothing after them.
+  for (size_t cut = 0; cut <= whole.size(); ++cut) {
+    int fields = -1;
+    const HiScoreTable t = Decode(whole.substr(0, cut), &fields);
+    SCOPED_TRACE(cut);
+    EXPECT_EQ(t.BestTopSpeed, fields >= 1 ? kLong.BestTopSpeed : 0);
+    EXPECT_EQ(t.BestTopSpeedName, fields >= 2 ? kLong.BestTopSpeedName : "");
+    EXPECT_EQ(t.BestLap, fields >= 3 ? kLong.BestLap : 0);
+    EXPECT_EQ(t.BestLapName, fields >= 4 ? kLong.BestLapName : "");
+    EXPECT_EQ(t.BestRace, fields >= 5 ? kLong.BestRace : 0);
+    EXPECT_EQ(t.BestRaceName, fields >= 6 ? kLong.BestRaceName : "");
+    EXPECT_EQ(fields == 6, cut == whole.size());
+  }
+}
+
+TEST(HiScoreFile, CorruptNameCountsGiveEmptyNames) {
+  // A negative count is an empty name and reading goes on; a count past the end stops it.
+  int fields = 0;
+  const HiScoreTable neg = Decode(std::string("\x10\x00\xFF\xFF\x20\x00\x00\x00\x00\x80\x80\x07\x00\x00\x01\x00Z", 17), &fields);
+  EXPECT_EQ(fields, 6);
+  EXPECT_EQ(neg, (HiScoreTable{16, "", 32, "", 1920, "Z"}));
+  const HiScoreTable past = Decode(std::string("\x10\x00\xFF\x7F" "abc", 7), &fields);
+  EXPECT_EQ(fields, 1);
+  EXPECT_EQ(past, (HiScoreTable{16, "", 0, "", 0, ""}));
+}
+
+TEST(HiScoreRules, TiesNeverCountAndEmptyTablesAlwaysFall) {
+  const HiScoreTable held{150, "Old", 40000, "Old", 125000, "Old"};
+  RaceFigures same{150, {40000, 40500, 41000}, 125000};
+  EXPECT_FALSE(modHiScore::Is_New_Record(held, same));
+  HiScoreTable after = held;
+  modHiScore::Merge_Race(after, same, "New");
+  EXPECT_EQ(after, held);
+
+  RaceFigures faster = same;
+  faster.LapTime[2] = 39999;
+  EXPECT_TRUE(modHiScore::Is_New_Record(held, faster));
+  modHiScore::Merge_Race(after, faster, "New");
+  EXPECT_EQ(after, (HiScoreTable{150, "Old", 39999, "New", 125000, "Old"}));
+
+  RaceFigures first{0, {41000, 40000, 40000}, 121000};
+  EXPECT_TRUE(modHiScore::Is_New_Record(HiScoreTable{}, first));
+  EXPECT_EQ(modHiScore::Fastest_Lap(first), 2);
+  HiScoreTable fresh;
+  modHiScore::Merge_Race(fresh, first, "Ann");
+  // A top speed of 0 is no record: that holder stays empty.
+  EXPECT_EQ(fresh, (HiScoreTable{0, "", 40000, "Ann", 121000, "Ann"}));
+}
+
+TEST(HiScoreRules, FastestLapPrefersTheEarliestOfEqualLaps) {
+  EXPECT_EQ(modHiScore::Fastest_Lap(RaceFigures{0, {40000, 40000, 40000}, 0}), 1);
+  EXPECT_EQ(modHiScore::Fastest_Lap(RaceFigures{0, {42000, 41000, 40000}, 0}), 3);
+}
+
+TEST(HiScoreRules, TimeText) {
+  EXPECT_EQ(modHiScore::Time_Text(83456), "01:23:46");
+  EXPECT_EQ(modHiScore::Time_Text(59996), "00:60:00");
+  EXPECT_EQ(modHiScore::Time_Text(60000), "01:00:00");
+  EXPECT_EQ(modHiScore::Time_Text(0), "00:00:00");
+  EXPECT_EQ(modHiScore::Time_Text(6000000), "100:00:00");
+}
+
+// A child process saves over and over (the old table, then the new one over it) and is
+// killed at a random moment; the file must always hold one whole table or the other.
+TEST(HiScoreFile, SavesSurviveBeingKilled) {
+  testenv::ScratchAppDir dir;
+  const std::string path = dir.path() + "/Hiscores.Dat";
+  // A long tail makes every save copy a quarter megabyte, so kills land inside writes.
+  const std::string old_bytes = modHiScore::Encode_HiScores(kLong) + std::string(256 * 1024, '\x5A');
+  std::string new_bytes = old_bytes;
+  const std::string fresh = modHiScore::Encode_HiScores(kShort);
+  new_bytes.replace(0, fresh.size(), fresh);
+
+  std::mt19937 rng(20261123);
+  int kills = 0, interrupted_writes = 0;
+  for (int round = 0; round < 200; ++round) {
+    testenv::Write_File(path, old_bytes);
+    std::filesystem::remove(path + ".new");
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      for (;;) {
+        modHiScore::Write_HiScore_File(path, kShort);
+        modHiScore::Write_HiScore_File(path, kLong);
+      }
+    }
+    usleep(std::uniform_int_distribution<useconds_t>(0, 4000)(rng));
+    ASSERT_EQ(kill(child, SIGKILL), 0);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    ++kills;
+    if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
+    const std::string now = testenv::Read_File(path);
+    ASSERT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
+    const HiScoreTable t = modHiScore::Read_HiScore_File(path);
+    EXPECT_TRUE(t == kLong || t == kShort);
+  }
+  EXPECT_EQ(kills, 200);
+  // The kills must have caught saves part-way, or the test proves nothing.
+  EXPECT_GT(interrupted_writes, 0);
+  std::printf("kills: %d, of which inside a save: %d\n", kills, interrupted_writes);
+}
