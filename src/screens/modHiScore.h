@@ -1,7 +1,40 @@
 #pragma once
-// The Hi-Scores screen, entered by the game-state loop.
+// The hi-score screen: the three records, the figures of the race just finished and, when
+// the race beat a record, name entry; the first click or Enter saves, the next goes to the
+// main menu. Leaving releases the racers of the finished race.
+#include <string>
+
+#include "core/types.h"
+#include "screens/hiscore_file.h"
 
 namespace modHiScore {
-// Runs the screen until it has chosen the next game state (or the game ends).
-void Init_HiScore_Screen();
-}
+
+// The one hi-score table, as last read from the file.
+extern HiScoreTable Scores;
+extern Bool16 HiScoreRunning;
+extern Bool16 NewHiScore;      // a record fell and the name is still being entered
+extern std::string EnteredName;
+extern i16 RaceFastestLap;     // 1..3
+
+// Draws the menu particles inside the screen's 3D scene; the game passes the front end's.
+using ParticlesFn = void (*)();
+
+// Game state 2: loads the screen, runs its loop, returns once it has been left (GameState
+// 0) or the game is closing. Reads the race from Players(0) (zero figures when there is
+// none).
+void Init_HiScore_Screen(ParticlesFn update_particles = nullptr);
+void HiScore_Screen_Loop();
+void Draw_HiScore_Screen();
+// Takes at most one typed key from KeyState into EnteredName (only while NewHiScore).
+void HiScore_Name_Entry();
+// Merges the race into the table, writes the file, stores the name as PlayerName.
+void Save_HiScores();
+// Reads the file into Scores (a missing file is created empty).
+void Load_HiScores();
+// Releases the surfaces, saves once more, releases every racer (Players keeps its size).
+void Exit_HiScore_Screen();
+
+// The file's path below the application folder.
+std::string HiScore_Path();
+
+}  // namespace modHiScore

@@ -1,10 +1,248 @@
 #include "screens/modShipSelection.h"
 
-#include "audio_input/plain_screen.h"
+#include "audio_input/frmMain.h"
+#include "core/modMain.h"
+#include "core/numbers.h"
+#include "gfx/mod3Denhance.h"
+#include "gfx/modText.h"
+#include "mathmesh/XFileClass.h"
+#include "mathmesh/modMATH.h"
+#include "platform/platform.h"
+#include "vehicle/create_racers.h"
+#include "vehicle/players.h"
+#include "vehicle/ships_dat.h"
 
 namespace modShipSelection {
 
-// A plain screen until this screen is built.
-void Init_Ship_Selection() { modMain::Run_Plain_Screen("Ship Selection"); }
+Bool16 ShipSelRunning = kFalse;
+float SlideOffset = 0;
+Rect ShipButtons[6];
+std::string ShipName;
+std::unique_ptr<XFileClass> PreviewMesh;
+i16 StatTarget[3] = {0, 0, 0};
+i16 StatShown[3] = {0, 0, 0};
+
+namespace {
+
+using mod3Denhance::Surface;
+
+Surface BackgroundSurf, CursorSurf, StatsSurf, ButtonsSurf;
+ParticlesFn Particles = nullptr;
+
+constexpr i16 kButtonArea[6][4] = {{50, 350, 241, 389}, {50, 400, 241, 439}, {104, 113, 200, 148},
+                                   {104, 170, 200, 205}, {104, 148, 152, 170}, {152, 148, 200, 170}};
+constexpr double kBarX = 415, kBarY[3] = {321, 351, 381};
+
+i16 Sx(double v) {
+  i16 out = 0;
+  numbers::Convert_Round(v * modMain::ScaleX, out);
+  return out;
+}
+i16 Sy(double v) {
+  i16 out = 0;
+  numbers::Convert_Round(v * modMain::ScaleY, out);
+  return out;
+}
+i16 Target(double v) {
+  i16 out = 0;
+  if (!numbers::Convert_Round(v, out)) out = v < 0 ? INT16_MIN : INT16_MAX;
+  return out;
+}
+
+void Set_Up_Light() {
+  platform::Device3D* device = mod3Denhance::D3DDevice;
+  if (device == nullptr) return;
+  platform::D3DLight light;
+  light.type = 3;
+  light.diffuse = ColorValue{1, 1, 1, 1};
+  light.position = Vector3{0, 10, 0};
+  light.direction = Vector3{-0.2f, -0.8f, 0.2f};
+  light.range = 5000;
+  light.attenuation0 = 0.8f;
+  device->SetLight(0, light);
+  device->LightEnable(0, true);
+  device->SetRenderState(platform::rs::Lighting, uint32_t(kTrue));
+  device->SetRenderState(platform::rs::Ambient, 0x00969696u);
+}
+
+bool Clicked(int i) {
+  return Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY)) &&
+         Is_Set(frmMain::MouseLeftDown);
+}
+
+void Release_Racers() {
+  for (auto& racer : modMain::Players) racer.reset();
+}
+
+clsHumanPlayer* Player() { return modMain::Players.empty() ? nullptr : modMain::Players[0].get(); }
+
+}  // namespace
+
+void Stat_Targets(double mass, double inertia, double thrust, i16 (&target)[3]) {
+  target[0] = Target(thrust * 5000 - 1150);
+  target[1] = Target(inertia * 25 - 400);
+  target[2] = Target(mass * 25 - 150);
+}
+
+void Load_Ship_Preview() {
+  clsHumanPlayer* player = Player();
+  if (player == nullptr) return;
+  // A catalogue the reader refuses shows as an empty one: no name, every figure 0.
+  shipsdat::Catalogue catalogue;
+  std::string error;
+  if (!shipsdat::Load(shipsdat::Path(), catalogue, error)) {
+    modMain::Write_Log(error);
+    catalogue = {};
+  }
+  i16 ship = player->cCurrentlySelectedShip, skin = player->cCurrentlySelectedSkin;
+  if (catalogue.Count >= 1) {
+    shipsdat::Resolve_Request(catalogue.Count, 0, 0, ship, skin);
+  } else {
+    ship = 0;
+    if (skin >= 4) skin = 1;
+    if (skin < 1) skin = 3;
+  }
+  player->cCurrentlySelectedShip = ship;
+  player->cCurrentlySelectedSkin = skin;
+
+  shipsdat::ShipRecord record;
+  if (static_cast<size_t>(ship) < catalogue.Ships.size()) record = catalogue.Ships[static_cast<size_t>(ship)];
+  ShipName = record.DisplayName;
+  if (PreviewMesh) {
+    PreviewMesh->Load(platform::Game_Path("\\Objects\\" + record.BaseName + ".x"));
+    PreviewMesh->SetXTexture(mod3Denhance::Create_Texture(
+        platform::Game_Path("\\Textures\\" + record.BaseName + std::to_string(skin) + ".bmp"), 0, 0, 0));
+  }
+  // A bar still moving jumps to where it was heading and moves on from there.
+  for (int i = 0; i < 3; ++i) StatShown[i] = StatTarget[i];
+  Stat_Targets(record.Mass, record.Inertia, record.Thrust, StatTarget);
+}
+
+void Init_Ship_Selection(ParticlesFn update_particles) {
+  Particles = update_particles;
+  PreviewMesh = std::make_unique<XFileClass>();
+  PreviewMesh->AdjustScale(1, 1, 1);
+  PreviewMesh->SetPosition(-6, 1, 0);
+
+  using mod3Denhance::Create_Surface;
+  Create_Surface(CursorSurf, 11, 19, platform::Game_Path("\\Gfx\\Cursor.bmp"), mod3Denhance::kKeyBlack, kFalse);
+  Create_Surface(BackgroundSurf, modMain::ScreenWidth, modMain::ScreenHeight,
+                 platform::Game_Path("\\Gfx\\ShipSelection_bg.bmp"), mod3Denhance::kKeyNone, kFalse);
+  Create_Surface(StatsSurf, 200.0 * modMain::ScaleX, 20.0 * modMain::ScaleY,
+                 platform::Game_Path("\\Gfx\\ShipSelection_stats.bmp"), mod3Denhance::kKeyNone, kFalse);
+  Create_Surface(ButtonsSurf, 382.0 * modMain::ScaleX, 234.0 * modMain::ScaleY,
+                 platform::Game_Path("\\Gfx\\ShipSelection_buttons.bmp"), mod3Denhance::kKeyBlack, kFalse);
+
+  modMain::Create_Racers(modMain::NumOpponents);
+  ShipSelRunning = kTrue;
+  Set_Up_Light();
+  if (clsHumanPlayer* player = Player()) {
+    player->cCurrentlySelectedShip = 0;
+    player->cCurrentlySelectedSkin = 1;
+  }
+  for (int i = 0; i < 3; ++i) StatShown[i] = StatTarget[i] = 0;
+  Load_Ship_Preview();
+  for (int i = 0; i < 6; ++i)
+    ShipButtons[i] = mod3Denhance::Make_Rect(Sx(kButtonArea[i][0]), Sy(kButtonArea[i][1]), Sx(kButtonArea[i][2]),
+                                             Sy(kButtonArea[i][3]));
+  SlideOffset = 241.0f * modMain::ScaleX;
+  modMain::Reset_Game_Clock();
+  Ship_Selection_Loop();
+}
+
+void Ship_Selection_Loop() {
+  while (Is_Set(ShipSelRunning) && !modMain::QuitRequested) {
+    if (SlideOffset == 0) {
+      for (int i = 0; i < 6; ++i) {
+        if (!Clicked(i)) continue;
+        frmMain::MouseLeftDown = kFalse;
+        clsHumanPlayer* player = Player();
+        switch (i) {
+          case 0:
+            ShipSelRunning = kFalse;
+            Release_Racers();
+            modMain::GameState = modMain::kStateMainMenu;
+            break;
+          case 1:  // the racers stay for the race
+            ShipSelRunning = kFalse;
+            modMain::GameState = modMain::kStateRace;
+            break;
+          case 2:
+          case 3:
+            if (player != nullptr) player->cCurrentlySelectedSkin = static_cast<i16>(player->cCurrentlySelectedSkin + (i == 2 ? -1 : 1));
+            Load_Ship_Preview();
+            break;
+          default:
+            if (player != nullptr) player->cCurrentlySelectedShip = static_cast<i16>(player->cCurrentlySelectedShip + (i == 4 ? -1 : 1));
+            Load_Ship_Preview();
+            break;
+        }
+      }
+    }
+    // One design unit per frame, whatever the frame time.
+    for (int i = 0; i < 3; ++i) {
+      if (StatShown[i] > StatTarget[i]) --StatShown[i];
+      else if (StatShown[i] < StatTarget[i]) ++StatShown[i];
+    }
+    const float ft = static_cast<float>(modMain::FrameTime);
+    if (PreviewMesh) PreviewMesh->Rotate(0, 0.002f * ft, 0.0008f * ft);
+    Draw_Ship_Selection();
+    if (SlideOffset > 0) SlideOffset -= 0.4f * static_cast<float>(modMain::FrameTime);
+    else SlideOffset = 0;
+    platform::Pump_Messages();
+  }
+  Exit_Ship_Selection();
+}
+
+void Draw_Ship_Selection() {
+  platform::Device3D* device = mod3Denhance::D3DDevice;
+  if (device != nullptr) {
+    Matrix4 view;
+    modMATH::View_Matrix(view, Vector3{0, 1, 15}, Vector3{0, 0, -1}, Vector3{0, 1, 0}, 0);
+    device->SetTransform(platform::TransformKind::View, view);
+  }
+  mod3Denhance::Clear_Screen();
+  Rect whole = mod3Denhance::ScreenRect;
+  i16 zero_x = 0, zero_y = 0;
+  mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, BackgroundSurf, whole, zero_x, zero_y, 0);
+  modMain::Update_Frame_Timer();
+
+  for (int i = 0; i < 6; ++i) {
+    const bool lit = SlideOffset == 0 &&
+                     Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY));
+    Rect cell = mod3Denhance::Make_Rect(Sx(lit ? 191 : 0), Sy(39 * i), Sx(lit ? 382 : 191), Sy(39 * i + 39));
+    i16 x = 0, y = ShipButtons[i].top;
+    numbers::Convert_Round(static_cast<double>(ShipButtons[i].left) - SlideOffset, x);
+    mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, ButtonsSurf, cell, x, y, 1);
+  }
+
+  modText::Draw_Text(Sx(470.0 - 6.0 * static_cast<double>(ShipName.size())), Sy(120), 2, ShipName);
+
+  for (int i = 0; i < 3; ++i) {
+    Rect bar = mod3Denhance::Make_Rect(0, 0, Sx(StatShown[i] - 2), Sy(18));
+    i16 x = Sx(kBarX), y = Sy(kBarY[i]);
+    // Blit_Clipped refuses an empty or inverted rectangle: a bar of 2 or less draws nothing.
+    mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, StatsSurf, bar, x, y, 0);
+  }
+
+  if (device != nullptr) {
+    device->BeginScene();
+    if (PreviewMesh) PreviewMesh->Render(device);
+    if (Particles != nullptr) Particles();
+    device->EndScene();
+  }
+  Rect pointer{0, 0, 11, 19};
+  i16 mx = frmMain::MouseX, my = frmMain::MouseY;
+  mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, CursorSurf, pointer, mx, my, 1);
+  mod3Denhance::Flip();
+}
+
+void Exit_Ship_Selection() {
+  BackgroundSurf.reset();
+  CursorSurf.reset();
+  StatsSurf.reset();
+  ButtonsSurf.reset();
+  PreviewMesh.reset();
+}
 
 }  // namespace modShipSelection

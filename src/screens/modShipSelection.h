@@ -1,7 +1,40 @@
 #pragma once
-// The Ship Selection screen, entered by the game-state loop.
+// The ship selection screen: creates the racers of the coming race, lets the player browse
+// the ships of Ships.Dat and their three skins with a spinning lit preview, its name and
+// three statistic bars, then starts the race (racers kept) or goes back (racers released).
+// Mouse only: six buttons that slide in from the left.
+#include <memory>
+#include <string>
+
+#include "core/types.h"
+#include "platform/records.h"
+
+class XFileClass;
 
 namespace modShipSelection {
-// Runs the screen until it has chosen the next game state (or the game ends).
-void Init_Ship_Selection();
-}
+
+extern Bool16 ShipSelRunning;
+extern float SlideOffset;      // pixels the buttons are still left of their place
+extern Rect ShipButtons[6];    // back, start, previous/next skin, previous/next ship
+extern std::string ShipName;
+extern std::unique_ptr<XFileClass> PreviewMesh;
+extern i16 StatTarget[3];      // bars 1..3 (thrust, inertia, mass) at [0..2], design units
+extern i16 StatShown[3];
+
+using ParticlesFn = void (*)();
+
+// Game state 3: creates Players(0..NumOpponents), runs the screen, returns once it has
+// been left (GameState 1 with the racers, or 0 without them) or the game is closing.
+void Init_Ship_Selection(ParticlesFn update_particles = nullptr);
+void Ship_Selection_Loop();
+void Draw_Ship_Selection();
+// Wraps Players(0)'s ship and skin into range, reloads the preview and sets the bar targets
+// (each bar first jumps to its old target).
+void Load_Ship_Preview();
+// Releases the four surfaces and the preview mesh.
+void Exit_Ship_Selection();
+
+// Bar targets from a ship's figures as written in Ships.Dat: thrust, inertia, mass.
+void Stat_Targets(double mass, double inertia, double thrust, i16 (&target)[3]);
+
+}  // namespace modShipSelection
