@@ -1,0 +1,132 @@
+#pragma once
+// Runs a real screen loop (ship selection, hi-scores) on the headless display with the
+// manual clock: every pump advances the clock by step_ms and calls on_frame (frames from
+// 1), where a test posts input and looks at state. A runaway loop is closed after
+// max_frames by a window-close event.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "audio_input/frmMain.h"
+#include "core/modMain.h"
+#include "gfx/display_fixture.h"
+#include "platform/platform.h"
+#include "platform/testing.h"
+#include "vehicle/players.h"
+
+class MetaScreenTest : public DisplayTest {
+ protected:
+  void SetUp() override {
+    DisplayTest::SetUp();
+    std::string missing;
+    ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
+    frmMain::Reset_Input();
+    ASSERT_TRUE(frmMain::Show());
+    platform::Use_Manual_Clock(true);
+    platform::Set_Manual_Clock(100000);
+    modMain::LastTick = platform::Tick_Count();
+    modMain::Running = kTrue;
+    modMain::QuitRequested = false;
+    platform::Set_Pump_Hook([this](uint64_t) {
+      platform::Advance_Manual_Clock(step_ms);
+      ++frames;
+      if (frames > max_frames) platform::Post_Event({platform::EventKind::Quit});
+      if (on_frame) on_frame(frames);
+    });
+  }
+  void TearDown() override {
+    platform::Set_Pump_Hook(nullptr);
+    platform::Use_Manual_Clock(false);
+    platform::Set_Input_Handlers({});
+    modMain::Players.clear();
+    modText::Release_Fonts();
+    DisplayTest::TearDown();
+  }
+
+  static void Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y}); }
+  static void Click() {
+    platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
+    platform::Post_Event({platform::EventKind::MouseUp, 0, 1});
+  }
+  static void Key(int16_t key) {
+    platform::Post_Event({platform::EventKind::KeyDown, key});
+    platform::Post_Event({platform::EventKind::KeyUp, key});
+  }
+  static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
+  static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
+
+  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
+  static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom) {
+    const std::vector<uint32_t> px = Read(left, top, right, bottom);
+    int first = -1, last = -1;
+    for (int x = 0; x < right - left; ++x)
+      for (int y = 0; y < bottom - top; ++y)
+        if (px[size_t(y * (right - left) + x)] != kClear) {
+          if (first < 0) first = left + x;
+          last = left + x;
+        }
+    return {first, last};
+  }
+
+  // Writes the whole back buffer as a PNG (stored deflate blocks, no library needed).
+  static void Write_PNG(const std::string& path) {
+    const int w = modMain::ScreenWidth, h = modMain::ScreenHeight;
+    const std::vector<uint32_t> px = Read(0, 0, w, h);
+    std::string raw;
+    for (int y = 0; y < h; ++y) {
+      raw.push_back(0);
+      for (int x = 0; x < w; ++x) {
+        const uint32_t c = px[size_t(y) * size_t(w) + size_t(x)];
+        raw += {char(c >> 16 & 0xFF), char(c >> 8 & 0xFF), char(c & 0xFF)};
+      }
+    }
+    std::string z = "\x78\x01";
+    uint32_t a = 1, b = 0;
+    for (unsigned char c : raw) a = (a + c) % 65521, b = (b + a) % 65521;
+    for (size_t at = 0; at < raw.size(); at += 65535) {
+      const size_t n = std::min<size_t>(65535, raw.size() - at);
+      z += {char(at + n == raw.size() ? 1 : 0), char(n & 0xFF), char(n >> 8), char(~n & 0xFF), char((~n >> 8) & 0xFF)};
+      z.append(raw, at, n);
+    }
+    Put32(z, b << 16 | a);
+    std::string ihdr;
+    Put32(ihdr, uint32_t(w));
+    Put32(ihdr, uint32_t(h));
+    ihdr += std::string("\x08\x02\x00\x00\x00", 5);
+    std::string out = "\x89PNG\r\n\x1a\n";
+    Chunk(out, "IHDR", ihdr);
+    Chunk(out, "IDAT", z);
+    Chunk(out, "IEND", "");
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    if (std::FILE* f = std::fopen(path.c_str(), "wb")) {
+      std::fwrite(out.data(), 1, out.size(), f);
+      std::fclose(f);
+    }
+  }
+
+  static constexpr uint32_t kClear = 0x000066;  // Clear_Screen's dark blue
+  int step_ms = 16;
+  int frames = 0;
+  int max_frames = 3000;
+  std::function<void(int frame)> on_frame;
+
+ private:
+  static void Put32(std::string& s, uint32_t v) {
+    for (int k = 24; k >= 0; k -= 8) s.push_back(char(v >> k & 0xFF));
+  }
+  static void Chunk(std::string& out, const char* type, const std::string& data) {
+    Put32(out, uint32_t(data.size()));
+    const std::string body = std::string(type, 4) + data;
+    uint32_t crc = 0xFFFFFFFFu;
+    for (unsigned char c : body) {
+      crc ^= c;
+      for (int k = 0; k < 8; ++k) crc = crc & 1 ? 0xEDB88320u ^ (crc >> 1) : crc >> 1;
+    }
+    out += body;
+    Put32(out, ~crc);
+  }
+};
