@@ -34,6 +34,8 @@ class MetaScreenTest : public DisplayTest {
     platform::Set_Pump_Hook([this](uint64_t) {
       platform::Advance_Manual_Clock(step_ms);
       ++frames;
+      for (int16_t key : release_next_) Key_Up(key);
+      release_next_.clear();
       if (frames > max_frames) platform::Post_Event({platform::EventKind::Quit});
       if (on_frame) on_frame(frames);
     });
@@ -48,13 +50,10 @@ class MetaScreenTest : public DisplayTest {
   }
 
   static void Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y}); }
-  static void Click() {
-    platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
-    platform::Post_Event({platform::EventKind::MouseUp, 0, 1});
-  }
-  static void Key(int16_t key) {
+  // A key pressed now and let go at the next pump, so one frame sees it held.
+  void Key(int16_t key) {
     platform::Post_Event({platform::EventKind::KeyDown, key});
-    platform::Post_Event({platform::EventKind::KeyUp, key});
+    release_next_.push_back(key);
   }
   static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
   static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
@@ -115,6 +114,7 @@ class MetaScreenTest : public DisplayTest {
   std::function<void(int frame)> on_frame;
 
  private:
+  std::vector<int16_t> release_next_;
   static void Put32(std::string& s, uint32_t v) {
     for (int k = 24; k >= 0; k -= 8) s.push_back(char(v >> k & 0xFF));
   }
