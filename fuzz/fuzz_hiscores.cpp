@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (fields < 0 || fields > 6) __builtin_trap();
   const std::string bytes = modHiScore::Encode_HiScores(table);
   modHiScore::HiScoreTable again;
-  if (modHiScore::Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), again) != 6) __builtin_trap();
+  if (modHiScore::Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), again) != 6)
+    __builtin_trap();
   if (!(again == table)) __builtin_trap();
   // A table read whole came from the data's first bytes: writing it back takes no more.
   if (fields == 6 && bytes.size() > size) __builtin_trap();

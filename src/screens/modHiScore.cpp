@@ -61,7 +61,8 @@ void Build_Lines() {
   FigureLines[2] = Time_Text(Race.RaceTime);
 }
 
-void Blit(const Surface& source, double left, double top, double right, double bottom, double x, double y, u8 transparent) {
+void Blit(const Surface& source, double left, double top, double right, double bottom, double x, double y,
+          u8 transparent) {
   Rect r = mod3Denhance::Make_Rect(Sx(left), Sy(top), Sx(right), Sy(bottom));
   i16 px = Sx(x), py = Sy(y);
   mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, source, r, px, py, transparent);
@@ -92,7 +93,8 @@ void Init_HiScore_Screen(ParticlesFn update_particles) {
   Particles = update_particles;
   Write_Log("Initialising HiScores...");
   Write_Log("   Loading Surfaces...");
-  mod3Denhance::Create_Surface(CursorSurf, 11, 19, platform::Game_Path("\\Gfx\\Cursor.bmp"), mod3Denhance::kKeyBlack, kFalse);
+  mod3Denhance::Create_Surface(CursorSurf, 11, 19, platform::Game_Path("\\Gfx\\Cursor.bmp"), mod3Denhance::kKeyBlack,
+                               kFalse);
   mod3Denhance::Create_Surface(BackgroundSurf, modMain::ScreenWidth, modMain::ScreenHeight,
                                platform::Game_Path("\\Gfx\\HiScore_bg.bmp"), mod3Denhance::kKeyNone, kFalse);
   mod3Denhance::Create_Surface(EnterSurf, 326.0 * modMain::ScaleX, 65.0 * modMain::ScaleY,

@@ -12,9 +12,9 @@ namespace modHiScore {
 // The one hi-score table, as last read from the file.
 extern HiScoreTable Scores;
 extern Bool16 HiScoreRunning;
-extern Bool16 NewHiScore;      // a record fell and the name is still being entered
+extern Bool16 NewHiScore;  // a record fell and the name is still being entered
 extern std::string EnteredName;
-extern i16 RaceFastestLap;     // 1..3
+extern i16 RaceFastestLap;  // 1..3
 
 // Draws the menu particles inside the screen's 3D scene; the game passes the front end's.
 using ParticlesFn = void (*)();

@@ -29,7 +29,7 @@ using mod3Denhance::Surface;
 Surface BackgroundSurf, CursorSurf, StatsSurf, ButtonsSurf;
 ParticlesFn Particles = nullptr;
 
-constexpr i16 kButtonArea[6][4] = {{50, 350, 241, 389}, {50, 400, 241, 439}, {104, 113, 200, 148},
+constexpr i16 kButtonArea[6][4] = {{50, 350, 241, 389},  {50, 400, 241, 439},  {104, 113, 200, 148},
                                    {104, 170, 200, 205}, {104, 148, 152, 170}, {152, 148, 200, 170}};
 constexpr double kBarX = 415, kBarY[3] = {321, 351, 381};
 
@@ -169,11 +169,13 @@ void Ship_Selection_Loop() {
             break;
           case 2:
           case 3:
-            if (player != nullptr) player->cCurrentlySelectedSkin = static_cast<i16>(player->cCurrentlySelectedSkin + (i == 2 ? -1 : 1));
+            if (player != nullptr)
+              player->cCurrentlySelectedSkin = static_cast<i16>(player->cCurrentlySelectedSkin + (i == 2 ? -1 : 1));
             Load_Ship_Preview();
             break;
           default:
-            if (player != nullptr) player->cCurrentlySelectedShip = static_cast<i16>(player->cCurrentlySelectedShip + (i == 4 ? -1 : 1));
+            if (player != nullptr)
+              player->cCurrentlySelectedShip = static_cast<i16>(player->cCurrentlySelectedShip + (i == 4 ? -1 : 1));
             Load_Ship_Preview();
             break;
         }
@@ -181,14 +183,18 @@ void Ship_Selection_Loop() {
     }
     // One design unit per frame, whatever the frame time.
     for (int i = 0; i < 3; ++i) {
-      if (StatShown[i] > StatTarget[i]) --StatShown[i];
-      else if (StatShown[i] < StatTarget[i]) ++StatShown[i];
+      if (StatShown[i] > StatTarget[i])
+        --StatShown[i];
+      else if (StatShown[i] < StatTarget[i])
+        ++StatShown[i];
     }
     const float ft = static_cast<float>(modMain::FrameTime);
     if (PreviewMesh) PreviewMesh->Rotate(0, 0.002f * ft, 0.0008f * ft);
     Draw_Ship_Selection();
-    if (SlideOffset > 0) SlideOffset -= 0.4f * static_cast<float>(modMain::FrameTime);
-    else SlideOffset = 0;
+    if (SlideOffset > 0)
+      SlideOffset -= 0.4f * static_cast<float>(modMain::FrameTime);
+    else
+      SlideOffset = 0;
     platform::Pump_Messages();
   }
   Exit_Ship_Selection();
@@ -208,8 +214,8 @@ void Draw_Ship_Selection() {
   modMain::Update_Frame_Timer();
 
   for (int i = 0; i < 6; ++i) {
-    const bool lit = SlideOffset == 0 &&
-                     Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY));
+    const bool lit =
+        SlideOffset == 0 && Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY));
     Rect cell = mod3Denhance::Make_Rect(Sx(lit ? 191 : 0), Sy(39 * i), Sx(lit ? 382 : 191), Sy(39 * i + 39));
     i16 x = 0, y = ShipButtons[i].top;
     numbers::Convert_Round(static_cast<double>(ShipButtons[i].left) - SlideOffset, x);

@@ -14,11 +14,11 @@ class XFileClass;
 namespace modShipSelection {
 
 extern Bool16 ShipSelRunning;
-extern float SlideOffset;      // pixels the buttons are still left of their place
-extern Rect ShipButtons[6];    // back, start, previous/next skin, previous/next ship
+extern float SlideOffset;    // pixels the buttons are still left of their place
+extern Rect ShipButtons[6];  // back, start, previous/next skin, previous/next ship
 extern std::string ShipName;
 extern std::unique_ptr<XFileClass> PreviewMesh;
-extern i16 StatTarget[3];      // bars 1..3 (thrust, inertia, mass) at [0..2], design units
+extern i16 StatTarget[3];  // bars 1..3 (thrust, inertia, mass) at [0..2], design units
 extern i16 StatShown[3];
 
 using ParticlesFn = void (*)();

@@ -1,5 +1,7 @@
 // The hi-score file's bytes, short and corrupt files, the record rules and saves that
 // survive being killed.
+#include "screens/hiscore_file.h"
+
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -9,7 +11,6 @@
 #include <random>
 #include <string>
 
-#include "screens/hiscore_file.h"
 #include "support/test_env.h"
 
 using modHiScore::HiScoreTable;
@@ -37,13 +38,16 @@ void PrintTo(const HiScoreTable& t, std::ostream* os) {
 }  // namespace modHiScore
 
 TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndian) {
-  const std::string expected("\x5F\x00"                   // 95
-                             "\x03\x00" "Ann"             // name of 3
-                             "\x40\x9C\x00\x00"           // 40000
-                             "\x00\x00"                   // empty name
-                             "\x88\x59\xF9\xFF"           // -435832
-                             "\x02\x00" "Bo",
-                             4 + 3 + 4 + 2 + 4 + 4);
+  const std::string expected(
+      "\x5F\x00"  // 95
+      "\x03\x00"
+      "Ann"               // name of 3
+      "\x40\x9C\x00\x00"  // 40000
+      "\x00\x00"          // empty name
+      "\x88\x59\xF9\xFF"  // -435832
+      "\x02\x00"
+      "Bo",
+      4 + 3 + 4 + 2 + 4 + 4);
   const HiScoreTable t{95, "Ann", 40000, "", -435832, "Bo"};
   EXPECT_EQ(modHiScore::Encode_HiScores(t), expected);
   EXPECT_EQ(expected.size(), 16u + 3 + 0 + 2);
@@ -94,10 +98,14 @@ TEST(HiScoreFile, ShortFilesReadAsFarAsTheyHold) {
 TEST(HiScoreFile, CorruptNameCountsGiveEmptyNames) {
   // A negative count is an empty name and reading goes on; a count past the end stops it.
   int fields = 0;
-  const HiScoreTable neg = Decode(std::string("\x10\x00\xFF\xFF\x20\x00\x00\x00\x00\x80\x80\x07\x00\x00\x01\x00Z", 17), &fields);
+  const HiScoreTable neg =
+      Decode(std::string("\x10\x00\xFF\xFF\x20\x00\x00\x00\x00\x80\x80\x07\x00\x00\x01\x00Z", 17), &fields);
   EXPECT_EQ(fields, 6);
   EXPECT_EQ(neg, (HiScoreTable{16, "", 32, "", 1920, "Z"}));
-  const HiScoreTable past = Decode(std::string("\x10\x00\xFF\x7F" "abc", 7), &fields);
+  const HiScoreTable past = Decode(std::string("\x10\x00\xFF\x7F"
+                                               "abc",
+                                               7),
+                                   &fields);
   EXPECT_EQ(fields, 1);
   EXPECT_EQ(past, (HiScoreTable{16, "", 0, "", 0, ""}));
 }

@@ -57,7 +57,7 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
     if (f >= 12 && f < 30) Key(66);  // to 23 characters
     if (f == 30) names.push_back(modHiScore::EnteredName);
     if (f == 31) names.push_back(modHiScore::EnteredName);  // a frame without a key: cut to 22
-    if (f == 32) Key(13);  // saving pumps messages twice more: frames 34 and 35
+    if (f == 32) Key(13);                                   // saving pumps messages twice more: frames 34 and 35
     if (f == 38) {
       still_entering = Is_Set(modHiScore::NewHiScore);
       saved = modHiScore::Scores;
@@ -86,8 +86,9 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
   EXPECT_FALSE(modMain::Players[0]);
 
   const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
-  const std::vector<std::string> lines = {"Initialising HiScores...", "   Loading Surfaces...", "   ...Surfaces Loaded", "",
-                                          "   Reading Scores...",      "   ...Done"};
+  const std::vector<std::string> lines = {"Initialising HiScores...", "   Loading Surfaces...",
+                                          "   ...Surfaces Loaded",    "",
+                                          "   Reading Scores...",     "   ...Done"};
   EXPECT_NE(std::search(log.begin(), log.end(), lines.begin(), lines.end()), log.end());
 }
 
@@ -114,7 +115,9 @@ TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders
 
 TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
   // A top speed of 300, then a name said to be 30000 bytes long in a 7-byte file.
-  testenv::Write_File(Path(), std::string("\x2C\x01\x30\x75" "abc", 7));
+  testenv::Write_File(Path(), std::string("\x2C\x01\x30\x75"
+                                          "abc",
+                                          7));
   modMain::PlayerName = "Kit";
   on_frame = [&](int f) {
     if (f == 3) {

@@ -47,7 +47,8 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   Write_Catalogue(3);
   std::vector<Choice> seen;
   // Each step: press a button, release it next frame, look two frames later.
-  const std::vector<std::pair<int, int>> script = {{4, 10}, {4, 60}, {5, 64}, {2, 68}, {3, 72}, {2, 76}, {5, 80}, {1, 84}};
+  const std::vector<std::pair<int, int>> script = {{4, 10}, {4, 60}, {5, 64}, {2, 68},
+                                                   {3, 72}, {2, 76}, {5, 80}, {1, 84}};
   on_frame = [&](int f) {
     for (const auto& [button, at] : script) {
       if (f == at) Press(button);

@@ -14,13 +14,15 @@ constexpr int kRecordX = 68, kRecordY[3] = {335, 360, 385};
 bool Background(const std::string& dir) {
   Picture p(640, 480);
   Backdrop(p, 29);
-  bool ok = Text(p, 320, 22, "HI-SCORES",
-                 {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .align = Align::Centre, .tracking = 4, .shadow = true});
+  bool ok =
+      Text(p, 320, 22, "HI-SCORES",
+           {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .align = Align::Centre, .tracking = 4, .shadow = true});
   Fill(p, 220, 64, 420, 66, kCyan);
 
   // The race just finished: labels right-aligned before the figures.
   Panel(p, 120, 80, 520, 168, kCyan);
-  ok = Text(p, 128, 84, "YOUR RACE", {.pixel_size = 10, .top = kSteelLight, .bottom = kSteelLight, .tracking = 1}) && ok;
+  ok =
+      Text(p, 128, 84, "YOUR RACE", {.pixel_size = 10, .top = kSteelLight, .bottom = kSteelLight, .tracking = 1}) && ok;
   const char* const labels[3] = {"TOP SPEED", "FASTEST LAP", "RACE TIME"};
   for (int i = 0; i < 3; ++i) {
     ok = Text(p, kFigureX - 14, kFigureY[i] + 3, labels[i],
@@ -31,7 +33,9 @@ bool Background(const std::string& dir) {
 
   // The records: the screen prints "Top Speed ...", "Best Lap ..." and "Best Race ...".
   Panel(p, 50, 302, 610, 410, kOrange);
-  ok = Text(p, 320, 310, "RECORDS", {.pixel_size = 12, .top = kAmber, .bottom = kOrange, .align = Align::Centre, .tracking = 3}) && ok;
+  ok = Text(p, 320, 310, "RECORDS",
+            {.pixel_size = 12, .top = kAmber, .bottom = kOrange, .align = Align::Centre, .tracking = 3}) &&
+       ok;
   for (int i = 0; i < 3; ++i) {
     Fill(p, kRecordX - 10, kRecordY[i] + 2, kRecordX - 6, kRecordY[i] + 13, i == 0 ? kCyan : kCyanDim);
     Fill(p, kRecordX, kRecordY[i] + 18, 596, kRecordY[i] + 19, Mix(kSteel, kNight, 0.3));

@@ -17,14 +17,17 @@ constexpr int kPreviewX = 448, kPreviewY = 226;  // where the spinning ship appe
 bool Background(const std::string& dir) {
   Picture p(640, 480);
   Backdrop(p, 17);
-  bool ok = Text(p, 320, 26, "SHIP SELECTION",
-                 {.pixel_size = 30, .top = kIce, .bottom = kCyan, .align = Align::Centre, .tracking = 3, .shadow = true});
+  bool ok =
+      Text(p, 320, 26, "SHIP SELECTION",
+           {.pixel_size = 30, .top = kIce, .bottom = kCyan, .align = Align::Centre, .tracking = 3, .shadow = true});
   Fill(p, 200, 66, 440, 68, kOrange);
   Fill(p, 240, 70, 400, 71, kCyanDim);
 
   // Controls: skin buttons above and below, ship arrows in the middle row.
   Panel(p, 36, 102, 214, 216, kCyan);
-  ok = Text(p, 96, 154, "SHIP", {.pixel_size = 13, .top = kAmber, .bottom = kOrange, .align = Align::Right, .tracking = 1}) && ok;
+  ok = Text(p, 96, 154, "SHIP",
+            {.pixel_size = 13, .top = kAmber, .bottom = kOrange, .align = Align::Right, .tracking = 1}) &&
+       ok;
 
   // Name plate, centred on the name's centre.
   Panel(p, 330, 108, 610, 144, kOrange);
@@ -48,7 +51,8 @@ bool Background(const std::string& dir) {
          ok;
     Fill(p, kBarX - 2, kBarY[i] - 2, kBarX + kBarW + 2, kBarY[i] + kBarH + 2, kSteel);
     Fill(p, kBarX, kBarY[i], kBarX + kBarW, kBarY[i] + kBarH, kSlot);
-    for (int t = 20; t < kBarW; t += 20) Fill(p, kBarX + t, kBarY[i] + kBarH, kBarX + t + 1, kBarY[i] + kBarH + 2, kSteelLight);
+    for (int t = 20; t < kBarW; t += 20)
+      Fill(p, kBarX + t, kBarY[i] + kBarH, kBarX + t + 1, kBarY[i] + kBarH + 2, kSteelLight);
   }
   // Back and start sit on a strip of their own.
   Fill(p, 40, 344, 252, 446, Mix(kNight, kDeep, 0.5));
@@ -89,8 +93,9 @@ bool Buttons(const std::string& dir) {
     const char* caption;
     int arrow;  // 0 none, 1 up, 2 down, 3 left, 4 right
   };
-  const Cell cells[6] = {{191, 39, "BACK", 3}, {191, 39, "START RACE", 4}, {96, 35, "SKIN", 1},
-                         {96, 35, "SKIN", 2},  {48, 22, "", 3},            {48, 22, "", 4}};
+  const Cell cells[6] = {{191, 39, "BACK", 3}, {191, 39, "START RACE", 4},
+                         {96, 35, "SKIN", 1},  {96, 35, "SKIN", 2},
+                         {48, 22, "", 3},      {48, 22, "", 4}};
   bool ok = true;
   for (int row = 0; row < 6; ++row)
     for (int col = 0; col < 2; ++col) {
@@ -115,7 +120,10 @@ bool Buttons(const std::string& dir) {
         const int size = c.h >= 39 ? 17 : 14;
         const int tx = row == 0 ? x + c.w / 2 + 6 : row == 1 ? x + (c.w - 28) / 2 : x + 30 + (c.w - 30) / 2;
         ok = Text(p, tx, int(std::lround(cy - size * 0.73 / 2)), c.caption,
-                  {.pixel_size = size, .top = ink, .bottom = lit ? kAmber : kSteelLight, .align = Align::Centre,
+                  {.pixel_size = size,
+                   .top = ink,
+                   .bottom = lit ? kAmber : kSteelLight,
+                   .align = Align::Centre,
                    .tracking = 2}) &&
              ok;
       }

@@ -60,7 +60,8 @@ void Backdrop(Picture& p, uint32_t seed) {
         const double depth = (t - 0.62) / 0.38;
         const double gx = (x - p.width / 2.0) / (depth + 0.05) / 40.0;
         const double gy = 1.0 / (depth + 0.05);
-        const bool line = std::fabs(gx - std::round(gx)) < 0.02 * (1 + depth) || (std::fabs(gy - std::round(gy)) < 0.04 && depth < 0.9);
+        const bool line = std::fabs(gx - std::round(gx)) < 0.02 * (1 + depth) ||
+                          (std::fabs(gy - std::round(gy)) < 0.04 && depth < 0.9);
         if (line) c = Mix(c, kCyanDim, 0.35 * depth);
       }
       p.at(x, y) = Not_Black(c);

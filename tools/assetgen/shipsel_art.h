@@ -11,9 +11,9 @@ namespace metaart {
 
 using assetgen::Picture;
 
-inline constexpr uint32_t kNight = 0xFF060B18u, kDeep = 0xFF0C1630u, kSteel = 0xFF2A3A52u,
-                          kSteelLight = 0xFF6E84A0u, kCyan = 0xFF38D8F0u, kCyanDim = 0xFF1A7890u,
-                          kOrange = 0xFFF08A1Cu, kAmber = 0xFFFFC050u, kIce = 0xFFE8F4FFu, kSlot = 0xFF101C34u;
+inline constexpr uint32_t kNight = 0xFF060B18u, kDeep = 0xFF0C1630u, kSteel = 0xFF2A3A52u, kSteelLight = 0xFF6E84A0u,
+                          kCyan = 0xFF38D8F0u, kCyanDim = 0xFF1A7890u, kOrange = 0xFFF08A1Cu, kAmber = 0xFFFFC050u,
+                          kIce = 0xFFE8F4FFu, kSlot = 0xFF101C34u;
 
 uint32_t Mix(uint32_t a, uint32_t b, double t);
 // Blends colour over the pixel with coverage 0..1; outside the picture does nothing.
