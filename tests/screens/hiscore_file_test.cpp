@@ -139,7 +139,7 @@ TEST(HiScoreFile, SavesSurviveBeingKilled) {
   new_bytes.replace(0, fresh.size(), fresh);
 
   std::mt19937 rng(20261123);
-  int kills = 0, interrupted_writes = 0;
+  int kills = 0, interrupted_writes = 0, ended_new = 0;
   for (int round = 0; round < 200; ++round) {
     testenv::Write_File(path, old_bytes);
     std::filesystem::remove(path + ".new");
@@ -160,11 +160,14 @@ TEST(HiScoreFile, SavesSurviveBeingKilled) {
     if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
     const std::string now = testenv::Read_File(path);
     ASSERT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
+    ended_new += now == new_bytes;
     const HiScoreTable t = modHiScore::Read_HiScore_File(path);
     EXPECT_TRUE(t == kLong || t == kShort);
   }
   EXPECT_EQ(kills, 200);
-  // The kills must have caught saves part-way, or the test proves nothing.
+  // The kills must have caught copies part-way and both tables in place, or the test proves nothing.
   EXPECT_GT(interrupted_writes, 0);
-  std::printf("kills: %d, of which inside a save: %d\n", kills, interrupted_writes);
+  EXPECT_GT(ended_new, 0);
+  EXPECT_LT(ended_new, kills);
+  std::printf("kills: %d, copy half-made: %d, new table in place: %d\n", kills, interrupted_writes, ended_new);
 }
