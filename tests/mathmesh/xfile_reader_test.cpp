@@ -145,7 +145,8 @@ TEST(XFileReader, FrameTransformsAreAppliedAndMirrorsKeepFacesOutward) {
 }
 
 TEST(XFileReader, TheFirstMeshIsReadAndFramesOnlyWhenThereIsNone) {
-  const std::string framed = "Frame f { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" + kSharedCube + "}";
+  const std::string framed =
+      "Frame f { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" + kSharedCube + "}";
   const std::string tri = "Mesh tri { 3; 5;0;0;, 6;0;0;, 5;1;0;; 1; 3;0,1,2;; }\n";
   // Frames before, beside and after the first mesh, and a second mesh: only the first is read.
   for (const std::string& text : {framed + tri + kSharedCube, tri + framed + kSharedCube + framed}) {
@@ -172,6 +173,8 @@ TEST(XFileReader, AShortMaterialListCarriesItsLastIndexOn) {
 TEST(XFileReader, RefusesDataThatDisagreesWithItsCounts) {
   const std::string tri = "3; 0;0;0;, 0;1;0;, 1;0;0;;", one = "Mesh { " + tri + " 1; 3;0,1,2;; ";
   const std::string mat = "Material { 1;1;1;1;; 0; 0;0;0;; 0;0;0;; ";
+  const std::string big_power = "Material { 1;1;1;1;; 1e39; 0;0;0;; 0;0;0;; ";
+  const std::string big_colour = "Material { 1;1;1;1;; 0; 0;0;0;; 0;-4e38;0;; ";
   std::string deep = one + "}";
   for (int i = 0; i < 60; ++i) deep = "Frame {" + deep + "}";
   const std::pair<const char*, std::string> cases[] = {
@@ -193,8 +196,8 @@ TEST(XFileReader, RefusesDataThatDisagreesWithItsCounts) {
       {"huge coordinate", "Mesh { 3; 0;0;0;, 0;1e30;0;, 1;0;0;; 1; 3;0,1,2;; }"},
       {"texcoord beyond a float", one + "MeshTextureCoords { 3; 0;0;, 1e39;0;, 1;0;; } }"},
       {"texcoord below a float", one + "MeshTextureCoords { 3; 0;0;, 0;-1e39;, 1;0;; } }"},
-      {"material power beyond a float", one + "MeshMaterialList { 1; 1; 0;; Material { 1;1;1;1;; 1e39; 0;0;0;; 0;0;0;; } } }"},
-      {"material colour beyond a float", one + "MeshMaterialList { 1; 1; 0;; Material { 1;1;1;1;; 0; 0;0;0;; 0;-4e38;0;; } } }"},
+      {"material power beyond a float", one + "MeshMaterialList { 1; 1; 0;; " + big_power + "} } }"},
+      {"material colour beyond a float", one + "MeshMaterialList { 1; 1; 0;; " + big_colour + "} } }"},
       {"stray character", one + "} @"},
       {"no mesh", "Frame f { }"},
       {"nesting too deep", deep},
