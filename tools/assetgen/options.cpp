@@ -74,7 +74,7 @@ Picture Background() {
   Text(p, 171, 157, "SHOW SETUP AT START", Label());
   Fill(p, 448, 155, 463, 169, kSlot);
   Frame(p, 447, 154, 464, 170, kSteelLight);
-  Line(p, {171, 190}, {460, 190}, 1, kSteel);
+  Line(p, {171, 185}, {460, 185}, 1, kSteel);
   // Control device: heading above the line where the screen prints the device.
   Text(p, 171, 226, "CONTROL DEVICE", Label(11, kAmber));
   Fill(p, 168, 251, 300, 271, kSlot);
@@ -86,7 +86,7 @@ Picture Background() {
   }
   TextStyle hint = Label(10, kSteelLight);
   hint.bottom = kSteelLight;
-  Text(p, 171, 206, "CLICK A CONTROL, THEN PRESS ITS NEW KEY", hint);
+  Text(p, 171, 199, "CLICK A CONTROL, THEN PRESS ITS NEW KEY", hint);
   // The two buttons, their plain captions where the lit ones are overlaid.
   Panel(p, 157, 396, 300, 447, kOrange);
   Caption_Bar(p, 171, 415, 286, 429, "DEFAULTS", kSteel, kIce);
