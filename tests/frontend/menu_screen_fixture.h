@@ -18,8 +18,18 @@
 
 class ScreenTest : public DisplayTest {
  protected:
+  explicit ScreenTest(int width = 640, int height = 480) : width_(width), height_(height) {}
+  // The display fixture's set-up at this fixture's screen size.
   void SetUp() override {
-    DisplayTest::SetUp();
+    dir_.Copy_From_Game("Gfx");
+    modMain::Default_Settings();
+    modMain::ScreenWidth = static_cast<i16>(width_);
+    modMain::ScreenHeight = static_cast<i16>(height_);
+    modMain::ScaleX = float(width_) / 640.0f;
+    modMain::ScaleY = float(height_) / 480.0f;
+    modMain::Create_Log();
+    ASSERT_TRUE(platform::Open_Window("Brindlex Quorval"));
+    ASSERT_TRUE(mod3Denhance::Init_DDraw(modMain::ScreenWidth, modMain::ScreenHeight, modMain::ScreenBPP));
     frmMain::Reset_Input();
     ASSERT_TRUE(frmMain::Show());
     platform::Use_Manual_Clock(true);
@@ -57,6 +67,7 @@ class ScreenTest : public DisplayTest {
     Write_PNG("screenshots/" + name + ".png", w, h, px);
   }
 
+  const int width_, height_;
   int step_ms = 16;
   int frames = 0;
   int max_frames = 2000;

@@ -102,7 +102,7 @@ Picture Ship_Scene() {
   tag.pixel_size = 14;
   tag.top = tag.bottom = kAmber;
   tag.tracking = 4;
-  Text(p, 30, 72, "THREE LAPS. FIVE SHIPS. NO BRAKES.", tag);
+  Text(p, 30, 72, "THREE LAPS. FIVE SHIPS. ONE RECORD.", tag);
   return p;
 }
 
