@@ -11,6 +11,7 @@
 
 #include "core/settings.h"
 #include "platform/platform.h"
+#include "platform/testing.h"
 
 namespace {
 struct Snapshot {

@@ -3,7 +3,7 @@
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
-#include "frontend/modMouseParticles.h"
+#include "audio_input/modMouseParticles.h"
 #include "platform/platform.h"
 
 namespace modMainScr {

@@ -1,6 +1,6 @@
 #include "race/modGameLoop.h"
 
-#include "core/plain_screen.h"
+#include "audio_input/plain_screen.h"
 
 namespace modGameLoop {
 

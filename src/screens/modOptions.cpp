@@ -5,7 +5,7 @@
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
-#include "frontend/modMouseParticles.h"
+#include "audio_input/modMouseParticles.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
 #include "screens/modDInput.h"

@@ -12,9 +12,10 @@
 
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
-#include "frontend/modMouseParticles.h"
+#include "audio_input/modMouseParticles.h"
 #include "gfx/display_fixture.h"
 #include "platform/platform.h"
+#include "platform/testing.h"
 
 class ScreenTest : public DisplayTest {
  protected:
@@ -53,7 +54,7 @@ class ScreenTest : public DisplayTest {
     DisplayTest::TearDown();
   }
 
-  static void Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, x, y}); }
+  static void Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y}); }
   static void Press() { platform::Post_Event({platform::EventKind::MouseDown, 0, 1}); }
   static void Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
   static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }

@@ -6,7 +6,7 @@
 
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
-#include "frontend/modMouseParticles.h"
+#include "audio_input/modMouseParticles.h"
 #include "gfx/display_fixture.h"
 #include "mathmesh/modMATH.h"
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "racer_fixture.h"
+#include "vehicle/players.h"
 
 using namespace vehicle_test;
 

@@ -1,4 +1,4 @@
-#include "frontend/modMouseParticles.h"
+#include "audio_input/modMouseParticles.h"
 
 #include <algorithm>
 

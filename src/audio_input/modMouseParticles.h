@@ -1,5 +1,6 @@
 #pragma once
-// The menu screens' mouse-particle fountain: 41 glowing sprites born at the pointer,
+// The mouse-particle fountain of the menu screens (main menu, options, hi-scores, ship
+// selection; kept below them all so each can draw it): 41 glowing sprites born at the pointer,
 // falling under gravity and fading from yellow to clear red. Created once at start-up;
 // the records live for the whole run, so each screen continues the fountain.
 #include <array>
