@@ -14,6 +14,7 @@
 #include "core/modMain.h"
 #include "audio_input/modMouseParticles.h"
 #include "gfx/display_fixture.h"
+#include "gfx/modText.h"
 #include "platform/platform.h"
 #include "platform/testing.h"
 
@@ -39,6 +40,8 @@ class ScreenTest : public DisplayTest {
     modMain::Randomize(7);
     modMain::Running = kTrue;
     modMain::QuitRequested = false;
+    std::string missing;
+    ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
     modMouseParticles::Init_Particles();
     platform::Set_Pump_Hook([this](uint64_t) {
       platform::Advance_Manual_Clock(step_ms);
@@ -69,6 +72,28 @@ class ScreenTest : public DisplayTest {
   }
 
   const int width_, height_;
+  // True when every glyph pixel of text in font 2 is on screen at (x, y): the back
+  // buffer shows exactly that text there (glyph-less cells are not checked).
+  bool Shows_Text(int x, int y, const std::string& text) const {
+    const auto font = platform::Load_BMP(dir_.path() + "/Gfx/Font2.bmp", 0, 0, platform::PixelFormat::X8R8G8B8);
+    if (!font) return false;
+    const std::vector<uint32_t> shown = Read(x, y, x + 12 * int(text.size()), y + 15);
+    for (size_t i = 0; i < text.size(); ++i) {
+      const int c = static_cast<unsigned char>(text[i]);
+      int left = -1, top = 0;
+      if (c >= 65 && c <= 90) left = (c - 65) * 12;
+      else if (c >= 97 && c <= 123) left = (c - 97) * 12, top = 15;
+      else if (c >= 38 && c <= 62) left = (c - 38) * 12, top = 30;
+      if (left < 0) continue;
+      for (int gy = 0; gy < 15; ++gy)
+        for (int gx = 0; gx < 12; ++gx) {
+          const uint32_t g = font->Argb(left + gx, top + gy) & 0xFFFFFF;
+          if (g != 0 && shown[size_t(gy) * text.size() * 12 + i * 12 + size_t(gx)] != g) return false;
+        }
+    }
+    return true;
+  }
+
   int step_ms = 16;
   int frames = 0;
   int max_frames = 2000;
