@@ -183,10 +183,17 @@ TEST_F(Options, DefaultsThenLeaveWritesTheDefaultControlsDifficultyAndTick) {
   modMain::Difficulty = 3;
   modMain::KeyUp = 87, modMain::KeyDown = 83, modMain::KeyLeft = 65, modMain::KeyRight = 68;
   modMain::PlayerName = "Vex";
+  bool lit = false;
+  At_Frame(1, [] { Move(230, 420); });
+  At_Frame(2, [&] {
+    lit = At(171 + 3, 415 + 3) == Sheet_Pixel(3, 68 + 3) && At(421 + 3, 415 + 3) != Sheet_Pixel(3, 82 + 3);
+    Screenshot("options_defaults_lit");
+  });
   Click(3, 4);
   At_Frame(5, [] { EXPECT_EQ(modMain::KeyUp, 38); });
   Click(6, 3);
   Run();
+  EXPECT_TRUE(lit) << "the defaults button lights under the pointer, the store button does not";
   EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "Vex", "0",
                                                      "38", "40", "37", "39"}));
 }
