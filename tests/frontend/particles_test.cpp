@@ -45,11 +45,8 @@ TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll)
   Rest_At(300, 200);
   Frame(16);
   for (const Particle& p : modMouseParticles::Particles) {
-    EXPECT_EQ(p.Life, 1.0f);
-    EXPECT_EQ(p.X, 300.0f);
-    EXPECT_EQ(p.Y, 200.0f);
-    EXPECT_GE(p.Fade, 0.001f);
-    EXPECT_LT(p.Fade, 0.0051f);
+    EXPECT_TRUE(p.Life == 1 && p.X == 300 && p.Y == 200);
+    EXPECT_TRUE(p.Fade >= 0.001f && p.Fade < 0.0051f) << p.Fade;
   }
   EXPECT_EQ(Read(280, 180, 320, 220), std::vector<uint32_t>(1600, kClear)) << "nothing is drawn on the birth frame";
   const auto born = modMouseParticles::Particles;
@@ -65,9 +62,7 @@ TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll)
   }
   // 41 nearly opaque yellow-white sprites pile up on the pointer; blending is off again.
   const uint32_t centre = At(300, 200);
-  EXPECT_GT(centre >> 16 & 0xFF, 0xC0u);
-  EXPECT_GT(centre >> 8 & 0xFF, 0x80u);
-  EXPECT_LT(centre & 0xFF, 0x40u);
+  EXPECT_TRUE((centre >> 16 & 0xFF) > 0xC0 && (centre >> 8 & 0xFF) > 0x80 && (centre & 0xFF) < 0x40) << std::hex << centre;
   EXPECT_EQ(At(300, 100), kClear) << "the sprite is 20 x 20, unscaled";
   EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::AlphaBlendEnable), 0u);
 }
@@ -89,28 +84,24 @@ TEST_F(Particles, LongFrameFadesByFadeTimesFiftyAndADeadParticleIsDrawnOnceThenR
   EXPECT_EQ(p.X, 400.0f);
 }
 
-TEST_F(Particles, PointerMovedRightPullsNewbornsRightAndAtRestTheyFallBothWays) {
+TEST_F(Particles, AtRestNewbornsSpreadBothWaysAndAPointerMovedRightPullsThemRight) {
+  auto vx_range = [] {
+    const auto [lo, hi] = std::minmax_element(modMouseParticles::Particles.begin(), modMouseParticles::Particles.end(),
+                                              [](const Particle& a, const Particle& b) { return a.VX < b.VX; });
+    return std::pair{lo->VX, hi->VX};
+  };
   Rest_At(100, 100);
-  Frame(16);  // every particle born with the pointer at rest
-  float lo = 1, hi = -1;
-  for (const Particle& p : modMouseParticles::Particles) {
-    lo = std::min(lo, p.VX);
-    hi = std::max(hi, p.VX);
-    EXPECT_GT(p.VX, -0.2f);
-    EXPECT_LE(p.VX, 0.15f);
-  }
+  Frame(16);
+  auto [lo, hi] = vx_range();
+  EXPECT_GT(lo, -0.2f);
   EXPECT_LT(lo, 0.0f);
   EXPECT_GT(hi, 0.0f);
+  EXPECT_LE(hi, 0.15f);
 
   for (Particle& p : modMouseParticles::Particles) p.Life = 0;
-  PrevMouseX = 0;
-  frmMain::MouseX = 100;
+  PrevMouseX = 0;  // 100 pixels to the right since the last update
   Frame(16);
-  lo = 10, hi = -10;
-  for (const Particle& p : modMouseParticles::Particles) {
-    lo = std::min(lo, p.VX);
-    hi = std::max(hi, p.VX);
-  }
+  std::tie(lo, hi) = vx_range();
   EXPECT_GE(lo, 0.15f);
   EXPECT_LT(hi, 4.8f);
   EXPECT_GT(hi, 2.0f) << "the spread reaches far to the right";
