@@ -26,16 +26,21 @@ Snapshot Take() {
 }
 
 // A private folder in memory when there is one: every input is written and synced.
-const std::string& Folder() {
-  static const std::string dir = [] {
+// Removed again when the fuzzer exits.
+struct Folder_Guard {
+  std::string dir;
+  Folder_Guard() {
     const std::string base = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
-    std::string d = base + "/quorval-fuzz-settings-" + std::to_string(::getpid());
-    std::filesystem::create_directories(d);
-    platform::Set_App_Dir(d);
-    return d;
-  }();
-  return dir;
-}
+    dir = base + "/quorval-fuzz-settings-" + std::to_string(::getpid());
+    std::filesystem::create_directories(dir);
+    platform::Set_App_Dir(dir);
+  }
+  ~Folder_Guard() {
+    std::error_code ec;
+    std::filesystem::remove_all(dir, ec);
+  }
+};
+void Folder() { static Folder_Guard guard; }
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
