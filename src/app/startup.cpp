@@ -8,7 +8,7 @@
 #include "frontend/frmSetup.h"
 #include "frontend/modIntro.h"
 #include "frontend/modMainScr.h"
-#include "frontend/modMouseParticles.h"
+#include "audio_input/modMouseParticles.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"

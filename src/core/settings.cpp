@@ -1,5 +1,9 @@
 #include "core/settings.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -96,35 +100,47 @@ void Read_Settings() {
 }
 
 void Write_Settings() {
-  // Written to a side file first so a failed write never loses the player's settings.
+  std::string bytes;
+  auto line = [&bytes](const std::string& s) { bytes += s + "\r\n"; };
+  line(std::to_string(SkipSetup));
+  line(std::to_string(ScreenWidth));
+  line(std::to_string(ScreenHeight));
+  line(std::to_string(ScreenBPP));
+  line(D3DDeviceGuid);
+  line(SoundDeviceGuid);
+  line(std::to_string(Difficulty));
+  line(PlayerName);
+  line(std::to_string(ControlDevice));
+  line(std::to_string(KeyUp));
+  line(std::to_string(KeyDown));
+  line(std::to_string(KeyLeft));
+  line(std::to_string(KeyRight));
+  // The new bytes go to a side file that is flushed to disk and then renamed over the
+  // old one: a crash or kill at any moment leaves either the whole old file or the
+  // whole new one, never a mix or an empty file.
   const std::string path = Settings_Path();
   const std::string temp = path + ".new";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    if (!out) return;
-    auto line = [&out](const std::string& s) { out << s << "\r\n"; };
-    line(std::to_string(SkipSetup));
-    line(std::to_string(ScreenWidth));
-    line(std::to_string(ScreenHeight));
-    line(std::to_string(ScreenBPP));
-    line(D3DDeviceGuid);
-    line(SoundDeviceGuid);
-    line(std::to_string(Difficulty));
-    line(PlayerName);
-    line(std::to_string(ControlDevice));
-    line(std::to_string(KeyUp));
-    line(std::to_string(KeyDown));
-    line(std::to_string(KeyLeft));
-    line(std::to_string(KeyRight));
-    out.flush();
-    if (!out) {
-      out.close();
-      std::filesystem::remove(temp);
-      return;
-    }
+  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) return;
+  bool ok = true;
+  for (size_t done = 0; ok && done < bytes.size();) {
+    const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    ok = n > 0;
+    if (ok) done += static_cast<size_t>(n);
   }
-  std::error_code ec;
-  std::filesystem::rename(temp, path, ec);
+  ok = ::fsync(fd) == 0 && ok;
+  ok = ::close(fd) == 0 && ok;
+  if (!ok || ::rename(temp.c_str(), path.c_str()) != 0) {
+    ::unlink(temp.c_str());
+    return;
+  }
+  // The rename itself reaches the disk with the folder's entry.
+  const int dir = ::open(std::filesystem::path(path).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dir >= 0) {
+    ::fsync(dir);
+    ::close(dir);
+  }
 }
 
 }  // namespace modMain

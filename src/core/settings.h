@@ -26,7 +26,8 @@ extern float ScaleY;  // ScreenHeight / 480
 // out of range for its setting leaves that setting as it was.
 void Read_Settings();
 void Default_Settings();
-// Writes all thirteen lines, replacing the file (the scale factors are not recomputed).
+// Writes all thirteen lines, replacing the file as one step: a crash during the save leaves
+// the whole old file or the whole new one (the scale factors are not recomputed).
 void Write_Settings();
 std::string Settings_Path();
 

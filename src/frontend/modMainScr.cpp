@@ -1,10 +1,122 @@
 #include "frontend/modMainScr.h"
 
-#include "audio_input/plain_screen.h"
+#include "audio_input/frmMain.h"
+#include "core/modMain.h"
+#include "core/numbers.h"
+#include "audio_input/modMouseParticles.h"
+#include "platform/platform.h"
 
 namespace modMainScr {
 
-// A plain screen until this screen is built.
-void Main_Menu() { modMain::Run_Plain_Screen("Main Menu"); }
+mod3Denhance::Surface MenuBackground, MenuCursor, MenuButtons;
+std::array<Rect, 4> ButtonRects;
+float ButtonSlide = 0;
+Bool16 MenuRunning = kFalse;
+
+namespace {
+using mod3Denhance::Blit_Clipped;
+using mod3Denhance::BackBuffer;
+
+constexpr float kSlideSpeed = 0.4f;  // pixels per ms
+constexpr int kRowHeight = 39;       // of each button in Buttons.bmp, design pixels
+constexpr int kColumnWidth = 191;    // highlighted column left, plain column right
+
+i16 X(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleX)); }
+i16 Y(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleY)); }
+
+void Choose(int button) {
+  switch (button) {
+    case 0:
+      modMain::NumOpponents = 0;
+      modMain::GameState = modMain::kStateShipSelection;
+      break;
+    case 1:
+      modMain::NumOpponents = 4;
+      modMain::GameState = modMain::kStateShipSelection;
+      break;
+    case 2: modMain::GameState = modMain::kStateOptions; break;
+    default: modMain::Running = kFalse; break;
+  }
+}
+
+void Draw_Main_Menu() {
+  using frmMain::MouseX, frmMain::MouseY;
+  mod3Denhance::Clear_Screen();
+  Rect whole = mod3Denhance::ScreenRect;
+  i16 x = 0, y = 0;
+  Blit_Clipped(BackBuffer, MenuBackground, whole, x, y, 0);
+  for (int i = 0; i < 4; ++i) {
+    const Rect& place = ButtonRects[static_cast<size_t>(i)];
+    const i16 top = Y(kRowHeight * i), bottom = Y(kRowHeight * i + kRowHeight);
+    // While sliding every button shows lit; odd buttons come in from the right.
+    bool lit = true;
+    double bx = place.left;
+    if (ButtonSlide == 0) {
+      lit = Is_Set(mod3Denhance::Point_In_Rect(place, MouseX, MouseY));
+    } else {
+      bx = i % 2 == 1 ? place.left + ButtonSlide : place.left - ButtonSlide;
+    }
+    Rect src = lit ? Rect{0, top, X(kColumnWidth), bottom} : Rect{X(kColumnWidth), top, X(2 * kColumnWidth), bottom};
+    i16 dx = static_cast<i16>(numbers::Round_Half_Even(bx)), dy = static_cast<i16>(place.top);
+    Blit_Clipped(BackBuffer, MenuButtons, src, dx, dy, 1);
+  }
+  modMain::Update_Frame_Timer();
+  if (mod3Denhance::D3DDevice != nullptr) {
+    mod3Denhance::D3DDevice->BeginScene();
+    modMouseParticles::Update_Particles();
+    mod3Denhance::D3DDevice->EndScene();
+  }
+  Rect pointer{0, 0, 11, 19};
+  i16 px = MouseX, py = MouseY;
+  Blit_Clipped(BackBuffer, MenuCursor, pointer, px, py, 1);
+  mod3Denhance::Flip();
+}
+
+void Main_Menu_Loop() {
+  while (Is_Set(MenuRunning)) {
+    if (ButtonSlide == 0) {
+      for (int i = 0; i < 4; ++i) {
+        if (Is_Set(mod3Denhance::Point_In_Rect(ButtonRects[static_cast<size_t>(i)], frmMain::MouseX,
+                                               frmMain::MouseY)) &&
+            Is_Set(frmMain::MouseLeftDown)) {
+          frmMain::MouseLeftDown = kFalse;
+          MenuRunning = kFalse;
+          Choose(i);
+        }
+      }
+    }
+    Draw_Main_Menu();
+    // The last step may overshoot below 0 for one frame before it settles at exactly 0.
+    if (ButtonSlide > 0) {
+      ButtonSlide -= kSlideSpeed * static_cast<float>(modMain::FrameTime);
+    } else {
+      ButtonSlide = 0;
+    }
+    platform::Pump_Messages();
+    if (modMain::QuitRequested) MenuRunning = kFalse;
+  }
+}
+}  // namespace
+
+void Main_Menu() {
+  using mod3Denhance::Create_Surface;
+  using modMain::ScaleX, modMain::ScaleY;
+  Create_Surface(MenuCursor, 11, 19, platform::Game_Path("\\Gfx\\Cursor.bmp"), mod3Denhance::kKeyBlack, kFalse);
+  Create_Surface(MenuBackground, modMain::ScreenWidth, modMain::ScreenHeight,
+                 platform::Game_Path("\\Gfx\\MainScr_bg.bmp"), mod3Denhance::kKeyNone, kFalse);
+  Create_Surface(MenuButtons, 382.0 * ScaleX, 156.0 * ScaleY, platform::Game_Path("\\Gfx\\Buttons.bmp"),
+                 mod3Denhance::kKeyBlack, kFalse);
+  for (int i = 0; i < 4; ++i) {
+    const int top = 150 + 50 * i;
+    ButtonRects[static_cast<size_t>(i)] = mod3Denhance::Make_Rect(X(225), Y(top), X(416), Y(top + 39));
+  }
+  ButtonSlide = 416.0f * ScaleX;
+  MenuRunning = kTrue;
+  modMain::Reset_Game_Clock();
+  Main_Menu_Loop();
+  MenuCursor.reset();
+  MenuBackground.reset();
+  MenuButtons.reset();
+}
 
 }  // namespace modMainScr

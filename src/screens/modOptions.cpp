@@ -1,10 +1,194 @@
 #include "screens/modOptions.h"
 
-#include "audio_input/plain_screen.h"
+#include <string>
+
+#include "audio_input/frmMain.h"
+#include "core/modMain.h"
+#include "core/numbers.h"
+#include "audio_input/modMouseParticles.h"
+#include "gfx/modText.h"
+#include "platform/platform.h"
+#include "screens/modDInput.h"
 
 namespace modOptions {
 
-// A plain screen until this screen is built.
-void Init_Options_Screen() { modMain::Run_Plain_Screen("Options"); }
+Bool16 OptionsRunning = kFalse;
+u8 CaptureSlot = 0;
+std::array<Rect, 9> OptionButtons;
+
+namespace {
+using mod3Denhance::BackBuffer;
+using mod3Denhance::Blit_Clipped;
+
+mod3Denhance::Surface g_background, g_cursor, g_buttons;
+
+const char* const kInvalid = "<invalid>";
+
+// Design-unit areas of the 640 x 480 layout, in the index order of OptionButtons.
+constexpr int kAreas[9][4] = {{327, 125, 347, 147}, {427, 125, 447, 147}, {170, 155, 464, 169},
+                              {397, 396, 482, 447}, {157, 396, 300, 447}, {171, 279, 460, 293},
+                              {171, 303, 460, 317}, {171, 327, 460, 341}, {171, 351, 460, 365}};
+
+struct Overlay {
+  int left, top, right, bottom;  // in the overlay sheet, design units
+  int x, y;                      // where it is drawn, design units
+};
+constexpr Overlay kArrowLeft{0, 0, 10, 12, 332, 130}, kArrowRight{10, 0, 20, 12, 432, 130},
+    kTick{40, 83, 55, 97, 448, 155}, kLeaveLit{0, 82, 39, 97, 421, 415}, kDefaultsLit{0, 68, 115, 82, 171, 415};
+// The level words, indexed by Difficulty.
+constexpr Overlay kLevels[4] = {
+    {0, 54, 90, 68, 342, 129}, {0, 40, 90, 54, 342, 129}, {0, 26, 90, 40, 342, 129}, {0, 12, 90, 26, 342, 129}};
+
+struct Control {
+  i16* key;
+  i16 default_key;
+  int row_y;
+};
+const std::array<Control, 4> kControls = {Control{&modMain::KeyUp, 38, 279}, Control{&modMain::KeyDown, 40, 303},
+                                          Control{&modMain::KeyLeft, 37, 327}, Control{&modMain::KeyRight, 39, 351}};
+
+i16 X(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleX)); }
+i16 Y(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleY)); }
+
+bool Mouse_Over(int area) {
+  return Is_Set(
+      mod3Denhance::Point_In_Rect(OptionButtons[static_cast<size_t>(area)], frmMain::MouseX, frmMain::MouseY));
+}
+
+void Draw_Overlay(const Overlay& o) {
+  Rect src{X(o.left), Y(o.top), X(o.right), Y(o.bottom)};
+  i16 x = X(o.x), y = Y(o.y);
+  Blit_Clipped(BackBuffer, g_buttons, src, x, y, 1);
+}
+
+void Set_Defaults() {
+  modMain::SkipSetup = 0;
+  modMain::Difficulty = 1;
+  modMain::ControlDevice = 0;
+  for (const Control& c : kControls) *c.key = c.default_key;
+}
+
+void Store_And_Leave() {
+  modMain::Write_Settings();
+  platform::Pump_Messages();
+  modMain::Read_Settings();
+  OptionsRunning = kFalse;
+  frmMain::MouseLeftDown = kFalse;
+  modMain::GameState = modMain::kStateMainMenu;
+}
+
+void Act(int area) {
+  switch (area) {
+    case 0:
+      if (modMain::Difficulty > 0) --modMain::Difficulty;
+      break;
+    case 1:
+      if (modMain::Difficulty < 3) ++modMain::Difficulty;
+      break;
+    case 2: modMain::SkipSetup = modMain::SkipSetup == 0 ? 1 : 0; break;
+    case 3: Store_And_Leave(); break;
+    case 4: Set_Defaults(); break;
+    default:
+      frmMain::MouseLeftDown = kFalse;
+      CaptureSlot = static_cast<u8>(area - 4);
+      break;
+  }
+}
+}  // namespace
+
+void Capture_Key() {
+  for (int code = 0; code < frmMain::kKeyStateCount; ++code) {
+    if (!Is_Set(frmMain::KeyState[code])) continue;
+    const std::string name = modDInput::Get_Key_Name(static_cast<i16>(code));
+    // An unnamed key (Escape, Shift...) cancels: the control keeps its old key.
+    if (name == kInvalid) {
+      CaptureSlot = 0;
+      return;
+    }
+    if (CaptureSlot >= 1 && CaptureSlot <= 4) *kControls[CaptureSlot - 1u].key = static_cast<i16>(code);
+    CaptureSlot = 0;
+  }
+}
+
+void Draw_Options_Screen() {
+  using modMain::Difficulty;
+  mod3Denhance::Clear_Screen();
+  Rect whole = mod3Denhance::ScreenRect;
+  i16 x0 = 0, y0 = 0;
+  Blit_Clipped(BackBuffer, g_background, whole, x0, y0, 0);
+  if (Mouse_Over(0)) Draw_Overlay(kArrowLeft);
+  if (Mouse_Over(1)) Draw_Overlay(kArrowRight);
+  // Any level outside 0..3 shows as the normal one.
+  Draw_Overlay(Difficulty <= 3 ? kLevels[Difficulty] : kLevels[1]);
+  if (modMain::SkipSetup == 0) Draw_Overlay(kTick);
+  if (Mouse_Over(3)) Draw_Overlay(kLeaveLit);
+  if (Mouse_Over(4)) Draw_Overlay(kDefaultsLit);
+  modText::Draw_Text(X(171), Y(254), 2, modMain::ControlDevice == 0 ? "Keyboard" : "");
+  for (size_t i = 0; i < kControls.size(); ++i) {
+    const Control& c = kControls[i];
+    std::string text = modDInput::Get_Key_Name(*c.key);
+    // A key with no name (from a hand-edited settings file) falls back to the default,
+    // which is stored when the screen is left.
+    if (text == kInvalid) {
+      *c.key = c.default_key;
+      text = modDInput::Get_Key_Name(c.default_key);
+    }
+    if (CaptureSlot == i + 1) text = "-----";
+    modText::Draw_Text(X(295), Y(c.row_y), 2, text);
+  }
+  modMain::Update_Frame_Timer();
+  if (mod3Denhance::D3DDevice != nullptr) {
+    mod3Denhance::D3DDevice->BeginScene();
+    modMouseParticles::Update_Particles();
+    mod3Denhance::D3DDevice->EndScene();
+  }
+  Rect pointer{0, 0, 11, 19};
+  i16 px = frmMain::MouseX, py = frmMain::MouseY;
+  Blit_Clipped(BackBuffer, g_cursor, pointer, px, py, 1);
+  mod3Denhance::Flip();
+}
+
+void Options_Screen_Loop() {
+  while (Is_Set(OptionsRunning)) {
+    if (CaptureSlot == 0) {
+      for (int i = 0; i < 9; ++i) {
+        if (Mouse_Over(i) && Is_Set(frmMain::MouseLeftDown)) {
+          Act(i);
+          frmMain::MouseLeftDown = kFalse;  // one click acts once
+        }
+      }
+    } else {
+      Capture_Key();  // clicks wait while a key is awaited
+    }
+    Draw_Options_Screen();
+    platform::Pump_Messages();
+    if (modMain::QuitRequested) OptionsRunning = kFalse;
+  }
+  Exit_Options_Screen();
+}
+
+void Init_Options_Screen() {
+  using mod3Denhance::Create_Surface;
+  using modMain::ScaleX, modMain::ScaleY;
+  Create_Surface(g_cursor, 11, 19, platform::Game_Path("\\Gfx\\Cursor.bmp"), mod3Denhance::kKeyBlack, kFalse);
+  Create_Surface(g_background, modMain::ScreenWidth, modMain::ScreenHeight,
+                 platform::Game_Path("\\Gfx\\OptionScr_bg.bmp"), mod3Denhance::kKeyNone, kFalse);
+  Create_Surface(g_buttons, 115.0 * ScaleX, 97.0 * ScaleY, platform::Game_Path("\\Gfx\\OptionScr_buttons.bmp"),
+                 mod3Denhance::kKeyBlack, kFalse);
+  for (size_t i = 0; i < OptionButtons.size(); ++i) {
+    const int* a = kAreas[i];
+    OptionButtons[i] = mod3Denhance::Make_Rect(X(a[0]), Y(a[1]), X(a[2]), Y(a[3]));
+  }
+  CaptureSlot = 0;
+  OptionsRunning = kTrue;
+  modMain::Reset_Game_Clock();
+  Options_Screen_Loop();
+}
+
+void Exit_Options_Screen() {
+  g_background.reset();
+  g_cursor.reset();
+  g_buttons.reset();
+}
 
 }  // namespace modOptions

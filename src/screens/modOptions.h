@@ -1,7 +1,29 @@
 #pragma once
-// The Options screen, entered by the game-state loop.
+// The options screen: difficulty, whether the setup dialog shows at start, the four
+// driving keys (rebound by clicking a row and pressing a key) and a defaults button.
+// Its only way out stores the settings file and returns to the main menu.
+#include <array>
+
+#include "core/types.h"
+#include "gfx/mod3Denhance.h"
 
 namespace modOptions {
-// Runs the screen until it has chosen the next game state (or the game ends).
+
+extern Bool16 OptionsRunning;
+// 0: no key awaited; 1..4: the next key goes to KeyUp, KeyDown, KeyLeft, KeyRight.
+extern u8 CaptureSlot;
+// Clickable areas: 0/1 difficulty down/up, 2 setup tick, 3 store and leave, 4 defaults,
+// 5..8 rebind up, down, left, right.
+extern std::array<Rect, 9> OptionButtons;
+
+// Runs the screen until it is left through its store button (GameState 0) or the
+// window is closed (nothing stored then).
 void Init_Options_Screen();
-}
+void Options_Screen_Loop();
+void Draw_Options_Screen();
+// One frame of key capture: the lowest held code decides; a named key is bound to the
+// awaited control, an unnamed one cancels.
+void Capture_Key();
+void Exit_Options_Screen();
+
+}  // namespace modOptions

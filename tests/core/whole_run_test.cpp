@@ -82,9 +82,12 @@ TEST(WholeRun, IntroThenMenuThenQuitLeavesTheCompleteLog) {
   platform::Set_Pump_Hook([&](uint64_t pump) {
     platform::Advance_Manual_Clock(16);
     if (states_seen.empty() || states_seen.back() != modMain::GameState) states_seen.push_back(modMain::GameState);
-    if (pump == 3) platform::Post_Event({platform::EventKind::KeyDown, 13});  // intro -> menu
-    if (pump == 4) platform::Post_Event({platform::EventKind::KeyUp, 13});
-    if (pump == 8) platform::Post_Event({platform::EventKind::KeyDown, 27});  // menu: quit
+    // Enter held over two frames skips both intro pictures.
+    if (pump == 3) platform::Post_Event({platform::EventKind::KeyDown, 13});
+    if (pump == 5) platform::Post_Event({platform::EventKind::KeyUp, 13});
+    // The menu's buttons slide in for 1040 ms; then the quit button (fourth row) is clicked.
+    if (pump == 8) platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, 320, 320});
+    if (pump == 100) platform::Post_Event({platform::EventKind::MouseDown, 0, 1, 0, 320, 320});
   });
   EXPECT_EQ(modMain::Main(), 0);
   platform::Set_Pump_Hook(nullptr);

@@ -1,8 +1,0 @@
-#include "frontend/modMouseParticles.h"
-
-namespace modMouseParticles {
-
-// Nothing to prepare until the fountain is built with the menu screens.
-void Init_Particles() {}
-
-}  // namespace modMouseParticles

@@ -1,0 +1,208 @@
+#include "menu_art.h"
+
+#include <ft2build.h>
+#include FT_FREETYPE_H
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace menuart {
+
+uint32_t Mix(uint32_t a, uint32_t b, double t) {
+  t = std::clamp(t, 0.0, 1.0);
+  uint32_t out = 0xFF000000u;
+  for (int shift = 0; shift < 24; shift += 8) {
+    const double ca = double((a >> shift) & 0xFF), cb = double((b >> shift) & 0xFF);
+    out |= uint32_t(std::lround(ca + (cb - ca) * t)) << shift;
+  }
+  return out;
+}
+
+void Blend(Picture& p, int x, int y, uint32_t colour, double coverage) {
+  if (x < 0 || y < 0 || x >= p.width || y >= p.height || coverage <= 0) return;
+  p.at(x, y) = Mix(p.at(x, y), colour, coverage);
+}
+
+double Noise(int x, int y, uint32_t seed) {
+  uint32_t h = uint32_t(x) * 0x8da6b343u ^ uint32_t(y) * 0xd8163841u ^ seed * 0xcb1ab31fu;
+  h ^= h >> 13;
+  h *= 0x5bd1e995u;
+  h ^= h >> 15;
+  return (h & 0xFFFFFF) / 16777216.0;
+}
+
+void Vertical_Gradient(Picture& p, int top, int bottom, uint32_t from, uint32_t to) {
+  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y) {
+    const uint32_t c = Mix(from, to, double(y - top) / std::max(1, bottom - top - 1));
+    for (int x = 0; x < p.width; ++x) p.at(x, y) = c;
+  }
+}
+
+void Fill(Picture& p, int left, int top, int right, int bottom, uint32_t colour) {
+  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y)
+    for (int x = std::max(0, left); x < std::min(p.width, right); ++x) p.at(x, y) = colour;
+}
+
+void Frame(Picture& p, int left, int top, int right, int bottom, uint32_t colour) {
+  Fill(p, left, top, right, top + 1, colour);
+  Fill(p, left, bottom - 1, right, bottom, colour);
+  Fill(p, left, top, left + 1, bottom, colour);
+  Fill(p, right - 1, top, right, bottom, colour);
+}
+
+void Panel(Picture& p, int left, int top, int right, int bottom, uint32_t accent) {
+  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y)
+    for (int x = std::max(0, left); x < std::min(p.width, right); ++x)
+      p.at(x, y) = Mix(p.at(x, y), kNight, 0.72 - 0.12 * double(y - top) / std::max(1, bottom - top));
+  Frame(p, left, top, right, bottom, Mix(kSteel, accent, 0.35));
+  Fill(p, left + 1, top + 1, right - 1, top + 2, kSteelLight);
+  // Accent ticks on the corners, the racing-dash look of the whole game.
+  Fill(p, left, top, left + 18, top + 2, accent);
+  Fill(p, right - 18, bottom - 2, right, bottom, accent);
+}
+
+namespace {
+// Signed test of whether (x, y) lies inside the polygon (even-odd rule).
+bool Inside(const std::vector<Point>& pts, double x, double y) {
+  bool in = false;
+  for (size_t i = 0, j = pts.size() - 1; i < pts.size(); j = i++) {
+    const Point a = pts[i], b = pts[j];
+    if ((a.y > y) != (b.y > y) && x < (b.x - a.x) * (y - a.y) / (b.y - a.y) + a.x) in = !in;
+  }
+  return in;
+}
+}  // namespace
+
+void Polygon(Picture& p, const std::vector<Point>& pts, uint32_t colour, double opacity) {
+  if (pts.size() < 3) return;
+  double x0 = pts[0].x, x1 = x0, y0 = pts[0].y, y1 = y0;
+  for (const Point& q : pts) {
+    x0 = std::min(x0, q.x), x1 = std::max(x1, q.x);
+    y0 = std::min(y0, q.y), y1 = std::max(y1, q.y);
+  }
+  for (int y = std::max(0, int(std::floor(y0))); y <= std::min(p.height - 1, int(std::ceil(y1))); ++y)
+    for (int x = std::max(0, int(std::floor(x0))); x <= std::min(p.width - 1, int(std::ceil(x1))); ++x) {
+      int hits = 0;
+      for (int sy = 0; sy < 4; ++sy)
+        for (int sx = 0; sx < 4; ++sx) hits += Inside(pts, x + (sx + 0.5) / 4, y + (sy + 0.5) / 4);
+      Blend(p, x, y, colour, opacity * hits / 16.0);
+    }
+}
+
+void Line(Picture& p, Point a, Point b, double width, uint32_t colour, double opacity) {
+  const double dx = b.x - a.x, dy = b.y - a.y, len = std::hypot(dx, dy);
+  if (len <= 0) return;
+  const double nx = -dy / len * width / 2, ny = dx / len * width / 2;
+  Polygon(p, {{a.x + nx, a.y + ny}, {b.x + nx, b.y + ny}, {b.x - nx, b.y - ny}, {a.x - nx, a.y - ny}}, colour,
+          opacity);
+}
+
+void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, double strength) {
+  for (int y = std::max(0, int(cy - radius)); y < std::min(p.height, int(cy + radius) + 1); ++y)
+    for (int x = std::max(0, int(cx - radius)); x < std::min(p.width, int(cx + radius) + 1); ++x) {
+      const double d = std::hypot(x + 0.5 - cx, y + 0.5 - cy) / radius;
+      if (d >= 1) continue;
+      const double k = (1 - d) * (1 - d) * strength;
+      uint32_t out = 0xFF000000u;
+      const uint32_t base = p.at(x, y);
+      for (int shift = 0; shift < 24; shift += 8) {
+        const double v = double((base >> shift) & 0xFF) + double((colour >> shift) & 0xFF) * k;
+        out |= uint32_t(std::min(255.0, v)) << shift;
+      }
+      p.at(x, y) = out;
+    }
+}
+
+namespace {
+struct Face {
+  FT_Library lib = nullptr;
+  FT_Face face = nullptr;
+  Face(const char* file, int size) {
+    const std::string path = std::string(QUORVAL_FONT_DIR) + "/" + file;
+    if (FT_Init_FreeType(&lib) != 0) return;
+    if (FT_New_Face(lib, path.c_str(), 0, &face) != 0) {
+      std::fprintf(stderr, "assetgen: cannot open %s\n", path.c_str());
+      face = nullptr;
+      return;
+    }
+    FT_Set_Pixel_Sizes(face, 0, FT_UInt(size));
+  }
+  ~Face() {
+    if (face != nullptr) FT_Done_Face(face);
+    if (lib != nullptr) FT_Done_FreeType(lib);
+  }
+  Face(const Face&) = delete;
+  Face& operator=(const Face&) = delete;
+};
+
+int Advance_Of(FT_Face face, const std::string& text, int tracking) {
+  int w = 0;
+  for (unsigned char c : text) {
+    if (FT_Load_Char(face, c, FT_LOAD_DEFAULT) != 0) continue;
+    w += int(face->glyph->advance.x >> 6) + tracking;
+  }
+  return text.empty() ? 0 : w - tracking;
+}
+
+void Draw_Run(Picture& p, FT_Face face, int x, int top, const std::string& text, const TextStyle& style,
+              bool shadow_pass) {
+  const int ascent = int(std::lround(style.pixel_size * 0.76));  // capital height above the baseline
+  const int baseline = top + ascent;
+  const int offset = shadow_pass ? style.shadow : 0;
+  for (unsigned char c : text) {
+    if (FT_Load_Char(face, c, FT_LOAD_RENDER) != 0) continue;
+    const FT_GlyphSlot g = face->glyph;
+    for (int y = 0; y < int(g->bitmap.rows); ++y)
+      for (int gx = 0; gx < int(g->bitmap.width); ++gx) {
+        const double coverage = g->bitmap.buffer[y * g->bitmap.pitch + gx] / 255.0;
+        const int px = x + g->bitmap_left + gx + offset, py = baseline - g->bitmap_top + y + offset;
+        const double t = double(py - offset - top) / std::max(1, ascent);
+        Blend(p, px, py, shadow_pass ? 0xFF000000u : Mix(style.top, style.bottom, t), coverage * (shadow_pass ? 0.7 : 1));
+      }
+    x += int(g->advance.x >> 6) + style.tracking;
+  }
+}
+}  // namespace
+
+int Text_Width(const std::string& text, const TextStyle& style) {
+  Face f(style.face, style.pixel_size);
+  return f.face == nullptr ? 0 : Advance_Of(f.face, text, style.tracking);
+}
+
+bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& style) {
+  Face f(style.face, style.pixel_size);
+  if (f.face == nullptr) return false;
+  const int w = Advance_Of(f.face, text, style.tracking);
+  if (style.align == Align::Centre) x -= w / 2;
+  if (style.align == Align::Right) x -= w;
+  if (style.shadow != 0) Draw_Run(p, f.face, x, top, text, style, true);
+  Draw_Run(p, f.face, x, top, text, style, false);
+  return true;
+}
+
+void Hover_Ship(Picture& p, double cx, double cy, double s, uint32_t hull, uint32_t stripe) {
+  auto P = [&](double x, double y) { return Point{cx + x * s, cy + y * s}; };
+  // Hover glow under the hull first, so the body sits on its light.
+  Glow(p, cx - 10 * s, cy + 34 * s, 95 * s, kCyanDim, 0.9);
+  // Far fin and lower hull in shadow.
+  Polygon(p, {P(40, -10), P(78, -48), P(92, -48), P(84, -6)}, Mix(hull, kNight, 0.55));
+  Polygon(p, {P(-100, 8), P(90, -4), P(96, 18), P(-70, 24)}, Mix(hull, kNight, 0.6));
+  // Upper hull: a long wedge, nose to the left.
+  Polygon(p, {P(-104, 8), P(-30, -14), P(70, -22), P(98, -6), P(90, 12)}, hull);
+  Polygon(p, {P(-104, 8), P(-30, -14), P(70, -22), P(68, -16), P(-28, -8)}, Mix(hull, kIce, 0.35));
+  // Racing stripe along the flank.
+  Polygon(p, {P(-86, 6), P(80, -6), P(82, 0), P(-80, 11)}, stripe);
+  // Canopy.
+  Polygon(p, {P(-34, -12), P(-4, -30), P(30, -30), P(40, -18)}, Mix(kCyan, kNight, 0.55));
+  Polygon(p, {P(-26, -13), P(-4, -27), P(10, -27), P(0, -15)}, Mix(kCyan, kIce, 0.3), 0.6);
+  // Near fin.
+  Polygon(p, {P(52, -16), P(88, -56), P(104, -56), P(96, -10)}, Mix(hull, kSteelLight, 0.3));
+  Polygon(p, {P(88, -56), P(104, -56), P(102, -50), P(86, -50)}, stripe);
+  // Engine nozzle and flame.
+  Polygon(p, {P(92, -10), P(104, -12), P(106, 12), P(94, 12)}, kSteel);
+  Glow(p, cx + 112 * s, cy + 0 * s, 34 * s, kCyan, 1.4);
+  Glow(p, cx + 108 * s, cy + 0 * s, 14 * s, kIce, 1.6);
+}
+
+}  // namespace menuart
