@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "audio_input/modMouseParticles.h"
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
@@ -26,7 +27,6 @@ constexpr u8 kFont = 2;
 constexpr size_t kNameLimit = 22;
 
 Surface BackgroundSurf, EnterSurf, CursorSurf;
-ParticlesFn Particles = nullptr;
 RaceFigures Race;
 // The texts of a frame, rebuilt only when what they show changes: drawing allocates nothing.
 std::string RecordLines[3], FigureLines[3], NameLine;
@@ -88,9 +88,8 @@ void Save_HiScores() {
   modMain::Read_Settings();
 }
 
-void Init_HiScore_Screen(ParticlesFn update_particles) {
+void Init_HiScore_Screen() {
   using modMain::Write_Log;
-  Particles = update_particles;
   Write_Log("Initialising HiScores...");
   Write_Log("   Loading Surfaces...");
   mod3Denhance::Create_Surface(CursorSurf, 11, 19, platform::Game_Path("\\Gfx\\Cursor.bmp"), mod3Denhance::kKeyBlack,
@@ -157,7 +156,7 @@ void Draw_HiScore_Screen() {
   for (int i = 0; i < 3; ++i) modText::Draw_Text(Sx(300), Sy(figure_y[i]), kFont, FigureLines[i]);
   if (platform::Device3D* device = mod3Denhance::D3DDevice) {
     device->BeginScene();
-    if (Particles != nullptr) Particles();
+    modMouseParticles::Update_Particles();
     device->EndScene();
   }
   Rect pointer{0, 0, 11, 19};

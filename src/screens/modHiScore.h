@@ -16,13 +16,10 @@ extern Bool16 NewHiScore;  // a record fell and the name is still being entered
 extern std::string EnteredName;
 extern i16 RaceFastestLap;  // 1..3
 
-// Draws the menu particles inside the screen's 3D scene; the game passes the front end's.
-using ParticlesFn = void (*)();
-
 // Game state 2: loads the screen, runs its loop, returns once it has been left (GameState
 // 0) or the game is closing. Reads the race from Players(0) (zero figures when there is
 // none).
-void Init_HiScore_Screen(ParticlesFn update_particles = nullptr);
+void Init_HiScore_Screen();
 void HiScore_Screen_Loop();
 void Draw_HiScore_Screen();
 // Takes at most one typed key from KeyState into EnteredName (only while NewHiScore).

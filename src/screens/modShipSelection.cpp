@@ -1,5 +1,6 @@
 #include "screens/modShipSelection.h"
 
+#include "audio_input/modMouseParticles.h"
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
@@ -27,7 +28,6 @@ namespace {
 using mod3Denhance::Surface;
 
 Surface BackgroundSurf, CursorSurf, StatsSurf, ButtonsSurf;
-ParticlesFn Particles = nullptr;
 
 constexpr i16 kButtonArea[6][4] = {{50, 350, 241, 389},  {50, 400, 241, 439},  {104, 113, 200, 148},
                                    {104, 170, 200, 205}, {104, 148, 152, 170}, {152, 148, 200, 170}};
@@ -118,8 +118,7 @@ void Load_Ship_Preview() {
   Stat_Targets(record.Mass, record.Inertia, record.Thrust, StatTarget);
 }
 
-void Init_Ship_Selection(ParticlesFn update_particles) {
-  Particles = update_particles;
+void Init_Ship_Selection() {
   PreviewMesh = std::make_unique<XFileClass>();
   PreviewMesh->AdjustScale(1, 1, 1);
   PreviewMesh->SetPosition(-6, 1, 0);
@@ -234,7 +233,7 @@ void Draw_Ship_Selection() {
   if (device != nullptr) {
     device->BeginScene();
     if (PreviewMesh) PreviewMesh->Render(device);
-    if (Particles != nullptr) Particles();
+    modMouseParticles::Update_Particles();
     device->EndScene();
   }
   Rect pointer{0, 0, 11, 19};

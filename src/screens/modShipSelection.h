@@ -21,11 +21,9 @@ extern std::unique_ptr<XFileClass> PreviewMesh;
 extern i16 StatTarget[3];  // bars 1..3 (thrust, inertia, mass) at [0..2], design units
 extern i16 StatShown[3];
 
-using ParticlesFn = void (*)();
-
 // Game state 3: creates Players(0..NumOpponents), runs the screen, returns once it has
 // been left (GameState 1 with the racers, or 0 without them) or the game is closing.
-void Init_Ship_Selection(ParticlesFn update_particles = nullptr);
+void Init_Ship_Selection();
 void Ship_Selection_Loop();
 void Draw_Ship_Selection();
 // Wraps Players(0)'s ship and skin into range, reloads the preview and sets the bar targets
