@@ -9,6 +9,7 @@
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
+#include "platform/testing.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ bool Display() {
     modMain::ScreenHeight = 480;
     if (!platform::Open_Window("bench")) return false;
     if (!mod3Denhance::Init_DDraw(modMain::ScreenWidth, modMain::ScreenHeight, modMain::ScreenBPP)) return false;
-    modText::Load_Fonts();
+    { std::string missing; modText::Load_Fonts(missing); }
     return true;
   }();
   return ready;

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "platform/platform.h"
+#include "platform/testing.h"
 #include "track/modTracks.h"
 
 namespace {

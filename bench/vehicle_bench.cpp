@@ -6,9 +6,11 @@
 
 #include "core/modMain.h"
 #include "platform/platform.h"
+#include "platform/testing.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
 #include "vehicle/racer_box.h"
+#include "vehicle/players.h"
 
 namespace {
 

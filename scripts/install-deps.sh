@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the game and the tests need.
-# Does nothing when all of them are present; uses sudo when not root.
+# Installs every Debian package the build, the game and the tests need; with "fuzz", also
+# clang and its sanitizer and fuzzer runtimes. Does nothing when all of them are present;
+# uses sudo when not root.
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,9 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libgl1-mesa-dri libegl1 libegl-dev xvfb
 )
+if [ "${1:-}" = "fuzz" ]; then
+  packages+=(clang libclang-rt-14-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -1,3 +1,3 @@
-#include "core/modMain.h"
+#include "app/startup.h"
 
 int main() { return modMain::Main(); }

@@ -6,6 +6,7 @@
 #include "core/numbers.h"
 #include "platform/platform.h"
 #include "vehicle/clsHumanPlayer.h"
+#include "vehicle/players.h"
 
 namespace frmMain {
 

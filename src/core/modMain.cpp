@@ -3,7 +3,6 @@
 #include <random>
 
 #include "platform/platform.h"
-#include "vehicle/clsHumanPlayer.h"
 
 namespace modMain {
 
@@ -13,7 +12,6 @@ i32 FrameTime = 0;
 i32 GameClock = 0;
 i32 LastTick = 0;
 i16 NumOpponents = 0;
-std::vector<std::unique_ptr<clsHumanPlayer>> Players;
 bool QuitRequested = false;
 
 namespace {

@@ -1,14 +1,9 @@
 #pragma once
-// The spine of the game: start-up, the game-state loop, the frame timer, shutdown,
-// and the run's shared state.
-#include <memory>
-#include <vector>
-
+// The run's shared state that every screen reads: the game state, the frame timer and the
+// one random source. Start-up, the state loop and shutdown are in app/startup.h.
 #include "core/log.h"
 #include "core/settings.h"
 #include "core/types.h"
-
-class clsHumanPlayer;
 
 namespace modMain {
 
@@ -22,22 +17,13 @@ extern i32 FrameTime;  // last frame in ms, at most 50
 extern i32 GameClock;  // ms since the current screen began, wraps at one hour
 extern i32 LastTick;
 extern i16 NumOpponents;
-// The racers, 0 the player, 1..NumOpponents the computer; empty outside a race's life.
-extern std::vector<std::unique_ptr<clsHumanPlayer>> Players;
 // Set when the window system asks the game to close (window closed, process told to stop):
 // every screen loop leaves, the state loop ends, and shutdown runs as for the quit button.
 extern bool QuitRequested;
 
-// Program entry: seeds the random source, creates the log, reads the settings, then shows
-// the setup dialog or starts the game. Returns the process exit code.
-int Main();
-// Initialisation, the state loop, then shutdown; returns once everything is released.
-void Init_Game();
-void Main_Loop();
 // FrameTime = now - LastTick (at most 50); GameClock advances by it (one-hour wrap).
 void Update_Frame_Timer();
 void Reset_Game_Clock();
-void Kill_Everything();
 
 // The one random source: uniform in [0, 1).
 float Rnd();

@@ -9,15 +9,24 @@ namespace modText {
 std::array<CellSize, 3> FontCell;
 std::array<mod3Denhance::Surface, 3> Fonts;
 
-void Load_Fonts() {
+bool Load_Fonts(std::string& missing) {
   FontCell = {CellSize{20, 30}, CellSize{20, 30}, CellSize{12, 15}};
   for (int i = 0; i < 3; ++i) {
     const std::string name = "Font" + std::to_string(i) + ".bmp";
     modMain::Write_Log("Loading " + name + "...");
-    mod3Denhance::Create_Surface(Fonts[size_t(i)], 0, 0, platform::Game_Path("\\Gfx\\" + name), mod3Denhance::kKeyBlack,
-                                 kFalse);
+    const std::string path = platform::Game_Path("\\Gfx\\" + name);
+    if (!mod3Denhance::Create_Surface(Fonts[size_t(i)], 0, 0, path, mod3Denhance::kKeyBlack, kFalse)) {
+      missing = path;
+      modMain::Write_Log("Font file " + path + " could not be loaded");
+      return false;
+    }
     modMain::Write_Log("...Done");
   }
+  return true;
+}
+
+void Release_Fonts() {
+  for (auto& font : Fonts) font.reset();
 }
 
 void Draw_Text(i16 x, i16 y, u8 font, const std::string& text) {

@@ -16,8 +16,11 @@ extern std::array<CellSize, 3> FontCell;
 // Font0..2.bmp with black as the key; kept for the whole run.
 extern std::array<mod3Denhance::Surface, 3> Fonts;
 
-// Loads Gfx/Font0..2.bmp (own size, black key), logging each font.
-void Load_Fonts();
+// Loads Gfx/Font0..2.bmp (own size, black key), logging each font. False, with the path
+// of the first font that could not be read in missing, when one is absent or unreadable.
+bool Load_Fonts(std::string& missing);
+// Releases the three font surfaces (shutdown).
+void Release_Fonts();
 // Draws text at (x, y) into the back buffer: one cell per character, glyphs unscaled;
 // characters without a glyph leave their cell empty. Fonts outside 0..2 draw nothing.
 void Draw_Text(i16 x, i16 y, u8 font, const std::string& text);

@@ -21,6 +21,9 @@ using detail::Node;
 // Coordinates beyond this are refused so that normals and boxes stay finite.
 constexpr double kMaxCoordinate = 1e7;
 
+// A value a float holds without turning into infinity.
+bool Fits_Float(double d) { return std::isfinite(float(d)); }
+
 struct Affine {  // row-vector transform: p' = p x m + t
   double m[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   double t[3] = {0, 0, 0};
@@ -120,11 +123,20 @@ class Builder {
 
   std::string Run(const std::vector<Node>& top) {
     for (const Node& n : top) Collect_Materials(n);
+    // The first mesh of the file; only a file without one is read as a frame hierarchy,
+    // its first, with the frames' transforms.
+    const Node *mesh = nullptr, *frame = nullptr;
     for (const Node& n : top) {
-      if (n.kind == Kind::Mesh) Mesh(n, Affine{});
-      if (n.kind == Kind::Frame) Frame(n, Affine{});
-      if (!error_.empty()) return error_;
+      if (n.reference) continue;
+      if (n.kind == Kind::Mesh && mesh == nullptr) mesh = &n;
+      if (n.kind == Kind::Frame && frame == nullptr) frame = &n;
     }
+    if (mesh != nullptr) {
+      Mesh(*mesh, Affine{});
+    } else if (frame != nullptr) {
+      Frame(*frame, Affine{});
+    }
+    if (!error_.empty()) return error_;
     if (meshes_ == 0) return "no mesh in file";
     if (!box_started_) model_.box_min = model_.box_max = Vector3{};
     return {};
@@ -161,6 +173,8 @@ class Builder {
 
   bool Read_Material(const Node& n, Material& out) {
     if (n.numbers.size() != 11) return Fail("material needs 11 numbers"), false;
+    for (double d : n.numbers)
+      if (!Fits_Float(d)) return Fail("material value out of range"), false;
     const auto f = [&](size_t i) { return float(n.numbers[i]); };
     D3DMaterial& m = out.material;
     m.diffuse = {f(0), f(1), f(2), f(3)};
@@ -230,6 +244,7 @@ class Builder {
     for (float& c : mesh.uv) {
       double d = 0;
       in.Real(d);
+      if (!Fits_Float(d)) return in.Fail("texture coordinate out of range");
       c = float(d);
     }
     if (!in.Done()) return in.Fail("texture coordinates have more numbers than their count says");

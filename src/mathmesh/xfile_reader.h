@@ -1,14 +1,16 @@
 #pragma once
-// Reader of text .x mesh files. It does what the mesh builder of the original platform did
-// for the game: it reads every mesh of the file, splits it into groups by material, keeps
-// each polygon whole (the caller fans it) and regenerates the vertex normals with a crease
-// angle. Binary and compressed .x files are refused. Nothing here touches the display.
+// Reader of text .x mesh files, the game's mesh builder: it reads the first mesh of the
+// file, splits it into groups by material, keeps each polygon whole (the caller fans it)
+// and regenerates the vertex normals with a crease angle. Binary and compressed .x files
+// are refused. Nothing here touches the display.
 //
-// What is read: `Mesh` (top level or anywhere in a `Frame` hierarchy), its first
-// `MeshTextureCoords` and `MeshMaterialList`, `Material` inline or referenced by name, and
-// `TextureFilename` / `TextureFileName`. Frame transforms are applied: each mesh's
-// positions are multiplied by its frames' `FrameTransformMatrix` products, and under a
-// mirroring transform each polygon's order is reversed so its front stays in front.
+// What is read: the first top-level `Mesh`; only when the file has none, every `Mesh` of
+// its first top-level `Frame` hierarchy. Of each mesh: its first `MeshTextureCoords` and
+// `MeshMaterialList`, `Material` inline or referenced by name, and `TextureFilename` /
+// `TextureFileName`. Frame transforms are applied: each mesh's positions are multiplied by
+// its frames' `FrameTransformMatrix` products, and under a mirroring transform each
+// polygon's order is reversed so its front stays in front. Texture coordinates and
+// material values a float cannot hold are refused, as are coordinates beyond 1e7.
 // Skipped: templates, `MeshNormals` (normals are regenerated), vertex colours, skin data,
 // animation and every other object. Frames referring to a mesh by name are not followed.
 #include <cstdint>
@@ -20,8 +22,7 @@
 
 namespace xfile {
 
-// Faces meeting at more than this angle keep separate normals (pi taken as 3.14, as the
-// game's original did here).
+// Faces meeting at more than this angle keep separate normals (pi taken as 3.14 here).
 inline constexpr float kCreaseAngle = 3.14f / 4;
 
 // One material group as the mesh builder reports it.

@@ -1,6 +1,7 @@
 #include <chrono>
 
 #include "platform/platform.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace {
@@ -18,6 +19,7 @@ int32_t Tick_Count() {
 }
 
 void Use_Manual_Clock(bool enabled) { g_manual = enabled; }
+bool Manual_Clock() { return g_manual; }
 void Advance_Manual_Clock(int32_t ms) {
   g_manual_ms = static_cast<int32_t>(static_cast<uint32_t>(g_manual_ms) + static_cast<uint32_t>(ms));
 }

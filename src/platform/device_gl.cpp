@@ -67,8 +67,8 @@ Matrix4 Multiply(const Matrix4& a, const Matrix4& b) {
   return out;
 }
 
-// Normals follow the inverse transpose of the world's 3x3 part, as the original's
-// lighting does (not renormalised unless the game asks).
+// Normals follow the inverse transpose of the world's 3x3 part, as the game's
+// fixed-function lighting has it (not renormalised unless the game asks).
 std::array<float, 9> Normal_Matrix(const Matrix4& w) {
   const float a = w._11, b = w._12, c = w._13, d = w._21, e = w._22, f = w._23, g = w._31, h = w._32, i = w._33;
   const float det = a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g);
@@ -133,7 +133,7 @@ class GlDevice final : public Device3D {
     vertices_.resize(kVertexCapacity);
     indices_.resize(kIndexCapacity);
     transforms_[0] = transforms_[1] = transforms_[2] = Identity();
-    // The original device's defaults; the game sets the rest at start-up.
+    // The device's defaults; the game sets the rest at start-up.
     render_states_ = {{rs::ZEnable, 1},          {rs::ShadeMode, 2},       {rs::ZWriteEnable, 1},
                       {rs::AlphaTestEnable, 0},  {rs::SrcBlend, blend::One}, {rs::DestBlend, blend::Zero},
                       {rs::CullMode, cull::CounterClockwise}, {rs::ZFunc, cmp::LessEqual},
@@ -245,7 +245,7 @@ class GlDevice final : public Device3D {
     glEnable(GL_SCISSOR_TEST);
     const Rect whole{viewport_.x, viewport_.y, viewport_.x + viewport_.width, viewport_.y + viewport_.height};
     for (int i = 0; i < (count > 0 ? count : 1); ++i) {
-      // Clears stay inside the viewport, as the original's do.
+      // Clears stay inside the viewport, as the game expects.
       const Rect& r = count > 0 && rects != nullptr ? rects[i] : whole;
       const int l = std::max(r.left, whole.left), t = std::max(r.top, whole.top);
       const int rr = std::min(r.right, whole.right), b = std::min(r.bottom, whole.bottom);
@@ -349,7 +349,7 @@ class GlDevice final : public Device3D {
     }
   }
 
-  // Appends a list, strip or fan as triangles. Strips keep the original's winding (odd
+  // Appends a list, strip or fan as triangles. Strips keep the game's winding (odd
   // triangles reversed) and their first vertex first, which flat shading takes.
   template <class Fill>
   void Draw(Primitive type, int kind, int count, Fill fill) {
@@ -452,7 +452,7 @@ class GlDevice final : public Device3D {
       glDisable(GL_BLEND);
     }
     // With the upper-left clip origin GL judges winding as the player sees the screen, so
-    // the original's front faces (clockwise on screen) are GL's clockwise ones.
+    // the game's front faces (clockwise on screen) are GL's clockwise ones.
     const uint32_t cull_mode = R(rs::CullMode);
     if (cull_mode == cull::Clockwise || cull_mode == cull::CounterClockwise) {
       glEnable(GL_CULL_FACE);

@@ -4,6 +4,8 @@
 #include <epoxy/gl.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -13,6 +15,7 @@
 #include "platform/platform.h"
 #include "platform/render.h"
 #include "platform/sdl_internal.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace detail {
@@ -77,7 +80,7 @@ bool Bind_Backbuffer() {
   return true;
 }
 
-void Forget_Texture(Image::GpuState& gpu) {
+void Forget_Texture(GpuState& gpu) {
   if (gpu.texture != 0 && gpu.generation == Gl().generation && Gl().context != nullptr) glDeleteTextures(1, &gpu.texture);
   gpu.texture = 0;
   gpu.stale = true;
@@ -86,7 +89,7 @@ void Forget_Texture(Image::GpuState& gpu) {
 uint32_t Texture_Of(Image& image) {
   GlDisplay& gl = Gl();
   if (gl.context == nullptr || !image.Has_Pixels()) return 0;
-  Image::GpuState& gpu = image.Gpu();
+  GpuState& gpu = Gpu_Of(image);
   if (gpu.generation != gl.generation) {
     gpu.texture = 0;  // a name from an earlier context means nothing now
     gpu.stale = true;
@@ -223,7 +226,7 @@ bool Open_Display(const std::string& device_identifier, std::string& error) {
   gl.context = context;
   ++gl.generation;
   SDL_GL_SetSwapInterval(1);
-  // The original's screen orientation and depth range: y down, depth 0..1.
+  // The game's screen orientation and depth range: y down, depth 0..1.
   glClipControl(GL_UPPER_LEFT, GL_ZERO_TO_ONE);
   return true;
 }
@@ -262,7 +265,7 @@ ImageRef Create_Backbuffer(int width, int height) {
   glViewport(0, 0, width, height);
   glClearColor(0, 0, 0, 1);
   glClear(GL_COLOR_BUFFER_BIT);
-  Set_Backbuffer_Size(width, height);
+  detail::Set_Backbuffer_Size(width, height);
   return Image::Create_Display_Buffer(ImageKind::BackBuffer, width, height);
 }
 
@@ -311,22 +314,49 @@ void Restore_Display_Mode() {
   if (SDL_Window* window = detail::Window()) SDL_SetWindowFullscreen(window, 0);
 }
 
+namespace {
+std::chrono::steady_clock::time_point g_next_frame{};
+
+double Refresh_Period_Ms() {
+  SDL_DisplayMode mode{};
+  const int index = SDL_GetWindowDisplayIndex(detail::Window());
+  if (index >= 0 && SDL_GetCurrentDisplayMode(index, &mode) == 0 && mode.refresh_rate > 0)
+    return 1000.0 / mode.refresh_rate;
+  return 1000.0 / 60.0;
+}
+
+// The game steps its menus, bars and camera once per frame, so frames must come at the
+// display's rate. Where the swap waits for the refresh the deadline has already passed
+// and nothing sleeps; where it does not (no display, Xvfb, a compositor that ignores the
+// request) the flip waits here instead. Tests on the manual clock never sleep.
+void Pace_To_Refresh() {
+  using namespace std::chrono;
+  if (Manual_Clock()) return;
+  const auto period = duration_cast<steady_clock::duration>(duration<double, std::milli>(Refresh_Period_Ms()));
+  auto now = steady_clock::now();
+  if (g_next_frame > now && g_next_frame - now <= period) {
+    std::this_thread::sleep_until(g_next_frame);
+    now = steady_clock::now();
+  }
+  g_next_frame = std::max(now, g_next_frame) + period;
+}
+}  // namespace
+
 void Present() {
   detail::GlDisplay& gl = Gl();
   if (gl.context == nullptr || detail::Window() == nullptr) return;
   detail::Flush_Device();
   int ww = 0, wh = 0;
   SDL_GL_GetDrawableSize(detail::Window(), &ww, &wh);
+  const detail::Letterbox& lb = detail::Current_Letterbox();
   glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
   glDisable(GL_SCISSOR_TEST);
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
   glViewport(0, 0, ww, wh);
   glClearColor(0, 0, 0, 1);
   glClear(GL_COLOR_BUFFER_BIT);
-  if (gl.fbo != 0 && ww > 0 && wh > 0) {
-    const double scale = std::min(double(ww) / gl.width, double(wh) / gl.height);
-    const int w = int(gl.width * scale + 0.5), h = int(gl.height * scale + 0.5);
-    const int x0 = (ww - w) / 2, y0 = (wh - h) / 2;
+  if (gl.fbo != 0 && lb.width > 0 && lb.height > 0) {
+    const int w = lb.width, h = lb.height, x0 = lb.x0, y0 = wh - lb.y0 - h;
     glBindFramebuffer(GL_READ_FRAMEBUFFER, gl.fbo);
     // Our row 0 is the top; the window's row 0 is the bottom, so the blit turns it over.
     const bool exact = w % gl.width == 0 && h % gl.height == 0;
@@ -335,6 +365,7 @@ void Present() {
   }
   SDL_GL_SwapWindow(detail::Window());
   glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
+  Pace_To_Refresh();
 }
 
 void Close_Display() {

@@ -3,6 +3,8 @@
 #include <deque>
 
 #include "platform/platform.h"
+#include "platform/sdl_internal.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace {
@@ -10,12 +12,6 @@ InputHandlers g_handlers;
 std::deque<InputEvent> g_queue;
 std::function<void(uint64_t)> g_hook;
 uint64_t g_pump_count = 0;
-
-int16_t Shift_State() {
-  if (!SDL_WasInit(SDL_INIT_VIDEO)) return 0;
-  const SDL_Keymod m = SDL_GetModState();
-  return static_cast<int16_t>(((m & KMOD_SHIFT) ? 1 : 0) | ((m & KMOD_CTRL) ? 2 : 0) | ((m & KMOD_ALT) ? 4 : 0));
-}
 
 int16_t Button_Of(uint8_t sdl_button) {
   switch (sdl_button) {
@@ -36,18 +32,21 @@ void Collect_SDL_Events() {
       case SDL_KEYUP:
         // Key repeats arrive as further key-downs, as the window system sends them.
         out.kind = e.type == SDL_KEYDOWN ? EventKind::KeyDown : EventKind::KeyUp;
-        out.key = Virtual_Key(e.key.keysym.sym);
+        out.key = detail::Virtual_Key(e.key.keysym.sym);
         if (out.key == 0) continue;
+        out.shift = detail::Shift_Bits(e.key.keysym.mod);
         break;
       case SDL_MOUSEBUTTONDOWN:
       case SDL_MOUSEBUTTONUP:
         out.kind = e.type == SDL_MOUSEBUTTONDOWN ? EventKind::MouseDown : EventKind::MouseUp;
         out.button = Button_Of(e.button.button);
-        Window_To_Backbuffer(static_cast<float>(e.button.x), static_cast<float>(e.button.y), out.x, out.y);
+        out.shift = detail::Shift_Bits(SDL_GetModState());
+        detail::Window_To_Backbuffer(static_cast<float>(e.button.x), static_cast<float>(e.button.y), out.x, out.y);
         break;
       case SDL_MOUSEMOTION:
         out.kind = EventKind::MouseMove;
-        Window_To_Backbuffer(static_cast<float>(e.motion.x), static_cast<float>(e.motion.y), out.x, out.y);
+        out.shift = detail::Shift_Bits(SDL_GetModState());
+        detail::Window_To_Backbuffer(static_cast<float>(e.motion.x), static_cast<float>(e.motion.y), out.x, out.y);
         break;
       case SDL_QUIT:
         out.kind = EventKind::Quit;
@@ -62,31 +61,33 @@ void Collect_SDL_Events() {
 
 void Set_Input_Handlers(const InputHandlers& handlers) { g_handlers = handlers; }
 void Post_Event(const InputEvent& e) { g_queue.push_back(e); }
-void Set_Pump_Hook(std::function<void(uint64_t)> hook) { g_hook = std::move(hook); }
+void Set_Pump_Hook(std::function<void(uint64_t)> hook) {
+  g_hook = std::move(hook);
+  g_pump_count = 0;
+}
 
 void Pump_Messages() {
   if (g_hook) g_hook(g_pump_count);
   ++g_pump_count;
   Collect_SDL_Events();
-  const int16_t shift = Shift_State();
   while (!g_queue.empty()) {
     const InputEvent e = g_queue.front();
     g_queue.pop_front();
     switch (e.kind) {
       case EventKind::KeyDown:
-        if (g_handlers.key_down) g_handlers.key_down(e.key, shift);
+        if (g_handlers.key_down) g_handlers.key_down(e.key, e.shift);
         break;
       case EventKind::KeyUp:
-        if (g_handlers.key_up) g_handlers.key_up(e.key, shift);
+        if (g_handlers.key_up) g_handlers.key_up(e.key, e.shift);
         break;
       case EventKind::MouseDown:
-        if (g_handlers.mouse_down) g_handlers.mouse_down(e.button, shift, e.x, e.y);
+        if (g_handlers.mouse_down) g_handlers.mouse_down(e.button, e.shift, e.x, e.y);
         break;
       case EventKind::MouseUp:
-        if (g_handlers.mouse_up) g_handlers.mouse_up(e.button, shift, e.x, e.y);
+        if (g_handlers.mouse_up) g_handlers.mouse_up(e.button, e.shift, e.x, e.y);
         break;
       case EventKind::MouseMove:
-        if (g_handlers.mouse_move) g_handlers.mouse_move(e.button, shift, e.x, e.y);
+        if (g_handlers.mouse_move) g_handlers.mouse_move(e.button, e.shift, e.x, e.y);
         break;
       case EventKind::Quit:
         if (g_handlers.quit) g_handlers.quit();

@@ -31,7 +31,7 @@ out vec2 v_uv;
 
 void main() {
   if (u_kind == 0) {
-    // Screen pixels with integer centres, as the original's rasteriser has them.
+    // Screen pixels with integer centres, as the game's 2D and 3D art expect.
     float w = a_pos.w > 0.0 ? 1.0 / a_pos.w : 1.0;
     vec2 ndc = vec2((a_pos.x + 0.5 - u_viewport.x) / u_viewport.z * 2.0 - 1.0,
                     1.0 - (a_pos.y + 0.5 - u_viewport.y) / u_viewport.w * 2.0);

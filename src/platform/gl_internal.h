@@ -7,10 +7,17 @@
 
 namespace platform::detail {
 
+// An image's texture on the GPU.
+struct GpuState {
+  uint32_t texture = 0;     // GL name, 0 when none
+  uint64_t generation = 0;  // the context it belongs to
+  bool stale = true;        // CPU pixels changed since upload
+};
+
 // True while a GL context is current.
 bool Gl_Ready();
 // Deletes the image's texture if it belongs to the live context.
-void Forget_Texture(Image::GpuState& gpu);
+void Forget_Texture(GpuState& gpu);
 // Uploads the image when its texture is missing or stale; returns the GL name (0: none).
 uint32_t Texture_Of(Image& image);
 

@@ -47,11 +47,15 @@ uint32_t From_Argb(PixelFormat format, uint32_t argb) {
 }
 
 Image::Image(int width, int height, PixelFormat format, ImageKind kind)
-    : width_(width), height_(height), format_(format), kind_(kind) {
+    : width_(width), height_(height), format_(format), kind_(kind), gpu_(std::make_unique<detail::GpuState>()) {
   if (kind == ImageKind::Memory) pixels_.assign(size_t(width) * size_t(height) * size_t(Masks_Of(format).bytes), 0);
 }
 
-Image::~Image() { detail::Forget_Texture(gpu_); }
+Image::~Image() { detail::Forget_Texture(*gpu_); }
+
+namespace detail {
+GpuState& Gpu_Of(Image& image) { return *image.gpu_; }
+}  // namespace detail
 
 ImageRef Image::Create(int width, int height, PixelFormat format) {
   if (width < 1 || height < 1 || width > 16384 || height > 16384) return nullptr;
@@ -68,7 +72,7 @@ uint8_t* Image::Lock() {
   return pixels_.empty() ? nullptr : pixels_.data();
 }
 
-void Image::Unlock() { gpu_.stale = true; }
+void Image::Unlock() { gpu_->stale = true; }
 
 uint32_t Image::Pixel(int x, int y) const {
   if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
@@ -89,18 +93,18 @@ void Image::Set_Pixel(int x, int y, uint32_t raw) {
   } else {
     std::memcpy(p, &raw, 4);
   }
-  gpu_.stale = true;
+  gpu_->stale = true;
 }
 
 void Image::Set_Color_Key(uint32_t raw_key) {
   has_key_ = true;
   key_ = raw_key;
-  gpu_.stale = true;
+  gpu_->stale = true;
 }
 
 void Image::Clear_Color_Key() {
   has_key_ = false;
-  gpu_.stale = true;
+  gpu_->stale = true;
 }
 
 bool Image::Is_Key_Pixel(uint32_t raw) const {

@@ -1,8 +1,8 @@
 #include <SDL.h>
 
-#include "platform/platform.h"
+#include "platform/sdl_internal.h"
 
-namespace platform {
+namespace platform::detail {
 
 int16_t Virtual_Key(int32_t k) {
   if (k >= SDLK_a && k <= SDLK_z) return static_cast<int16_t>(65 + (k - SDLK_a));
@@ -61,4 +61,8 @@ int16_t Virtual_Key(int32_t k) {
   }
 }
 
-}  // namespace platform
+int16_t Shift_Bits(uint16_t m) {
+  return static_cast<int16_t>(((m & KMOD_SHIFT) ? 1 : 0) | ((m & KMOD_CTRL) ? 2 : 0) | ((m & KMOD_ALT) ? 4 : 0));
+}
+
+}  // namespace platform::detail

@@ -29,6 +29,10 @@ enum class ImageKind : uint8_t { Memory, Primary, BackBuffer, DepthBuffer };
 
 class Image;
 using ImageRef = std::shared_ptr<Image>;
+namespace detail {
+struct GpuState;
+GpuState& Gpu_Of(Image& image);
+}  // namespace detail
 
 // One picture: a CPU copy of its pixels and a GL texture uploaded on demand, so images
 // can be made, filled and inspected with no display at all. The display's buffers are
@@ -69,14 +73,6 @@ class Image {
   uint32_t Color_Key() const { return key_; }
   bool Is_Key_Pixel(uint32_t raw) const;
 
-  // The GL side's bookkeeping (used by the display layer only).
-  struct GpuState {
-    uint32_t texture = 0;     // GL name, 0 when none
-    uint64_t generation = 0;  // the context it belongs to
-    bool stale = true;        // CPU pixels changed since upload
-  };
-  GpuState& Gpu() { return gpu_; }
-  void Mark_Stale() { gpu_.stale = true; }
 
  private:
   Image(int width, int height, PixelFormat format, ImageKind kind);
@@ -86,7 +82,9 @@ class Image {
   std::vector<uint8_t> pixels_;
   bool has_key_ = false;
   uint32_t key_ = 0;
-  GpuState gpu_;
+  // The GL side's bookkeeping, known only inside the platform layer.
+  friend detail::GpuState& detail::Gpu_Of(Image& image);
+  std::unique_ptr<detail::GpuState> gpu_;
 };
 
 // Loads a .bmp file into a new image of the format, scaled nearest-neighbour to
@@ -107,7 +105,7 @@ bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw);
 bool Read_Backbuffer(const Rect& rect, uint32_t* argb_out);
 
 // --- display ------------------------------------------------------------------
-// The device identifiers the settings file stores, kept from the original game.
+// The device identifiers the settings file stores.
 inline constexpr const char* kHardwareDevice = "IID_IDirect3DHALDevice";
 inline constexpr const char* kSoftwareDevice = "IID_IDirect3DRGBDevice";
 

@@ -1,9 +1,29 @@
 #pragma once
-// Internal to the platform layer: shared SDL handles between its files.
+// Internal to the platform layer: shared SDL handles and window geometry between its files.
 #include <SDL.h>
+
+#include <cstdint>
 
 namespace platform::detail {
 SDL_Window* Window();
 // True when SDL runs without a real display (offscreen or dummy driver, or none at all).
 bool Headless();
+
+// Where the back buffer lies in the window's drawable, in drawable pixels: scaled to fit,
+// centred, aspect kept. Recomputed only when the drawable or the back buffer changes size.
+struct Letterbox {
+  int x0 = 0, y0 = 0, width = 0, height = 0;  // zero size: nothing to show
+  float scale = 1.0f;                         // drawable pixels per back-buffer pixel
+  float points_to_pixels = 1.0f;              // window coordinates to drawable pixels
+};
+const Letterbox& Current_Letterbox();
+// The display tells the window the back buffer's size (0 x 0 when it goes).
+void Set_Backbuffer_Size(int width, int height);
+// Window coordinates to back-buffer pixels, clamped to the back buffer.
+void Window_To_Backbuffer(float wx, float wy, float& bx, float& by);
+
+// Windows virtual-key code of an SDL keycode (0 when the key has none).
+int16_t Virtual_Key(int32_t sdl_keycode);
+// The modifier bits of an SDL modifier state: 1 Shift, 2 Ctrl, 4 Alt.
+int16_t Shift_Bits(uint16_t sdl_mod);
 }  // namespace platform::detail

@@ -1,5 +1,6 @@
 #include <SDL.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/platform.h"
@@ -42,25 +43,52 @@ void Close_Window() {
 
 bool Window_Open() { return g_window != nullptr; }
 
+namespace detail {
+namespace {
+Letterbox g_letterbox;
+int g_seen_dw = -1, g_seen_dh = -1, g_seen_bw = -1, g_seen_bh = -1;
+}  // namespace
+
 void Set_Backbuffer_Size(int width, int height) {
   g_bb_width = width;
   g_bb_height = height;
 }
 
+const Letterbox& Current_Letterbox() {
+  int dw = 0, dh = 0, ww = 0, wh = 0;
+  if (g_window != nullptr) {
+    SDL_GL_GetDrawableSize(g_window, &dw, &dh);
+    SDL_GetWindowSize(g_window, &ww, &wh);
+  }
+  if (dw == g_seen_dw && dh == g_seen_dh && g_bb_width == g_seen_bw && g_bb_height == g_seen_bh)
+    return g_letterbox;
+  g_seen_dw = dw, g_seen_dh = dh, g_seen_bw = g_bb_width, g_seen_bh = g_bb_height;
+  g_letterbox = Letterbox{};
+  if (dw > 0 && dh > 0 && g_bb_width > 0 && g_bb_height > 0) {
+    const double scale = std::min(double(dw) / g_bb_width, double(dh) / g_bb_height);
+    g_letterbox.width = int(g_bb_width * scale + 0.5);
+    g_letterbox.height = int(g_bb_height * scale + 0.5);
+    g_letterbox.x0 = (dw - g_letterbox.width) / 2;
+    g_letterbox.y0 = (dh - g_letterbox.height) / 2;
+    g_letterbox.scale = static_cast<float>(scale);
+    g_letterbox.points_to_pixels = ww > 0 ? static_cast<float>(dw) / ww : 1.0f;
+  }
+  return g_letterbox;
+}
+
 void Window_To_Backbuffer(float wx, float wy, float& bx, float& by) {
-  int ww = 0, wh = 0;
-  if (g_window != nullptr) SDL_GetWindowSize(g_window, &ww, &wh);
-  if (ww <= 0 || wh <= 0 || g_bb_width <= 0 || g_bb_height <= 0) {
+  const Letterbox& lb = Current_Letterbox();
+  if (lb.width <= 0 || lb.height <= 0) {
     bx = wx;
     by = wy;
     return;
   }
-  // The back buffer is shown scaled to fit, centred, aspect kept.
-  const float scale = std::min(static_cast<float>(ww) / g_bb_width, static_cast<float>(wh) / g_bb_height);
-  const float ox = (ww - g_bb_width * scale) / 2.0f;
-  const float oy = (wh - g_bb_height * scale) / 2.0f;
-  bx = (wx - ox) / scale;
-  by = (wy - oy) / scale;
+  bx = (wx * lb.points_to_pixels - lb.x0) / lb.scale;
+  by = (wy * lb.points_to_pixels - lb.y0) / lb.scale;
+  // The borders belong to no pixel: a pointer over them sits on the nearest edge.
+  bx = std::clamp(bx, 0.0f, static_cast<float>(g_bb_width - 1));
+  by = std::clamp(by, 0.0f, static_cast<float>(g_bb_height - 1));
 }
+}  // namespace detail
 
 }  // namespace platform

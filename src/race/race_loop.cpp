@@ -7,6 +7,7 @@
 #include "platform/platform.h"
 #include "race/modGameLoop.h"
 #include "vehicle/clsHumanPlayer.h"
+#include "vehicle/players.h"
 
 namespace modGameLoop {
 

@@ -11,6 +11,7 @@
 #include "race/modGameLoop.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
+#include "vehicle/players.h"
 
 namespace modGameLoop {
 

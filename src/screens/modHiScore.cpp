@@ -1,6 +1,6 @@
 #include "screens/modHiScore.h"
 
-#include "core/plain_screen.h"
+#include "audio_input/plain_screen.h"
 
 namespace modHiScore {
 

@@ -4,6 +4,7 @@
 
 #include "core/modMain.h"
 #include "vehicle/clsHumanPlayer.h"
+#include "vehicle/players.h"
 #include "vehicle/racer_box.h"
 
 namespace modMain {

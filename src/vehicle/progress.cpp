@@ -18,7 +18,6 @@ i16 Laps(const clsHumanPlayer& r) { return static_cast<i16>(r.cCheatMinusLaps + 
 void clsHumanPlayer::Track_Corner_Blocks() {
   const int last_block = modTracks::TrackBlock.Upper();
   for (int j = 0; j < 4; ++j) {
-    const i16 block_before = BlockOfCorner[j];
     Vector3 hit;
     // Forward first, so a corner that has just entered a block is tested against that
     // block's back edge, which its forward move cannot cross: nothing counts twice.
@@ -65,16 +64,6 @@ void clsHumanPlayer::Track_Corner_Blocks() {
         Wall_Bounce(hit, entered->EdgeNormal[3], ShipCorners[j]);
       }
       cWRONGWAY = kTrue;
-    }
-
-    // On the outside of a curve the new block's side edge bends in from the old one's
-    // line, so a corner rubbing the outer wall can cross into the new block already past
-    // its edge, tested only against the old block. From there no later move crosses the
-    // edge outward and the racer would slide off the road for good. Test this frame's
-    // move against the new block's sides too.
-    if (BlockOfCorner[j] != block_before) {
-      Side_Wall(0, j);
-      Side_Wall(1, j);
     }
   }
 }

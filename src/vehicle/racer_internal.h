@@ -3,6 +3,7 @@
 #include "core/modMain.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
+#include "vehicle/players.h"
 
 namespace vehicle_detail {
 

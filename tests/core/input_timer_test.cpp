@@ -3,7 +3,9 @@
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "platform/platform.h"
+#include "platform/testing.h"
 #include "vehicle/clsHumanPlayer.h"
+#include "vehicle/players.h"
 
 using namespace modMain;
 using namespace frmMain;
@@ -111,26 +113,16 @@ TEST_F(InputTest, MouseButtonsAndRounding) {
 TEST_F(InputTest, PumpDeliversQueuedEventsInOrder) {
   frmMain::Show();
   clsHumanPlayer& p = Add_Player();
-  platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0});
-  platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0});  // a repeat
-  platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 100.5f, 7.0f});
-  platform::Post_Event({platform::EventKind::KeyUp, 38, 0, 0, 0});
+  platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0, 0});
+  platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0, 0});  // a repeat
+  platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, 100.5f, 7.0f});
+  platform::Post_Event({platform::EventKind::KeyUp, 38, 0, 0, 0, 0});
   EXPECT_EQ(p.Thrust, kFalse);  // nothing happens before the pump
   platform::Pump_Messages();
   EXPECT_EQ(p.Thrust, kFalse);
   EXPECT_EQ(MouseX, 100);
   EXPECT_EQ(MouseY, 7);
   frmMain::Unload();
-}
-
-TEST(VirtualKeys, TableCoversTheGameKeys) {
-  constexpr int32_t kScan = 1 << 30;  // SDL's keys without a character
-  const std::pair<int32_t, int16_t> cases[] = {
-      {'a', 65}, {'z', 90}, {'0', 48}, {'9', 57}, {'\r', 13}, {27, 27}, {' ', 32}, {'\b', 8},
-      {';', 186}, {'\'', 222}, {kScan | 80, 37}, {kScan | 82, 38}, {kScan | 79, 39}, {kScan | 81, 40},
-      {kScan | 58, 112}, {kScan | 69, 123}, {kScan | 98, 96}, {kScan | 97, 105}, {kScan | 225, 16},
-      {kScan | 229, 16}, {kScan | 88, 13}};
-  for (const auto& [sdl, vk] : cases) EXPECT_EQ(platform::Virtual_Key(sdl), vk) << sdl;
 }
 
 class FrameTimerTest : public ::testing::Test {

@@ -5,13 +5,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <thread>
 
+#include "app/startup.h"
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "platform/platform.h"
+#include "platform/testing.h"
 #include "support/test_env.h"
 
 extern char** environ;
@@ -157,4 +160,30 @@ TEST(WholeRun, ExecutableStartsAndEndsCleanlyWhenToldTo) {
   ASSERT_GE(lines.size(), kShutdownLines.size());
   EXPECT_EQ(std::vector<std::string>(lines.end() - static_cast<long>(kShutdownLines.size()), lines.end()),
             kShutdownLines);
+}
+
+TEST(WholeRun, MissingFontPictureIsNamedAndTheGameEndsInOrder) {
+  testenv::ScratchAppDir dir;
+  dir.Copy_From_Game("Gfx");
+  std::filesystem::remove(dir.path() + "/Gfx/Font1.bmp");
+  Write_Ini("1", "<none>");
+  platform::Use_Manual_Clock(true);
+  bool looped = false;
+  platform::Set_Pump_Hook([&](uint64_t) {
+    looped = true;
+    platform::Post_Event({platform::EventKind::Quit});
+  });
+  EXPECT_EQ(modMain::Main(), 0);
+  platform::Set_Pump_Hook(nullptr);
+  platform::Use_Manual_Clock(false);
+
+  EXPECT_FALSE(looped);  // no screen ran without its text
+  const auto lines = testenv::Read_Lines_CRLF(modMain::Log_Path());
+  const auto fonts = std::find(lines.begin(), lines.end(), "Making Fonts...");
+  ASSERT_NE(fonts, lines.end());
+  const std::vector<std::string> after(fonts, lines.end());
+  std::vector<std::string> expected = {"Making Fonts...", "Loading Font0.bmp...", "...Done", "Loading Font1.bmp...",
+                                       "Font file " + dir.path() + "/Gfx/Font1.bmp could not be loaded"};
+  for (const auto& l : kShutdownLines) expected.push_back(l);
+  EXPECT_EQ(after, expected);
 }

@@ -41,7 +41,7 @@ TEST_F(DisplayTest, StartUpLogsEveryStepInOrderAndPicksTheBestDevice) {
       "D3D object created", "Device found - <none>", "Z-buffer created", "Z-buffer Attached to backbuffer",
       "Device Created", "...D3D initialized", "", "Loading Font0.bmp...", "...Done", "Loading Font1.bmp...",
       "...Done", "Loading Font2.bmp...", "...Done"};
-  modText::Load_Fonts();
+  { std::string missing; modText::Load_Fonts(missing); }
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), expected);
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
   EXPECT_EQ(BackBuffer->Width(), 640);
@@ -101,7 +101,7 @@ TEST_F(DisplayTest, BlitsOntoTheBackBufferLeaveKeyPixelsAndClipAtTheEdges) {
 }
 
 TEST_F(DisplayTest, DrawTextPutsEachGlyphInItsCell) {
-  modText::Load_Fonts();
+  { std::string missing; modText::Load_Fonts(missing); }
   const Surface& font = modText::Fonts[0];
   ASSERT_TRUE(font);
   Clear_Screen();

@@ -136,15 +136,45 @@ TEST(XFileReader, FrameTransformsAreAppliedAndMirrorsKeepFacesOutward) {
   EXPECT_FLOAT_EQ(m.box_max.y, 1.0f);
   Expect_Box_Normals(m);
 
-  // A mesh beside the frames is read too, untransformed.
-  const xfile::Model two = Read_Ok(text + kSharedCube);
-  EXPECT_EQ(two.groups.size(), 2u);
-  EXPECT_FLOAT_EQ(two.box_min.x, 0.0f);
+  // A frame turning 90 degrees about y takes +x to -z (rows are the images of the axes).
+  const xfile::Model turned =
+      Read_Ok(kHeader + "Frame { FrameTransformMatrix { 0,0,-1,0, 0,1,0,0, 1,0,0,0, 0,0,0,1;; }\n" +
+              "Mesh { 3; 2;0;0;, 3;0;0;, 2;1;0;; 1; 3;0,1,2;; } }");
+  EXPECT_EQ((std::array{turned.box_min.x, turned.box_max.x, turned.box_min.z, turned.box_max.z}),
+            (std::array{0.0f, 0.0f, -3.0f, -2.0f}));
+}
+
+TEST(XFileReader, TheFirstMeshIsReadAndFramesOnlyWhenThereIsNone) {
+  const std::string framed =
+      "Frame f { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" + kSharedCube + "}";
+  const std::string tri = "Mesh tri { 3; 5;0;0;, 6;0;0;, 5;1;0;; 1; 3;0,1,2;; }\n";
+  // Frames before, beside and after the first mesh, and a second mesh: only the first is read.
+  for (const std::string& text : {framed + tri + kSharedCube, tri + framed + kSharedCube + framed}) {
+    const xfile::Model m = Read_Ok(kHeader + text);
+    ASSERT_EQ(m.groups.size(), 1u) << text;
+    EXPECT_EQ(Triangles(m.groups[0]), 1u);
+    EXPECT_EQ((std::array{m.box_min.x, m.box_max.x}), (std::array{5.0f, 6.0f}));
+  }
+  // No mesh at the top: the first frame hierarchy, with its transform; not the second.
+  const xfile::Model m = Read_Ok(kHeader + framed + "Frame g { " + tri + "}");
+  ASSERT_EQ(m.groups.size(), 1u);
+  EXPECT_EQ(Triangles(m.groups[0]), 12u);
+  EXPECT_EQ((std::array{m.box_min.x, m.box_max.x}), (std::array{10.0f, 11.0f}));
+}
+
+TEST(XFileReader, AShortMaterialListCarriesItsLastIndexOn) {
+  const std::string mat = "Material { 1;1;1;1;; 0; 0;0;0;; 0;0;0;; }";
+  const xfile::Model m = Read_Ok(kHeader + "Mesh { 4; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;; 3; 3;0,1,2;, 3;0,2,3;, 3;1,2,3;;" +
+                                 " MeshMaterialList { 2; 2; 0, 1;; " + mat + mat + " } }");
+  ASSERT_EQ(m.groups.size(), 2u);
+  EXPECT_EQ(std::pair(Triangles(m.groups[0]), Triangles(m.groups[1])), std::pair(size_t{1}, size_t{2}));
 }
 
 TEST(XFileReader, RefusesDataThatDisagreesWithItsCounts) {
   const std::string tri = "3; 0;0;0;, 0;1;0;, 1;0;0;;", one = "Mesh { " + tri + " 1; 3;0,1,2;; ";
   const std::string mat = "Material { 1;1;1;1;; 0; 0;0;0;; 0;0;0;; ";
+  const std::string big_power = "Material { 1;1;1;1;; 1e39; 0;0;0;; 0;0;0;; ";
+  const std::string big_colour = "Material { 1;1;1;1;; 0; 0;0;0;; 0;-4e38;0;; ";
   std::string deep = one + "}";
   for (int i = 0; i < 60; ++i) deep = "Frame {" + deep + "}";
   const std::pair<const char*, std::string> cases[] = {
@@ -164,6 +194,10 @@ TEST(XFileReader, RefusesDataThatDisagreesWithItsCounts) {
       {"unterminated string", one + "MeshMaterialList { 1; 1; 0;; " + mat + "TextureFilename { \"x.bmp; } } } }"},
       {"bad number", "Mesh { 3; 0;0;0;, 0;1e999;0;, 1;0;0;; 1; 3;0,1,2;; }"},
       {"huge coordinate", "Mesh { 3; 0;0;0;, 0;1e30;0;, 1;0;0;; 1; 3;0,1,2;; }"},
+      {"texcoord beyond a float", one + "MeshTextureCoords { 3; 0;0;, 1e39;0;, 1;0;; } }"},
+      {"texcoord below a float", one + "MeshTextureCoords { 3; 0;0;, 0;-1e39;, 1;0;; } }"},
+      {"material power beyond a float", one + "MeshMaterialList { 1; 1; 0;; " + big_power + "} } }"},
+      {"material colour beyond a float", one + "MeshMaterialList { 1; 1; 0;; " + big_colour + "} } }"},
       {"stray character", one + "} @"},
       {"no mesh", "Frame f { }"},
       {"nesting too deep", deep},

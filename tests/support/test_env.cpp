@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "platform/platform.h"
+#include "platform/testing.h"
 
 namespace fs = std::filesystem;
 

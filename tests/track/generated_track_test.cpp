@@ -82,9 +82,10 @@ TEST_F(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenBlocksWithDrivableHillsAndB
     max_step = std::max({max_step, std::fabs(c[0].y - c[2].y), std::fabs(c[1].y - c[3].y)});
   }
   // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need
-  // the heading to change only a little from one block to the next.
+  // the heading to change only a little from one block to the next, and a corner rubbing
+  // the outer wall slips past the next block's bent-in edge by its move times that kink.
   EXPECT_TRUE(lap > 6000 && lap < 12000) << lap;
-  EXPECT_LT(widest_turn, 5.0 * 3.14159265 / 180);
+  EXPECT_LT(widest_turn, 3.5 * 3.14159265 / 180);
   EXPECT_LT(max_step, trackgen::kStepGuard / 2);
   EXPECT_GT(high - low, 30) << "the circuit has hills";
   EXPECT_TRUE(banked);

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "racer_fixture.h"
+#include "vehicle/players.h"
 
 using namespace vehicle_test;
 
@@ -48,19 +49,32 @@ TEST_F(Collisions, WallBouncePutsTheCrossingCornerOnTheEdgeWithTheShipsGrip) {
   }
 }
 
-TEST_F(Collisions, OuterWallOfACurveHoldsACornerEnteringTheNextBlock) {
+TEST_F(Collisions, SideWallsAreTestedAgainstTheBlockACornerStartsTheFrameOn) {
   // Block 1 turns right: its left edge runs from (-5, 10) to (-3, 20), in from block 0's line.
   auto bend = Block(-5, 5, 10, 20);
   bend.Corner[2] = {7, 0, 20}, bend.Corner[3] = {-3, 0, 20};
   bend.EdgeNormal[0] = {0.98058f, 0, -0.19612f}, bend.EdgeNormal[1] = {-0.98058f, 0, 0.19612f};
   Set_Track({Block(-5, 5, 0, 10), bend});
   RA::WallGrip(r) = 0.8f;
+
+  // Through block 0's left side and its front edge at once: bounced back onto block 0's
+  // side, so the corner never reaches block 1.
   Place(0, -3.9f, 7);  // corner 1 at (-4.9, 9), just inside block 0's left wall
-  Move(0, -3.9f, 9);   // to (-4.9, 11): inside block 0's line, outside block 1's edge
+  Move(0, -4.9f, 9);   // corner 1 to (-5.9, 11), crossing x = -5 at z = 9.2
+  EXPECT_EQ(RA::BlockOf(r, 1), 0);
+  EXPECT_NEAR(RA::Corners(r)[1].x, -5.0f, 1e-5);
+  EXPECT_NEAR(RA::Corners(r)[1].z, 9.2f, 1e-5);
+  EXPECT_NEAR(r.PositionX, -4.0f, 1e-5);
+
+  // Along block 0's wall into block 1 past its bent-in edge: block 0's side was not crossed
+  // and block 1's is not tested this frame, so the corner goes on unbounced.
+  Place(0, -3.9f, 7);
+  RA::Set_Blocks(r, 0);
+  Move(0, -3.9f, 9);  // corner 1 to (-4.9, 11): 0.1 outside block 1's edge
   EXPECT_EQ(RA::BlockOf(r, 1), 1);
   EXPECT_NEAR(RA::Corners(r)[1].x, -4.9f, 1e-5);
-  EXPECT_NEAR(RA::Corners(r)[1].z, 10.5f, 1e-4);  // on block 1's left edge
-  EXPECT_NEAR(r.PositionZ, 8.5f, 1e-4);
+  EXPECT_NEAR(RA::Corners(r)[1].z, 11.0f, 1e-5);
+  EXPECT_EQ(r.PositionZ, 9.0f);
 }
 
 TEST_F(Collisions, RacersBounceOnlyWhenCloseOverlappingAndClosing) {

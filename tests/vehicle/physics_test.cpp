@@ -5,6 +5,7 @@
 
 #include "mathmesh/modMATH.h"
 #include "racer_fixture.h"
+#include "vehicle/players.h"
 
 using namespace vehicle_test;
 

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "racer_fixture.h"
+#include "vehicle/players.h"
 
 using namespace vehicle_test;
 

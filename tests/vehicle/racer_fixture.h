@@ -9,6 +9,7 @@
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
 #include "vehicle/racer_box.h"
+#include "vehicle/players.h"
 
 struct RacerTestAccess {
   static float& HalfWidth(clsHumanPlayer& r) { return r.HalfWidth; }

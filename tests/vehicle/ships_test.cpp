@@ -10,6 +10,7 @@
 #include "racer_fixture.h"
 #include "support/test_env.h"
 #include "vehicle/ships_dat.h"
+#include "vehicle/players.h"
 
 using namespace vehicle_test;
 

@@ -32,22 +32,25 @@ Piece Curve(double turn, double radius, double bank, double end_height, double m
 
 // The circuit, clockwise seen from above, starting on the start/finish line heading +z.
 // Pieces 5 and 9 (the long back straights) get the lengths that close the loop.
+// Radii stay wide: a corner's side wall is the side of the block it started the frame on,
+// so the sharper the bend from block to block, the further a corner rubbing the outer wall
+// slips past the next block's edge unseen.
 std::vector<Piece> Design() {
   return {
       Straight(880, 10),                // 0: main straight, grid on its first 300 units
-      Curve(90, 260, 5, 18),            // 1: banked right-hander, climbing
+      Curve(90, 330, 5, 18),            // 1: banked right-hander, climbing
       Straight(680, 16, 36),            // 2: crest
-      Curve(-60, 320, 0, 8),            // 3: level left kink
-      Curve(150, 230, 6, 0),            // 4: long banked right sweeper, down
+      Curve(-60, 400, 0, 8),            // 3: level left kink
+      Curve(150, 300, 6, 0),            // 4: long banked right sweeper, down
       Straight(0, 6, 34),               // 5: back straight over a big hill
-      Curve(45, 300, 0, 0),             // 6: level right
+      Curve(45, 380, 0, 0),             // 6: level right
       Straight(220, -8),                // 7: short link, dipping
-      Curve(45, 300, 3, -14),           // 8: right into the hollow
+      Curve(45, 380, 3, -14),           // 8: right into the hollow
       Straight(0, -4, -8),              // 9: return straight
-      Curve(-40, 340, 3, 2),            // 10: esses, left...
-      Curve(40, 340, 3, 4),             // 11: ...and right
+      Curve(-40, 420, 3, 2),            // 10: esses, left...
+      Curve(40, 420, 3, 4),             // 11: ...and right
       Straight(160, 0),                 // 12
-      Curve(90, 260, 5, 0),             // 13: banked right onto the main straight
+      Curve(90, 330, 5, 0),             // 13: banked right onto the main straight
       Straight(460, 0),                 // 14: run-up to the line, level
   };
 }

@@ -1,7 +1,9 @@
 // Start-up, the game-state loop and shutdown.
 #include <ctime>
+#include <string>
 
 #include "audio_input/frmMain.h"
+#include "app/startup.h"
 #include "core/modMain.h"
 #include "frontend/frmSetup.h"
 #include "frontend/modIntro.h"
@@ -44,11 +46,7 @@ int Main() {
   Write_Log("Reading Quorval.ini...");
   Read_Settings();
   Write_Log("...Done");
-  if (SkipSetup == 0) {
-    frmSetup::Show();
-  } else {
-    Init_Game();
-  }
+  if (SkipSetup != 0 || frmSetup::Show()) Init_Game();
   return 0;
 }
 
@@ -69,7 +67,14 @@ void Init_Game() {
   Running = kTrue;
   Update_Frame_Timer();
   Write_Log("Making Fonts...");
-  modText::Load_Fonts();
+  std::string missing_font;
+  if (!modText::Load_Fonts(missing_font)) {
+    // Every screen speaks through these pictures: without one the game cannot be played.
+    platform::Message_Box("Brindlex Quorval cannot start: the font picture " + missing_font +
+                          " is missing or unreadable.");
+    Kill_Everything();
+    return;
+  }
   Write_Log("Fonts created");
   Write_Log("Initialising Sound and Music...");
   frmMain::Init_Streaming_Music();
@@ -101,6 +106,7 @@ void Kill_Everything() {
   Write_Log("Cooperative level set back to normal");
   frmMain::Kill_DSound();
   Write_Log("DSound Killed");
+  modText::Release_Fonts();  // their textures go with the device
   mod3Denhance::Release_ZBuffer();
   Write_Log("Z-buffer Killed");
   mod3Denhance::Release_D3DDevice();

@@ -1,4 +1,4 @@
-#include "core/plain_screen.h"
+#include "audio_input/plain_screen.h"
 
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
