@@ -182,26 +182,27 @@ Picture Thrust() {
 }
 
 // Dusk sky: deep blue overhead, a warm glow at the horizon, soft clouds, and two ranges
-// of blue hills. Everything wraps left to right.
+// of blue hills. The chase camera puts the horizon between a tenth and two fifths of the
+// way down the screen, so the hills stand there. Everything wraps left to right.
 Picture Sky() {
   constexpr int kSide = 256;
   Picture p(kSide, kSide);
-  constexpr double kHorizon = 0.62;  // where the far hills meet the sky
+  constexpr double kHorizon = 0.36;  // the foot of the far hills
   for (int y = 0; y < kSide; ++y)
     for (int x = 0; x < kSide; ++x) {
       const double u = (x + 0.5) / kSide, v = (y + 0.5) / kSide;
-      Rgb c = Mix(Rgb{22, 44, 110}, Rgb{70, 120, 200}, Smooth(0.0, 0.45, v));
-      c = Mix(c, Rgb{250, 176, 110}, Smooth(0.35, kHorizon, v) * 0.85);
-      const double cloud = Fbm(u, v * 3.0, 4, 4, 7);
-      const double band = Smooth(0.05, 0.25, v) * (1 - Smooth(0.42, 0.55, v));
-      const double cover = Smooth(0.52, 0.75, cloud) * band;
-      const Rgb cloud_colour = Mix(Rgb{235, 225, 240}, Rgb{250, 190, 150}, Smooth(0.2, 0.5, v));
-      c = Mix(c, Mix(cloud_colour, Scale(cloud_colour, 0.7), Smooth(0.6, 0.9, cloud)), cover * 0.85);
-      // Far hills, then nearer darker ones.
-      const double far = kHorizon - 0.10 * Fbm(u, 0.5, 3, 4, 17);
-      const double near = kHorizon + 0.02 - 0.07 * Fbm(u, 1.5, 5, 4, 19);
-      if (v > far) c = Mix(Rgb{92, 108, 150}, Rgb{70, 84, 126}, Smooth(far, far + 0.15, v));
-      if (v > near) c = Mix(Rgb{46, 62, 84}, Rgb{30, 46, 52}, Smooth(near, near + 0.2, v));
+      Rgb c = Mix(Rgb{18, 36, 98}, Rgb{64, 112, 196}, Smooth(0.0, 0.22, v));
+      c = Mix(c, Rgb{252, 180, 112}, Smooth(0.16, kHorizon, v) * 0.9);
+      const double cloud = Fbm(u, v * 4.0, 4, 4, 7);
+      const double band = Smooth(0.0, 0.06, v) * (1 - Smooth(0.2, 0.3, v));
+      const double cover = Smooth(0.5, 0.72, cloud) * band;
+      const Rgb cloud_colour = Mix(Rgb{240, 236, 246}, Rgb{252, 196, 160}, Smooth(0.08, 0.26, v));
+      c = Mix(c, Mix(cloud_colour, Scale(cloud_colour, 0.82), Smooth(0.65, 0.9, cloud)), cover * 0.9);
+      // Far hills, then nearer darker ones, then a hazy valley floor down to the bottom.
+      const double far = kHorizon - 0.13 * Fbm(u, 0.5, 3, 4, 17);
+      const double near = kHorizon + 0.03 - 0.09 * Fbm(u, 1.5, 6, 4, 19);
+      if (v > far) c = Mix(Rgb{110, 118, 160}, Rgb{78, 90, 134}, Smooth(far, far + 0.12, v));
+      if (v > near) c = Mix(Rgb{52, 70, 92}, Rgb{36, 62, 52}, Smooth(near, near + 0.25, v));
       p.at(x, y) = Pack(c);
     }
   return p;
