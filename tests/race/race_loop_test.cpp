@@ -158,6 +158,7 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
       EXPECT_EQ(modMain::GameClock, paused_clock) << "the race clock stands still while paused";
       const auto resume = Text_Area(260, 220, 0, 6);
       const auto quit = Text_Area(230, 250, 0, 9);
+      if (resume_lit.size() == 3) std::printf("paused: %s\n", Save_Png("race_paused").c_str());
       resume_lit.push_back(Shows_Text(resume, 260, 220, 0, "Resume"));
       quit_lit.push_back(Shows_Text(quit, 230, 250, 0, "Quit Race"));
       Player().cWRONGWAY = kTrue;  // the warning stays hidden while paused
