@@ -118,3 +118,46 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
 }
 
 }  // namespace
+
+namespace {
+
+// A square ring of road, 100 units across and 20 wide, as four strips of two quads.
+void Ring_Road() {
+  const float o = 0, i = 20, f = 80, e = 100;  // outer, inner, far inner, far outer
+  const std::vector<std::vector<std::pair<float, float>>> sides = {
+      {{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}},
+      {{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}},
+      {{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}},
+      {{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}}};
+  modTracks::Track.Resize(0, 3);
+  for (int s = 0; s < 4; ++s) {
+    auto& v = modTracks::Track(s).Vertices;
+    v.Resize(0, 5);
+    for (int k = 0; k < 6; ++k) v(k).x = sides[size_t(s)][size_t(k)].first, v(k).z = sides[size_t(s)][size_t(k)].second;
+  }
+}
+
+TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
+  auto map = mod3Denhance::Create_Texture("", 128, 128, 0);
+  ASSERT_TRUE(map);
+  Ring_Road();
+  modTracks::Build_MiniMap(map);
+  auto white = [&](int x, int y) { return (map->Argb(x, y) & 0xFFFFFF) == 0xFFFFFF; };
+  // Road 20 of 100 units wide: about 25 pixels of each edge of the 127-pixel square.
+  for (const auto& [x, y] : std::vector<std::pair<int, int>>{{5, 5}, {10, 64}, {64, 10}, {120, 64}, {64, 120}, {121, 121}})
+    EXPECT_TRUE(white(x, y)) << x << ", " << y;
+  for (const auto& [x, y] : std::vector<std::pair<int, int>>{{64, 64}, {40, 40}, {90, 90}, {127, 127}, {127, 0}})
+    EXPECT_EQ(map->Argb(x, y) & 0xFFFFFF, 0u) << x << ", " << y;
+
+  // All road on one z: no map, and what was there is gone.
+  for (int s = 0; s < 4; ++s)
+    for (auto& v : modTracks::Track(s).Vertices.Items()) v.z = 3;
+  modTracks::Build_MiniMap(map);
+  for (int y = 0; y < 128; ++y)
+    for (int x = 0; x < 128; ++x) ASSERT_EQ(map->Argb(x, y) & 0xFFFFFF, 0u) << x << ", " << y;
+  // The device is left as the race expects it.
+  EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::Lighting), 0u);
+  EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::CullMode), platform::cull::CounterClockwise);
+}
+
+}  // namespace

@@ -51,6 +51,15 @@ TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing
   int textures = 0;
   Run_Race(0, [&](i32 t) {
     textures = modTracks::TrackTexture.Count();
+    if (Reached(t, 3104)) {
+      // A single racer: position 1 of 1, and only the player's marker on the map.
+      const auto pos = Text_Area(13, 53, 0, 7);
+      i16 x = 0, y = 0;
+      ASSERT_TRUE(modGameLoop::Marker_Position(0, x, y));
+      EXPECT_EQ(At(x + 5, y + 5), modGameLoop::MiniMapShipsSurf->Argb(5, 15) & 0xFFFFFF);
+      EXPECT_TRUE(Shows_Text(pos, 13, 53, 0, "Pos 1/1"));
+      EXPECT_TRUE(Shows_Text(Text_Area(490, 440, 0, 7), 490, 440, 0, "000 MPH"));
+    }
     if (Reached(t, 3200)) Press(kEscape);
     if (Reached(t, 3216)) Release(kEscape);
     if (Reached(t, 3300)) Press(kDown);
