@@ -39,6 +39,9 @@ inline constexpr int kLaps = 3;
 // (Players(0..NumOpponents), made by ship selection) and runs Race_Loop. A track that cannot
 // be read, or no racer to place, logs why, tears down and sets the main menu state.
 void Init_Race();
+// Init_Race without the loop: everything a race frame needs (a benchmark's race). False,
+// with everything released and the main menu state set, when the race cannot run.
+bool Set_Up_Race();
 // Releases the race surfaces (not SkySurf) and empties the track model, logging each step.
 void Destroy_Race();
 

@@ -59,13 +59,17 @@ void Release(Surface& surface, const char* name) {
 }  // namespace
 
 void Init_Race() {
+  if (Set_Up_Race()) Race_Loop();
+}
+
+bool Set_Up_Race() {
   Write_Log("");
   Write_Log("Initialising Race...");
   if (!Racers_Ready()) {
     // Nothing is made yet, so there is nothing to release.
     Write_Log("   No racers to place: back to the main menu");
     modMain::GameState = modMain::kStateMainMenu;
-    return;
+    return false;
   }
   Set_Scene_Light();
 
@@ -99,7 +103,7 @@ void Init_Race() {
     Write_Log("   " + error);
     modMain::GameState = modMain::kStateMainMenu;
     Destroy_Race();
-    return;
+    return false;
   }
   Write_Log("   ...Done");
   modTracks::Build_Track_Blocks();
@@ -110,7 +114,7 @@ void Init_Race() {
   Write_Log("...Done");
   Write_Log("");
   modMain::Reset_Game_Clock();
-  Race_Loop();
+  return true;
 }
 
 void Destroy_Race() {
