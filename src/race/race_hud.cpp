@@ -35,26 +35,35 @@ void Blit(const Surface& source, Rect src, i16 x, i16 y) {
 
 void Text(i16 x, i16 y, int font, const std::string& text) { modText::Draw_Text(x, y, static_cast<u8>(font), text); }
 
+// HUD lines are built here: once it has grown to the longest line, no frame allocates.
+std::string& Line() {
+  static std::string line;
+  line.clear();
+  return line;
+}
+
 void Draw_Racing(const clsHumanPlayer& p) {
   const i16 w = modMain::ScreenWidth, h = modMain::ScreenHeight;
   Blit(StatsBGSurf, Rect{0, 33, 164, 157}, 0, 5);
   Blit(StatsBGSurf, Rect{0, 0, 234, 33}, static_cast<i16>(w - 238), 0);
   Text(static_cast<i16>(w - 150), static_cast<i16>(h - 40), kLargeFont,
-       numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH");
-  Text(13, 20, kLargeFont, "Lap " + std::to_string(p.cOnLap) + "/" + std::to_string(kLaps));
+       Line().append(numbers::Format(p.cVelocityMag * 60.0, "000")).append(" MPH"));
+  Text(13, 20, kLargeFont, Line().append("Lap ").append(std::to_string(p.cOnLap)).append("/").append(std::to_string(kLaps)));
   Text(13, 53, kLargeFont,
-       "Pos " + std::to_string(p.cRace_Position) + "/" + std::to_string(modMain::NumOpponents + 1));
-  Text(static_cast<i16>(w - 225), 12, kSmallFont, "Race Time " + Time_Text(modMain::GameClock));
+       Line().append("Pos ").append(std::to_string(p.cRace_Position)).append("/").append(
+           std::to_string(modMain::NumOpponents + 1)));
+  Text(static_cast<i16>(w - 225), 12, kSmallFont, Line().append("Race Time ").append(Time_Text(modMain::GameClock)));
 }
 
 void Draw_Results(const clsHumanPlayer& p) {
   const double sy = modMain::ScaleY;
   const i16 left = static_cast<i16>(modMain::ScreenWidth / 2 - 105);
   for (int lap = 1; lap <= kLaps; ++lap)
-    Text(left, Px((lap * 16 + 208) * sy), kSmallFont, "Lap " + std::to_string(lap) + "     " + Time_Text(p.cLapTime(lap)));
-  Text(left, Px(205 * sy), kSmallFont, "Race Time " + Time_Text(p.cRaceTime));
+    Text(left, Px((lap * 16 + 208) * sy), kSmallFont,
+         Line().append("Lap ").append(std::to_string(lap)).append("     ").append(Time_Text(p.cLapTime(lap))));
+  Text(left, Px(205 * sy), kSmallFont, Line().append("Race Time ").append(Time_Text(p.cRaceTime)));
   Text(static_cast<i16>(modMain::ScreenWidth / 2 - 102), Px(280 * sy), kSmallFont,
-       "Top Speed " + numbers::Format(p.cTopSpeed, "000") + " MPH");
+       Line().append("Top Speed ").append(numbers::Format(p.cTopSpeed, "000")).append(" MPH"));
 }
 
 }  // namespace
