@@ -129,7 +129,10 @@ TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal
       clock_after_start = modMain::GameClock;
     }
     if (drawn == 992) lights_checked[0] = Lamp_Red(0) && !Lamp_Red(1);  // frame 0 up to 1000
-    if (drawn == 1008) lights_checked[1] = Lamp_Red(0) && Lamp_Red(1) && !Lamp_Red(2);
+    if (drawn == 1008) {
+      lights_checked[1] = Lamp_Red(0) && Lamp_Red(1) && !Lamp_Red(2);
+      std::printf("countdown: %s\n", Save_Png("race_countdown").c_str());
+    }
     if (drawn == 3008) lights_checked[2] = Lamp_Green(0) && Lamp_Green(2);
     if (drawn == 4016) lights_checked[3] = !Lamp_Green(0) && !Lamp_Red(0);
     if (Reached(t, 6000)) {
