@@ -35,10 +35,10 @@ bool Display() {
   return ready;
 }
 
-void Race_Frame(i32 race_start, Bool16& first_go) {
+void Race_Frame(i32 race_start, bool& first_go) {
   platform::Advance_Manual_Clock(kFrameMs);
   modMain::Update_Frame_Timer();
-  modGameLoop::Update_Racers(race_start, first_go);
+  modGameLoop::Update_Racers(platform::Tick_Count() - race_start, first_go);
   modMain::Players[0]->Get_Race_Position();
   modGameLoop::Render_Race_Frame();
   mod3Denhance::D3DDevice->EndScene();
@@ -60,7 +60,7 @@ void BM_RaceFrameFiveRacers(benchmark::State& state) {
     return state.SkipWithError("the race could not be set up (see the log)");
   }
   const i32 race_start = platform::Tick_Count() - modGameLoop::kCountdownMs;
-  Bool16 first_go = kTrue;
+  bool first_go = true;
   for (int i = 0; i < 300; ++i) Race_Frame(race_start, first_go);  // racing, camera settled
   for (auto _ : state) Race_Frame(race_start, first_go);
   modGameLoop::Destroy_Race();

@@ -50,10 +50,10 @@ void Destroy_Race();
 // Leaves early, also through Destroy_Race, when the window system asks the game to close.
 void Race_Loop();
 // One physics step of every racer in index order: ComputeForces, Check_Wall_Collisions,
-// Check_Car_Collisions, ApplyForces once Tick_Count() - race_start_tick reaches the end of
-// the countdown, Calculate_Vertices, Get_Track_Height. The game clock is held at 0 while
-// first_go is set; the first racer to move clears it.
-void Update_Racers(i32 race_start_tick, Bool16& first_go);
+// Check_Car_Collisions, ApplyForces once elapsed (ms since the loop began, real time) has
+// reached the end of the countdown, Calculate_Vertices, Get_Track_Height. The game clock is
+// held at 0 while first_go is set; the first racer to move clears it.
+void Update_Racers(i32 elapsed, bool& first_go);
 // Copies the start-light frame of elapsed ms (after 1000, 2000, 3000 the next) to the screen.
 void Draw_Start_Lights(i32& elapsed);
 // The left edge of the light frame shown after elapsed ms: 0, 53, 106 or 159.

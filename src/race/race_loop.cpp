@@ -27,7 +27,7 @@ bool Player_Finished() { return (Player().cFinishedRace & 0xFF) != 0; }
 
 }  // namespace
 
-void Update_Racers(i32 race_start_tick, Bool16& first_go) {
+void Update_Racers(i32 elapsed, bool& first_go) {
   const int count = static_cast<int>(modMain::Players.size());
   for (i16 i = 0; i <= modMain::NumOpponents && i < count; ++i) {
     clsHumanPlayer* racer = modMain::Players[static_cast<size_t>(i)].get();
@@ -35,14 +35,14 @@ void Update_Racers(i32 race_start_tick, Bool16& first_go) {
     racer->ComputeForces();
     racer->Check_Wall_Collisions();
     racer->Check_Car_Collisions(i);
-    if (Since(race_start_tick) >= kCountdownMs) {
+    if (elapsed >= kCountdownMs) {
       racer->ApplyForces();
       // The race time starts from 0 at the start signal.
-      if (Is_Set(first_go)) {
+      if (first_go) {
         modMain::Reset_Game_Clock();
-        first_go = kFalse;
+        first_go = false;
       }
-    } else if (Is_Set(first_go)) {
+    } else if (first_go) {
       modMain::Reset_Game_Clock();
     }
     racer->Calculate_Vertices(i);
@@ -95,14 +95,15 @@ void Race_Keys() {
 }
 
 void Race_Loop() {
-  Bool16 first_go = kTrue;
+  bool first_go = true;
   const i32 race_start = platform::Tick_Count();
   Paused = kFalse;
   RaceRunning = kTrue;
   while (Is_Set(RaceRunning) && !modMain::QuitRequested) {
     if (!Is_Set(Paused)) {
       modMain::Update_Frame_Timer();
-      Update_Racers(race_start, first_go);
+      // One reading for every racer, so all of them start on the same frame.
+      Update_Racers(Since(race_start), first_go);
       Player().Get_Race_Position();
     }
     Render_Race_Frame();

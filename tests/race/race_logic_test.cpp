@@ -227,3 +227,49 @@ TEST_F(FramePasses, ChaseCameraClosesInOnAStillShipAndSitsBehindItsHeading) {
 }
 
 }  // namespace
+
+#include "support/test_env.h"
+#include "vehicle/racer_box.h"
+
+namespace {
+
+TEST(UpdateRacers, CountdownHoldsEveryoneAndTheSignalFrameStartsTheClock) {
+  testenv::ScratchAppDir dir;
+  for (const char* folder : {"Tracks", "Objects", "Textures", "Data"}) dir.Copy_From_Game(folder);
+  std::string error;
+  ASSERT_TRUE(modTracks::Load_Track(&error)) << error;
+  modTracks::Build_Track_Blocks();
+  modMain::NumOpponents = 4;
+  modMain::Create_Racers(4);
+  ASSERT_EQ(modGameLoop::RacerBox.Count(), 5);
+  for (i16 i = 0; i <= 4; ++i) ASSERT_TRUE(modMain::Players[size_t(i)]->Reset_Car_Attributes(i));
+  std::vector<float> grid;
+  for (const auto& r : modMain::Players) grid.push_back(r->PositionX + r->PositionZ);
+
+  modMain::FrameTime = 16;
+  bool first_go = true;
+  for (i32 elapsed = 0; elapsed < modGameLoop::kCountdownMs; elapsed += 16) {
+    modMain::GameClock = 16;
+    modGameLoop::Update_Racers(elapsed, first_go);
+    ASSERT_EQ(modMain::GameClock, 0) << elapsed;
+    ASSERT_TRUE(first_go);
+  }
+  for (size_t i = 0; i < grid.size(); ++i) EXPECT_EQ(modMain::Players[i]->PositionX + modMain::Players[i]->PositionZ, grid[i]);
+
+  modMain::GameClock = 16;
+  modGameLoop::Update_Racers(modGameLoop::kCountdownMs, first_go);
+  EXPECT_FALSE(first_go);
+  EXPECT_EQ(modMain::GameClock, 0);
+  for (int f = 0; f < 20; ++f) {
+    modMain::GameClock += 16;
+    modGameLoop::Update_Racers(modGameLoop::kCountdownMs + 16 * (f + 1), first_go);
+  }
+  EXPECT_EQ(modMain::GameClock, 320) << "the clock runs once the race is on";
+  int moved = 0;
+  for (size_t i = 1; i < grid.size(); ++i) moved += modMain::Players[i]->PositionX + modMain::Players[i]->PositionZ != grid[i];
+  EXPECT_EQ(moved, 4) << "every computer racer drives off";
+  modMain::Players.clear();
+  modTracks::Clear_Track();
+}
+
+}  // namespace
