@@ -221,12 +221,12 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
     }
     if (Reached(t, 5032)) {
       escape_ignored = !Is_Set(modGameLoop::Paused);
+      std::printf("results: %s\n", Save_Png("race_results").c_str());
       const auto race = Text_Area(215, 205, 2, 18), lap2 = Text_Area(215, 240, 2, 18);
       const auto top = Text_Area(218, 280, 2, 17);
       results_shown = Shows_Text(race, 215, 205, 2, "Race Time 02:59:23") &&
                       Shows_Text(lap2, 215, 240, 2, "Lap 2     00:60:00") &&
                       Shows_Text(top, 218, 280, 2, "Top Speed 187 MPH");
-      std::printf("results: %s\n", Save_Png("race_results").c_str());
     }
     if (Reached(t, 5100)) Press(kEnter);
   });
