@@ -52,10 +52,9 @@ void Draw_Strip(Device3D& device, const modTracks::TrackStrip& strip) {
 }
 
 bool Ends_With_Dds(const std::string& name) {
-  if (name.size() < 3) return false;
-  std::string tail = name.substr(name.size() - 3);
-  for (char& c : tail) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return tail == "dds";
+  const size_t n = name.size();
+  auto lower = [&](size_t i) { return static_cast<char>(std::tolower(static_cast<unsigned char>(name[n - i]))); };
+  return n >= 3 && lower(3) == 'd' && lower(2) == 'd' && lower(1) == 's';
 }
 
 void Move_Camera(Device3D& device, const clsHumanPlayer& p) {

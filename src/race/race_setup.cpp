@@ -38,6 +38,11 @@ void Set_Scene_Light() {
   device->LightEnable(0, true);
   device->SetRenderState(platform::rs::Lighting, 1);
   device->SetRenderState(platform::rs::Ambient, kAmbient);
+  // The track is drawn in world coordinates; a screen before the race (the ship preview)
+  // may have left its mesh's world transform.
+  Matrix4 identity;
+  modMATH::Identity_Matrix(identity);
+  device->SetTransform(platform::TransformKind::World, identity);
 }
 
 std::string Game_File(const char* relative) { return platform::Game_Path(relative); }
