@@ -129,10 +129,18 @@ void Build_Track_Blocks() {
 }
 
 void Clear_Track() {
+  Release_Track_Textures();
+  Empty_Track_Arrays();
+}
+
+void Release_Track_Textures() {
   for (int i = TrackTexture.Lower(); i <= TrackTexture.Upper(); ++i) {
     TrackTexture(i).Texture.reset();
     modMain::Write_Log("TrackTexture(" + std::to_string(i) + ").Texture = Nothing");
   }
+}
+
+void Empty_Track_Arrays() {
   Track.Resize(0, 0);
   modMain::Write_Log("Track");
   TrackWalls.Resize(0, 0);

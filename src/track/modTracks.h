@@ -3,6 +3,7 @@
 // derived from the road. Filled by race set-up, read-only during a race, emptied after it.
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/types.h"
 #include "core/vbarray.h"
@@ -70,5 +71,25 @@ void Build_Track_Blocks();
 // Race teardown: releases the textures and resizes every array to the single index 0,
 // writing the teardown's log lines. Safe to call on an empty model.
 void Clear_Track();
+// Clear_Track's two halves, which race teardown runs with the surfaces released between.
+void Release_Track_Textures();
+void Empty_Track_Arrays();
+
+// --- the mini-map (minimap.cpp) ---
+// Horizontal bounds of the road, set by Build_MiniMap (all 0 for a road with no vertex).
+extern float TrackMinX, TrackMaxX, TrackMinZ, TrackMaxZ;
+// The map is this many pixels across and down (x to columns, z to rows, z down).
+inline constexpr int kMiniMapSide = 127;
+// Map column and row (0..127) of a world point; false, leaving both untouched, when the
+// road has no extent along x or z (then there is no map and no marker).
+bool MiniMap_Point(float x, float z, float& column, float& row);
+// The road's silhouette as one triangle strip of screen vertices (opaque white, depth 0):
+// each strip but its last rung, then the first rung again. Empty without a map.
+std::vector<ScreenVertex> MiniMap_Outline();
+// Sets the bounds from Track and draws the silhouette, white on black, into the top-left
+// 127 x 127 of target (a 128 x 128 texture) through the back buffer; target is filled
+// black first, and stays black for a degenerate road. Leaves lighting off, no texture on
+// stage 0 and culling counter-clockwise. Call after Load_Track, before the next frame.
+void Build_MiniMap(const mod3Denhance::Surface& target);
 
 }  // namespace modTracks
