@@ -6,7 +6,8 @@
 #include <map>
 #include <vector>
 
-#include "racer_fixture.h"
+#include "race/modGameLoop.h"
+#include "vehicle/racer_fixture.h"
 #include "support/test_env.h"
 #include "vehicle/ships_dat.h"
 #include "vehicle/players.h"
@@ -18,7 +19,6 @@ namespace {
 constexpr int kRacers = 5;
 constexpr int kSeeds = 10;
 constexpr i32 kFrame = 16;
-constexpr i32 kCountdown = 3050;
 constexpr i32 kRaceLimit = 6 * 60 * 1000;  // three laps in six minutes, or something is wrong
 // Side walls are tested against the block a corner starts the frame on, so on the outside
 // of a curve a corner can slip past the next block's edge unseen. The track is shaped so
@@ -57,22 +57,6 @@ void Autopilot(clsHumanPlayer& r) {
   r.Brake = kFalse;
 }
 
-// One frame of the race loop's racer updates, in its order; GameClock stays 0 until the
-// start signal.
-void Update_Racers(i32 elapsed, bool& first_go) {
-  for (i16 i = 0; i <= modMain::NumOpponents; ++i) {
-    clsHumanPlayer& r = P(i);
-    r.ComputeForces();
-    r.Check_Wall_Collisions();
-    r.Check_Car_Collisions(i);
-    if (elapsed >= kCountdown) r.ApplyForces();
-    if (first_go) modMain::GameClock = 0;
-    if (elapsed >= kCountdown) first_go = false;
-    r.Calculate_Vertices(i);
-    r.Get_Track_Height();
-  }
-}
-
 // The catalogue entry whose numbers the racer carries (computer picks are not stored).
 size_t Ship_Of(clsHumanPlayer& r, const shipsdat::Catalogue& cat) {
   return size_t(std::find_if(cat.Ships.begin(), cat.Ships.end(), [&r](const auto& s) {
@@ -107,10 +91,10 @@ TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrac
     bool first_go = true;
     int off[kRacers] = {};
     for (i32 elapsed = kFrame, finished = 0; finished < kRacers; elapsed += kFrame, ++frames_run) {
-      ASSERT_LE(elapsed, kCountdown + kRaceLimit) << "only " << finished << " racers finished";
+      ASSERT_LE(elapsed, modGameLoop::kCountdownMs + kRaceLimit) << "only " << finished << " racers finished";
       modMain::GameClock += kFrame;
       Autopilot(P(0));
-      Update_Racers(elapsed, first_go);
+      modGameLoop::Update_Racers(elapsed, first_go);
       finished = 0;
       for (int i = 0; i < kRacers; ++i) {
         const clsHumanPlayer& r = P(i);
