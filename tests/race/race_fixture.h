@@ -103,10 +103,11 @@ class RaceTest : public ::testing::Test {
   }
   static uint32_t At(int x, int y) { return Read(x, y, x + 1, y + 1)[0]; }
 
-  // True when every glyph pixel of text, drawn alone at (x, y), is in the frame as read in
-  // `frame` (the rectangle x, y, x + width, y + cell height). Draws over the back buffer.
-  static bool Shows_Text(const std::vector<uint32_t>& frame, int x, int y, u8 font, const std::string& text) {
+  // True when every glyph pixel of text, drawn alone at (x, y), is on screen there now.
+  // Draws over its own cell area, so checks of one frame must not overlap.
+  static bool Shows_Text(int x, int y, u8 font, const std::string& text) {
     const int w = static_cast<int>(text.size()) * modText::FontCell[font].width, h = modText::FontCell[font].height;
+    const std::vector<uint32_t> frame = Read(x, y, x + w, y + h);
     platform::Fill_Rect(*mod3Denhance::BackBuffer, Rect{x, y, x + w, y + h}, 0);
     modText::Draw_Text(static_cast<i16>(x), static_cast<i16>(y), font, text);
     const std::vector<uint32_t> alone = Read(x, y, x + w, y + h);
@@ -117,9 +118,6 @@ class RaceTest : public ::testing::Test {
       if (frame[i] != alone[i]) return false;
     }
     return glyph > 0;
-  }
-  static std::vector<uint32_t> Text_Area(int x, int y, u8 font, size_t chars) {
-    return Read(x, y, x + static_cast<int>(chars) * modText::FontCell[font].width, y + modText::FontCell[font].height);
   }
 
   static std::vector<std::string> Log() { return testenv::Read_Lines_CRLF(modMain::Log_Path()); }

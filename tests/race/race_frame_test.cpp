@@ -53,8 +53,6 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
     const std::string speed = numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH";
     const std::string pos = "Pos " + std::to_string(p.cRace_Position) + "/5";
     const std::string time = "Race Time " + Clock_Text(modMain::GameClock);
-    const auto a_speed = Text_Area(490, 440, 0, speed.size()), a_lap = Text_Area(13, 20, 0, 7);
-    const auto a_pos = Text_Area(13, 53, 0, pos.size()), a_time = Text_Area(415, 12, 2, time.size());
     // The panels beside the texts, and the markers, before the text checks draw over them.
     const auto panel = Read(155, 5, 156, 129), bar = Read(402, 3, 640, 4);
     std::vector<uint32_t> marker_centre;
@@ -67,10 +65,10 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
       EXPECT_LE(y, 423);
       if (i == 0) marker_centre = Read(x + 5, y + 5, x + 6, y + 6);
     }
-    EXPECT_TRUE(Shows_Text(a_speed, 490, 440, 0, speed)) << speed;
-    EXPECT_TRUE(Shows_Text(a_lap, 13, 20, 0, "Lap 1/3"));
-    EXPECT_TRUE(Shows_Text(a_pos, 13, 53, 0, pos)) << pos;
-    EXPECT_TRUE(Shows_Text(a_time, 415, 12, 2, time)) << time;
+    EXPECT_TRUE(Shows_Text(490, 440, 0, speed)) << speed;
+    EXPECT_TRUE(Shows_Text(13, 20, 0, "Lap 1/3"));
+    EXPECT_TRUE(Shows_Text(13, 53, 0, pos)) << pos;
+    EXPECT_TRUE(Shows_Text(415, 12, 2, time)) << time;
     const auto& stats = *modGameLoop::StatsBGSurf;
     int panel_pixels = 0;
     for (int y = 0; y < 124; ++y) {

@@ -187,7 +187,7 @@ Picture Thrust() {
 Picture Sky() {
   constexpr int kSide = 256;
   Picture p(kSide, kSide);
-  constexpr double kHorizon = 0.36;  // the foot of the far hills
+  constexpr double kHorizon = 0.31;  // the foot of the far hills
   for (int y = 0; y < kSide; ++y)
     for (int x = 0; x < kSide; ++x) {
       const double u = (x + 0.5) / kSide, v = (y + 0.5) / kSide;
