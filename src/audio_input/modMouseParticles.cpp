@@ -25,6 +25,20 @@ void Init_Particles() {
   for (Particle& p : Particles) p.Life = 0;
 }
 
+void Draw_Particles_Scene() {
+  platform::Device3D* device = mod3Denhance::D3DDevice;
+  if (device == nullptr) return;
+  device->BeginScene();
+  Update_Particles();
+  device->EndScene();
+}
+
+void Draw_Pointer(const mod3Denhance::Surface& cursor) {
+  Rect pointer{0, 0, 11, 19};
+  i16 x = frmMain::MouseX, y = frmMain::MouseY;
+  mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, cursor, pointer, x, y, 1);
+}
+
 void Spawn_Particle(int i) {
   using frmMain::MouseX, frmMain::MouseY;
   Particle& p = Particles[static_cast<size_t>(i)];

@@ -28,6 +28,11 @@ void Init_Particles();
 // Advances by FrameTime and draws every particle; call once per frame inside a 3D scene.
 // A dead particle is only reborn at the pointer in this call, and drawn from the next.
 void Update_Particles();
+// Update_Particles inside a 3D scene of its own (screens with nothing else in 3D).
+void Draw_Particles_Scene();
+// The game-drawn pointer (the screen's 11 x 19 cursor picture, black key) at the mouse
+// position, clipped at the screen edges.
+void Draw_Pointer(const mod3Denhance::Surface& cursor);
 // Rebirth of particle i at the pointer with a speed that follows the pointer's motion.
 void Spawn_Particle(int i);
 // Draws particle i as a 20 x 20 pixel alpha-blended square.

@@ -57,4 +57,15 @@ std::string Format(double value, std::string_view pattern) {
   return negative ? "-" + out : out;
 }
 
+void Split_Time(i16& minutes, i16& hundredths, const i32& ms) {
+  minutes = static_cast<i16>(ms / 60000);
+  hundredths = static_cast<i16>(Round_Half_Even(static_cast<double>(ms % 60000) / 10.0));
+}
+
+std::string Time_Text(i32 ms) {
+  i16 m = 0, h = 0;
+  Split_Time(m, h, ms);
+  return Format(m, "00") + ":" + Format(h, "00:00");
+}
+
 }  // namespace numbers

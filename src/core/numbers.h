@@ -33,4 +33,9 @@ double Leading_Number(std::string_view text);
 // Digits beyond the pattern go into the leftmost placeholder.
 std::string Format(double value, std::string_view pattern);
 
+// Minutes (truncated) and hundredths of the rest (rounded half to even) of a time in ms.
+void Split_Time(i16& minutes, i16& hundredths, const i32& ms);
+// A time as the game prints it: "mm:ss:hh" (59996 ms reads "00:60:00").
+std::string Time_Text(i32 ms);
+
 }  // namespace numbers

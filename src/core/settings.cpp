@@ -143,4 +143,16 @@ void Write_Settings() {
   }
 }
 
+i16 Screen_X(double design) {
+  i16 out = 0;
+  numbers::Convert_Round(design * ScaleX, out);
+  return out;
+}
+
+i16 Screen_Y(double design) {
+  i16 out = 0;
+  numbers::Convert_Round(design * ScaleY, out);
+  return out;
+}
+
 }  // namespace modMain

@@ -21,6 +21,10 @@ extern i16 KeyLeft;
 extern i16 KeyRight;
 extern float ScaleX;  // ScreenWidth / 640
 extern float ScaleY;  // ScreenHeight / 480
+// A position of the 640 x 480 design in screen pixels, rounded half to even (0 when it
+// does not fit 16 bits).
+i16 Screen_X(double design);
+i16 Screen_Y(double design);
 
 // Reads the file, or logs its absence and takes the defaults. A line that is missing or
 // out of range for its setting leaves that setting as it was.

@@ -1,12 +1,15 @@
 #include "frontend/modMainScr.h"
 
 #include "audio_input/frmMain.h"
+#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
-#include "audio_input/modMouseParticles.h"
 #include "platform/platform.h"
 
 namespace modMainScr {
+
+using modMain::Screen_X;
+using modMain::Screen_Y;
 
 mod3Denhance::Surface MenuBackground, MenuCursor, MenuButtons;
 std::array<Rect, 4> ButtonRects;
@@ -14,15 +17,12 @@ float ButtonSlide = 0;
 Bool16 MenuRunning = kFalse;
 
 namespace {
-using mod3Denhance::Blit_Clipped;
 using mod3Denhance::BackBuffer;
+using mod3Denhance::Blit_Clipped;
 
 constexpr float kSlideSpeed = 0.4f;  // pixels per ms
 constexpr int kRowHeight = 39;       // of each button in Buttons.bmp, design pixels
 constexpr int kColumnWidth = 191;    // highlighted column left, plain column right
-
-i16 X(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleX)); }
-i16 Y(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleY)); }
 
 void Choose(int button) {
   switch (button) {
@@ -34,8 +34,12 @@ void Choose(int button) {
       modMain::NumOpponents = 4;
       modMain::GameState = modMain::kStateShipSelection;
       break;
-    case 2: modMain::GameState = modMain::kStateOptions; break;
-    default: modMain::Running = kFalse; break;
+    case 2:
+      modMain::GameState = modMain::kStateOptions;
+      break;
+    default:
+      modMain::Running = kFalse;
+      break;
   }
 }
 
@@ -47,7 +51,7 @@ void Draw_Main_Menu() {
   Blit_Clipped(BackBuffer, MenuBackground, whole, x, y, 0);
   for (int i = 0; i < 4; ++i) {
     const Rect& place = ButtonRects[static_cast<size_t>(i)];
-    const i16 top = Y(kRowHeight * i), bottom = Y(kRowHeight * i + kRowHeight);
+    const i16 top = Screen_Y(kRowHeight * i), bottom = Screen_Y(kRowHeight * i + kRowHeight);
     // While sliding every button shows lit; odd buttons come in from the right.
     bool lit = true;
     double bx = place.left;
@@ -56,19 +60,14 @@ void Draw_Main_Menu() {
     } else {
       bx = i % 2 == 1 ? place.left + ButtonSlide : place.left - ButtonSlide;
     }
-    Rect src = lit ? Rect{0, top, X(kColumnWidth), bottom} : Rect{X(kColumnWidth), top, X(2 * kColumnWidth), bottom};
+    Rect src = lit ? Rect{0, top, Screen_X(kColumnWidth), bottom}
+                   : Rect{Screen_X(kColumnWidth), top, Screen_X(2 * kColumnWidth), bottom};
     i16 dx = static_cast<i16>(numbers::Round_Half_Even(bx)), dy = static_cast<i16>(place.top);
     Blit_Clipped(BackBuffer, MenuButtons, src, dx, dy, 1);
   }
   modMain::Update_Frame_Timer();
-  if (mod3Denhance::D3DDevice != nullptr) {
-    mod3Denhance::D3DDevice->BeginScene();
-    modMouseParticles::Update_Particles();
-    mod3Denhance::D3DDevice->EndScene();
-  }
-  Rect pointer{0, 0, 11, 19};
-  i16 px = MouseX, py = MouseY;
-  Blit_Clipped(BackBuffer, MenuCursor, pointer, px, py, 1);
+  modMouseParticles::Draw_Particles_Scene();
+  modMouseParticles::Draw_Pointer(MenuCursor);
   mod3Denhance::Flip();
 }
 
@@ -76,8 +75,8 @@ void Main_Menu_Loop() {
   while (Is_Set(MenuRunning)) {
     if (ButtonSlide == 0) {
       for (int i = 0; i < 4; ++i) {
-        if (Is_Set(mod3Denhance::Point_In_Rect(ButtonRects[static_cast<size_t>(i)], frmMain::MouseX,
-                                               frmMain::MouseY)) &&
+        if (Is_Set(
+                mod3Denhance::Point_In_Rect(ButtonRects[static_cast<size_t>(i)], frmMain::MouseX, frmMain::MouseY)) &&
             Is_Set(frmMain::MouseLeftDown)) {
           frmMain::MouseLeftDown = kFalse;
           MenuRunning = kFalse;
@@ -108,7 +107,8 @@ void Main_Menu() {
                  mod3Denhance::kKeyBlack, kFalse);
   for (int i = 0; i < 4; ++i) {
     const int top = 150 + 50 * i;
-    ButtonRects[static_cast<size_t>(i)] = mod3Denhance::Make_Rect(X(225), Y(top), X(416), Y(top + 39));
+    ButtonRects[static_cast<size_t>(i)] =
+        mod3Denhance::Make_Rect(Screen_X(225), Screen_Y(top), Screen_X(416), Screen_Y(top + 39));
   }
   ButtonSlide = 416.0f * ScaleX;
   MenuRunning = kTrue;

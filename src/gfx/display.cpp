@@ -95,17 +95,7 @@ bool Init_D3D() {
   D3DDevice->SetTransform(platform::TransformKind::Projection, m);
   D3DDevice->SetRenderState(platform::rs::ZEnable, 1);
 
-  platform::D3DLight light;
-  light.type = 3;
-  light.diffuse = ColorValue{1, 1, 1, 0};
-  light.position = Vector3{0, 10.0f, 0};
-  light.direction = Vector3{0.4f, -1.0f, 0};
-  light.range = 5000.0f;
-  light.attenuation0 = 0.8f;
-  D3DDevice->SetLight(0, light);
-  D3DDevice->LightEnable(0, true);
-  D3DDevice->SetRenderState(platform::rs::Lighting, uint32_t(-1));
-  D3DDevice->SetRenderState(platform::rs::Ambient, 0x00969696u);
+  Set_Scene_Light(ColorValue{1, 1, 1, 0}, Vector3{0.4f, -1.0f, 0});
   D3DDevice->SetRenderState(platform::rs::ShadeMode, 2);
   D3DDevice->SetTextureStageState(0, platform::tss::MagFilter, platform::tss::Linear);
   D3DDevice->SetTextureStageState(0, platform::tss::MinFilter, platform::tss::Linear);
@@ -115,6 +105,21 @@ bool Init_D3D() {
   Write_Log("...D3D initialized");
   Write_Log("");
   return true;
+}
+
+void Set_Scene_Light(const ColorValue& diffuse, const Vector3& direction) {
+  if (D3DDevice == nullptr) return;
+  platform::D3DLight light;
+  light.type = 3;
+  light.diffuse = diffuse;
+  light.position = Vector3{0, 10.0f, 0};
+  light.direction = direction;
+  light.range = 5000.0f;
+  light.attenuation0 = 0.8f;
+  D3DDevice->SetLight(0, light);
+  D3DDevice->LightEnable(0, true);
+  D3DDevice->SetRenderState(platform::rs::Lighting, static_cast<uint32_t>(kTrue));
+  D3DDevice->SetRenderState(platform::rs::Ambient, 0x00969696u);  // red, green and blue 150
 }
 
 void Flip() { platform::Present(); }

@@ -78,6 +78,11 @@ Surface Load_DDS(const std::string& file);
 // The same from bytes in memory (the whole file, magic included).
 Surface Decode_DDS(const uint8_t* data, size_t size);
 
+// Light 0 as every lit scene of the game has it: directional, placed at (0, 10, 0) with
+// range 5000 and constant attenuation 0.8, of the given diffuse colour and direction; then
+// lighting on and an ambient grey of 150. Does nothing without a device.
+void Set_Scene_Light(const ColorValue& diffuse, const Vector3& direction);
+
 // Clears the back buffer to dark blue (0, 0, 0.4) and the depth buffer to 1.
 void Clear_Screen();
 // Copies src_rect of source to (x, y) of destination, clipped to the screen by moving the

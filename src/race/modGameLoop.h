@@ -3,6 +3,7 @@
 // results and pause menu, and the 3D rendering of a race frame. Runs on the game's thread.
 #include <string>
 
+#include "core/numbers.h"
 #include "core/types.h"
 #include "core/vbarray.h"
 #include "gfx/mod3Denhance.h"
@@ -63,10 +64,9 @@ int Start_Light_Left(i32 elapsed);
 void Race_Keys();
 
 // --- HUD (race_hud.cpp) ---
-// Minutes (truncated) and hundredths of the rest (rounded half to even) of ms.
-void Split_Time(i16& minutes, i16& hundredths, const i32& ms);
-// "mm:ss:hh" as the HUD prints a time.
-std::string Time_Text(i32 ms);
+// The HUD's times: minutes and hundredths, and "mm:ss:hh".
+using numbers::Split_Time;
+using numbers::Time_Text;
 // The dark red box behind the pause menu and results; inside the 3D scene.
 void Draw_Dim_Panel();
 // Racing display or results, "Wrong Way", and the mini-map markers; after the scene.

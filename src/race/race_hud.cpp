@@ -68,17 +68,6 @@ void Draw_Results(const clsHumanPlayer& p) {
 
 }  // namespace
 
-void Split_Time(i16& minutes, i16& hundredths, const i32& ms) {
-  minutes = static_cast<i16>(ms / 60000);
-  hundredths = static_cast<i16>(numbers::Round_Half_Even(static_cast<double>(ms % 60000) / 10.0));
-}
-
-std::string Time_Text(i32 ms) {
-  i16 m = 0, h = 0;
-  Split_Time(m, h, ms);
-  return numbers::Format(m, "00") + ":" + numbers::Format(h, "00:00");
-}
-
 bool Marker_Position(int racer, i16& x, i16& y) {
   if (racer < 0 || static_cast<size_t>(racer) >= modMain::Players.size() || !modMain::Players[size_t(racer)])
     return false;

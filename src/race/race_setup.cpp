@@ -22,22 +22,11 @@ namespace {
 using modMain::Write_Log;
 
 constexpr float kStartCameraDistance = 20;
-constexpr u32 kAmbient = 0x00969696u;  // red, green and blue 150
 
 void Set_Scene_Light() {
   platform::Device3D* device = mod3Denhance::D3DDevice;
   if (device == nullptr) return;
-  platform::D3DLight light;
-  light.type = 3;
-  light.diffuse = ColorValue{1, 1, 1, 0};
-  light.position = Vector3{0, 10, 0};
-  light.direction = Vector3{0.4f, -1, 0};
-  light.range = 5000;
-  light.attenuation0 = 0.8f;
-  device->SetLight(0, light);
-  device->LightEnable(0, true);
-  device->SetRenderState(platform::rs::Lighting, 1);
-  device->SetRenderState(platform::rs::Ambient, kAmbient);
+  mod3Denhance::Set_Scene_Light(ColorValue{1, 1, 1, 0}, Vector3{0.4f, -1, 0});
   // The track is drawn in world coordinates; a screen before the race (the ship preview)
   // may have left its mesh's world transform.
   Matrix4 identity;

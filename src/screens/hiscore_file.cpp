@@ -148,10 +148,4 @@ void Merge_Race(HiScoreTable& t, const RaceFigures& race, const std::string& nam
   }
 }
 
-std::string Time_Text(i32 ms) {
-  const i32 minutes = ms / 60000;
-  const double hundredths = numbers::Round_Half_Even(static_cast<double>(ms % 60000) / 10.0);
-  return numbers::Format(minutes, "00") + ":" + numbers::Format(hundredths, "00:00");
-}
-
 }  // namespace modHiScore

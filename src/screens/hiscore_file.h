@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "core/numbers.h"
 #include "core/types.h"
 
 namespace modHiScore {
@@ -50,7 +51,7 @@ i16 Fastest_Lap(const RaceFigures& race);
 // Puts the race's figures into the records they beat, each under name.
 void Merge_Race(HiScoreTable& table, const RaceFigures& race, const std::string& name);
 
-// Minutes "00", ":", hundredths of the minute "00:00": 83456 ms is "01:23:46".
-std::string Time_Text(i32 ms);
+// Times read as the race prints them: 83456 ms is "01:23:46".
+using numbers::Time_Text;
 
 }  // namespace modHiScore

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "audio_input/modMouseParticles.h"
 #include "audio_input/frmMain.h"
+#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "gfx/mod3Denhance.h"
@@ -12,6 +12,9 @@
 #include "vehicle/players.h"
 
 namespace modHiScore {
+
+using modMain::Screen_X;
+using modMain::Screen_Y;
 
 HiScoreTable Scores;
 Bool16 HiScoreRunning = kFalse;
@@ -30,17 +33,6 @@ Surface BackgroundSurf, EnterSurf, CursorSurf;
 RaceFigures Race;
 // The texts of a frame, rebuilt only when what they show changes: drawing allocates nothing.
 std::string RecordLines[3], FigureLines[3], NameLine;
-
-i16 Sx(double v) {
-  i16 out = 0;
-  numbers::Convert_Round(v * modMain::ScaleX, out);
-  return out;
-}
-i16 Sy(double v) {
-  i16 out = 0;
-  numbers::Convert_Round(v * modMain::ScaleY, out);
-  return out;
-}
 
 RaceFigures Player_Figures() {
   RaceFigures r;
@@ -63,8 +55,8 @@ void Build_Lines() {
 
 void Blit(const Surface& source, double left, double top, double right, double bottom, double x, double y,
           u8 transparent) {
-  Rect r = mod3Denhance::Make_Rect(Sx(left), Sy(top), Sx(right), Sy(bottom));
-  i16 px = Sx(x), py = Sy(y);
+  Rect r = mod3Denhance::Make_Rect(Screen_X(left), Screen_Y(top), Screen_X(right), Screen_Y(bottom));
+  i16 px = Screen_X(x), py = Screen_Y(y);
   mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, source, r, px, py, transparent);
 }
 
@@ -149,19 +141,13 @@ void Draw_HiScore_Screen() {
     Blit(EnterSurf, 0, 0, 326, 65, 55, 228, 0);
     NameLine.assign(EnteredName);
     if (modMain::GameClock % 1000 > 500) NameLine.push_back('-');
-    modText::Draw_Text(Sx(68), Sy(265), kFont, NameLine);
+    modText::Draw_Text(Screen_X(68), Screen_Y(265), kFont, NameLine);
   }
   const double record_y[3] = {335, 360, 385}, figure_y[3] = {95, 119, 142};
-  for (int i = 0; i < 3; ++i) modText::Draw_Text(Sx(68), Sy(record_y[i]), kFont, RecordLines[i]);
-  for (int i = 0; i < 3; ++i) modText::Draw_Text(Sx(300), Sy(figure_y[i]), kFont, FigureLines[i]);
-  if (platform::Device3D* device = mod3Denhance::D3DDevice) {
-    device->BeginScene();
-    modMouseParticles::Update_Particles();
-    device->EndScene();
-  }
-  Rect pointer{0, 0, 11, 19};
-  i16 mx = frmMain::MouseX, my = frmMain::MouseY;
-  mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, CursorSurf, pointer, mx, my, 1);
+  for (int i = 0; i < 3; ++i) modText::Draw_Text(Screen_X(68), Screen_Y(record_y[i]), kFont, RecordLines[i]);
+  for (int i = 0; i < 3; ++i) modText::Draw_Text(Screen_X(300), Screen_Y(figure_y[i]), kFont, FigureLines[i]);
+  modMouseParticles::Draw_Particles_Scene();
+  modMouseParticles::Draw_Pointer(CursorSurf);
   mod3Denhance::Flip();
 }
 

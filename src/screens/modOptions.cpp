@@ -3,14 +3,17 @@
 #include <string>
 
 #include "audio_input/frmMain.h"
+#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
-#include "audio_input/modMouseParticles.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
 #include "screens/modDInput.h"
 
 namespace modOptions {
+
+using modMain::Screen_X;
+using modMain::Screen_Y;
 
 Bool16 OptionsRunning = kFalse;
 u8 CaptureSlot = 0;
@@ -47,17 +50,14 @@ struct Control {
 const std::array<Control, 4> kControls = {Control{&modMain::KeyUp, 38, 279}, Control{&modMain::KeyDown, 40, 303},
                                           Control{&modMain::KeyLeft, 37, 327}, Control{&modMain::KeyRight, 39, 351}};
 
-i16 X(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleX)); }
-i16 Y(double design) { return static_cast<i16>(numbers::Round_Half_Even(design * modMain::ScaleY)); }
-
 bool Mouse_Over(int area) {
   return Is_Set(
       mod3Denhance::Point_In_Rect(OptionButtons[static_cast<size_t>(area)], frmMain::MouseX, frmMain::MouseY));
 }
 
 void Draw_Overlay(const Overlay& o) {
-  Rect src{X(o.left), Y(o.top), X(o.right), Y(o.bottom)};
-  i16 x = X(o.x), y = Y(o.y);
+  Rect src{Screen_X(o.left), Screen_Y(o.top), Screen_X(o.right), Screen_Y(o.bottom)};
+  i16 x = Screen_X(o.x), y = Screen_Y(o.y);
   Blit_Clipped(BackBuffer, g_buttons, src, x, y, 1);
 }
 
@@ -85,9 +85,15 @@ void Act(int area) {
     case 1:
       if (modMain::Difficulty < 3) ++modMain::Difficulty;
       break;
-    case 2: modMain::SkipSetup = modMain::SkipSetup == 0 ? 1 : 0; break;
-    case 3: Store_And_Leave(); break;
-    case 4: Set_Defaults(); break;
+    case 2:
+      modMain::SkipSetup = modMain::SkipSetup == 0 ? 1 : 0;
+      break;
+    case 3:
+      Store_And_Leave();
+      break;
+    case 4:
+      Set_Defaults();
+      break;
     default:
       frmMain::MouseLeftDown = kFalse;
       CaptureSlot = static_cast<u8>(area - 4);
@@ -123,7 +129,7 @@ void Draw_Options_Screen() {
   if (modMain::SkipSetup == 0) Draw_Overlay(kTick);
   if (Mouse_Over(3)) Draw_Overlay(kLeaveLit);
   if (Mouse_Over(4)) Draw_Overlay(kDefaultsLit);
-  modText::Draw_Text(X(171), Y(254), 2, modMain::ControlDevice == 0 ? "Keyboard" : "");
+  modText::Draw_Text(Screen_X(171), Screen_Y(254), 2, modMain::ControlDevice == 0 ? "Keyboard" : "");
   for (size_t i = 0; i < kControls.size(); ++i) {
     const Control& c = kControls[i];
     std::string text = modDInput::Get_Key_Name(*c.key);
@@ -134,17 +140,11 @@ void Draw_Options_Screen() {
       text = modDInput::Get_Key_Name(c.default_key);
     }
     if (CaptureSlot == i + 1) text = "-----";
-    modText::Draw_Text(X(295), Y(c.row_y), 2, text);
+    modText::Draw_Text(Screen_X(295), Screen_Y(c.row_y), 2, text);
   }
   modMain::Update_Frame_Timer();
-  if (mod3Denhance::D3DDevice != nullptr) {
-    mod3Denhance::D3DDevice->BeginScene();
-    modMouseParticles::Update_Particles();
-    mod3Denhance::D3DDevice->EndScene();
-  }
-  Rect pointer{0, 0, 11, 19};
-  i16 px = frmMain::MouseX, py = frmMain::MouseY;
-  Blit_Clipped(BackBuffer, g_cursor, pointer, px, py, 1);
+  modMouseParticles::Draw_Particles_Scene();
+  modMouseParticles::Draw_Pointer(g_cursor);
   mod3Denhance::Flip();
 }
 
@@ -177,7 +177,7 @@ void Init_Options_Screen() {
                  mod3Denhance::kKeyBlack, kFalse);
   for (size_t i = 0; i < OptionButtons.size(); ++i) {
     const int* a = kAreas[i];
-    OptionButtons[i] = mod3Denhance::Make_Rect(X(a[0]), Y(a[1]), X(a[2]), Y(a[3]));
+    OptionButtons[i] = mod3Denhance::Make_Rect(Screen_X(a[0]), Screen_Y(a[1]), Screen_X(a[2]), Screen_Y(a[3]));
   }
   CaptureSlot = 0;
   OptionsRunning = kTrue;

@@ -1,7 +1,7 @@
 #include "screens/modShipSelection.h"
 
-#include "audio_input/modMouseParticles.h"
 #include "audio_input/frmMain.h"
+#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "gfx/mod3Denhance.h"
@@ -14,6 +14,9 @@
 #include "vehicle/ships_dat.h"
 
 namespace modShipSelection {
+
+using modMain::Screen_X;
+using modMain::Screen_Y;
 
 Bool16 ShipSelRunning = kFalse;
 float SlideOffset = 0;
@@ -33,16 +36,6 @@ constexpr i16 kButtonArea[6][4] = {{50, 350, 241, 389},  {50, 400, 241, 439},  {
                                    {104, 170, 200, 205}, {104, 148, 152, 170}, {152, 148, 200, 170}};
 constexpr double kBarX = 415, kBarY[3] = {321, 351, 381};
 
-i16 Sx(double v) {
-  i16 out = 0;
-  numbers::Convert_Round(v * modMain::ScaleX, out);
-  return out;
-}
-i16 Sy(double v) {
-  i16 out = 0;
-  numbers::Convert_Round(v * modMain::ScaleY, out);
-  return out;
-}
 i16 Target(double v) {
   i16 out = 0;
   if (!numbers::Convert_Round(v, out)) out = v < 0 ? INT16_MIN : INT16_MAX;
@@ -50,19 +43,7 @@ i16 Target(double v) {
 }
 
 void Set_Up_Light() {
-  platform::Device3D* device = mod3Denhance::D3DDevice;
-  if (device == nullptr) return;
-  platform::D3DLight light;
-  light.type = 3;
-  light.diffuse = ColorValue{1, 1, 1, 1};
-  light.position = Vector3{0, 10, 0};
-  light.direction = Vector3{-0.2f, -0.8f, 0.2f};
-  light.range = 5000;
-  light.attenuation0 = 0.8f;
-  device->SetLight(0, light);
-  device->LightEnable(0, true);
-  device->SetRenderState(platform::rs::Lighting, uint32_t(kTrue));
-  device->SetRenderState(platform::rs::Ambient, 0x00969696u);
+  mod3Denhance::Set_Scene_Light(ColorValue{1, 1, 1, 1}, Vector3{-0.2f, -0.8f, 0.2f});
 }
 
 bool Clicked(int i) {
@@ -142,8 +123,8 @@ void Init_Ship_Selection() {
   for (int i = 0; i < 3; ++i) StatShown[i] = StatTarget[i] = 0;
   Load_Ship_Preview();
   for (int i = 0; i < 6; ++i)
-    ShipButtons[i] = mod3Denhance::Make_Rect(Sx(kButtonArea[i][0]), Sy(kButtonArea[i][1]), Sx(kButtonArea[i][2]),
-                                             Sy(kButtonArea[i][3]));
+    ShipButtons[i] = mod3Denhance::Make_Rect(Screen_X(kButtonArea[i][0]), Screen_Y(kButtonArea[i][1]),
+                                             Screen_X(kButtonArea[i][2]), Screen_Y(kButtonArea[i][3]));
   SlideOffset = 241.0f * modMain::ScaleX;
   modMain::Reset_Game_Clock();
   Ship_Selection_Loop();
@@ -215,17 +196,18 @@ void Draw_Ship_Selection() {
   for (int i = 0; i < 6; ++i) {
     const bool lit =
         SlideOffset == 0 && Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY));
-    Rect cell = mod3Denhance::Make_Rect(Sx(lit ? 191 : 0), Sy(39 * i), Sx(lit ? 382 : 191), Sy(39 * i + 39));
+    Rect cell = mod3Denhance::Make_Rect(Screen_X(lit ? 191 : 0), Screen_Y(39 * i), Screen_X(lit ? 382 : 191),
+                                        Screen_Y(39 * i + 39));
     i16 x = 0, y = ShipButtons[i].top;
     numbers::Convert_Round(static_cast<double>(ShipButtons[i].left) - SlideOffset, x);
     mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, ButtonsSurf, cell, x, y, 1);
   }
 
-  modText::Draw_Text(Sx(470.0 - 6.0 * static_cast<double>(ShipName.size())), Sy(120), 2, ShipName);
+  modText::Draw_Text(Screen_X(470.0 - 6.0 * static_cast<double>(ShipName.size())), Screen_Y(120), 2, ShipName);
 
   for (int i = 0; i < 3; ++i) {
-    Rect bar = mod3Denhance::Make_Rect(0, 0, Sx(StatShown[i] - 2), Sy(18));
-    i16 x = Sx(kBarX), y = Sy(kBarY[i]);
+    Rect bar = mod3Denhance::Make_Rect(0, 0, Screen_X(StatShown[i] - 2), Screen_Y(18));
+    i16 x = Screen_X(kBarX), y = Screen_Y(kBarY[i]);
     // Blit_Clipped refuses an empty or inverted rectangle: a bar of 2 or less draws nothing.
     mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, StatsSurf, bar, x, y, 0);
   }
@@ -236,9 +218,7 @@ void Draw_Ship_Selection() {
     modMouseParticles::Update_Particles();
     device->EndScene();
   }
-  Rect pointer{0, 0, 11, 19};
-  i16 mx = frmMain::MouseX, my = frmMain::MouseY;
-  mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, CursorSurf, pointer, mx, my, 1);
+  modMouseParticles::Draw_Pointer(CursorSurf);
   mod3Denhance::Flip();
 }
 
