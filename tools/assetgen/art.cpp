@@ -261,4 +261,12 @@ bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& 
   return true;
 }
 
+bool Heading(Picture& p, int top, const std::string& text, TextStyle style, int rule_top, int rule_half,
+             uint32_t rule_colour) {
+  style.align = Align::Centre;
+  const bool ok = Text(p, p.width / 2, top, text, style);
+  Fill(p, p.width / 2 - rule_half, rule_top, p.width / 2 + rule_half, rule_top + 2, rule_colour);
+  return ok;
+}
+
 }  // namespace art

@@ -88,5 +88,9 @@ struct TextStyle {
 // tall), left-aligned, centred or right-aligned on x.
 // False when the face cannot be opened.
 bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& style);
+// A screen's title: the text centred across the picture, capitals from row `top`, over a
+// two-pixel rule from rows rule_top, reaching rule_half pixels either side of the centre.
+bool Heading(Picture& p, int top, const std::string& text, TextStyle style, int rule_top, int rule_half,
+             uint32_t rule_colour);
 
 }  // namespace art

@@ -27,15 +27,9 @@ void Grid_Floor(Picture& p, int horizon, uint32_t line) {
 }
 
 void Title(Picture& p) {
-  Text(p, 320, 38, "BRINDLEX QUORVAL",
-       {.face = "DejaVuSans-BoldOblique.ttf",
-        .pixel_size = 46,
-        .top = kIce,
-        .bottom = kCyan,
-        .align = Align::Centre,
-        .tracking = 2,
-        .shadow = 3});
-  Line(p, {150, 98}, {490, 98}, 2, kOrange);
+  Heading(p, 38, "BRINDLEX QUORVAL",
+          {.face = "DejaVuSans-BoldOblique.ttf", .pixel_size = 46, .top = kIce, .bottom = kCyan, .tracking = 2, .shadow = 3},
+          97, 170, kOrange);
   Line(p, {190, 103}, {450, 103}, 1, kCyanDim);
   Text(p, 320, 112, "HOVER  RACING  LEAGUE",
        {.pixel_size = 13, .top = kAmber, .bottom = kAmber, .align = Align::Centre, .tracking = 4});

@@ -50,11 +50,9 @@ Picture Background() {
   TextStyle title = Label(40, kIce);
   title.face = "DejaVuSans-BoldOblique.ttf";
   title.bottom = kCyan;
-  title.align = Align::Centre;
   title.tracking = 3;
   title.shadow = 3;
-  Text(p, 320, 34, "OPTIONS", title);
-  Line(p, {200, 80}, {440, 80}, 2, kOrange);
+  Heading(p, 34, "OPTIONS", title, 79, 120, kOrange);
 
   Panel(p, 150, 106, 490, 384, kCyan);
   // Difficulty: label, plain arrows, the slot the level word is overlaid on.
