@@ -57,7 +57,8 @@ void Vertical_Gradient(Picture& p, int top, int bottom, uint32_t from, uint32_t 
 void Panel(Picture& p, int left, int top, int right, int bottom, uint32_t accent);
 // Faint stars over rows [0, bottom): a `chance` of the pixels, opacity faintest plus up to spread.
 void Stars(Picture& p, int bottom, uint32_t seed, double chance, double faintest, double spread);
-// The meta screens' backdrop: night gradient with grain and a dim perspective floor grid.
+// The backdrop of the ship selection and hi-score screens: night gradient with grain and a
+// dim perspective floor grid.
 void Backdrop(Picture& p, uint32_t seed);
 
 // ---- Shapes ----

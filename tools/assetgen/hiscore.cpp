@@ -13,8 +13,8 @@ constexpr int kRecordX = 68, kRecordY[3] = {335, 360, 385};
 bool Background(const std::string& dir) {
   Picture p(640, 480);
   Backdrop(p, 29);
-  bool ok = Heading(p, 22, "HI-SCORES", {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .tracking = 4, .shadow = 1},
-                    64, 100, kCyan);
+  bool ok = Heading(p, 22, "HI-SCORES",
+                    {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .tracking = 4, .shadow = 1}, 64, 100, kCyan);
 
   // The race just finished: labels right-aligned before the figures.
   Panel(p, 120, 80, 520, 168, kCyan);

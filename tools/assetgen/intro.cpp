@@ -79,9 +79,15 @@ Picture Ship_Scene() {
   Hover_Ship(p, 430, 300, 0.3, 0xFF804040u, kAmber);
   Hover_Ship(p, 330, 380, 1.05, kSteelLight, kOrange);
   Text(p, 28, 28, "BRINDLEX QUORVAL",
-       {.face = "DejaVuSans-BoldOblique.ttf", .pixel_size = 30, .top = kIce, .bottom = kCyan, .tracking = 2, .shadow = 2});
+       {.face = "DejaVuSans-BoldOblique.ttf",
+        .pixel_size = 30,
+        .top = kIce,
+        .bottom = kCyan,
+        .tracking = 2,
+        .shadow = 2});
   Line(p, {28, 62}, {404, 62}, 2, kOrange);
-  Text(p, 30, 72, "THREE LAPS. FIVE SHIPS. ONE RECORD.", {.pixel_size = 14, .top = kAmber, .bottom = kAmber, .tracking = 4});
+  Text(p, 30, 72, "THREE LAPS. FIVE SHIPS. ONE RECORD.",
+       {.pixel_size = 14, .top = kAmber, .bottom = kAmber, .tracking = 4});
   return p;
 }
 

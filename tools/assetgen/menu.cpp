@@ -28,7 +28,12 @@ void Grid_Floor(Picture& p, int horizon, uint32_t line) {
 
 void Title(Picture& p) {
   Heading(p, 38, "BRINDLEX QUORVAL",
-          {.face = "DejaVuSans-BoldOblique.ttf", .pixel_size = 46, .top = kIce, .bottom = kCyan, .tracking = 2, .shadow = 3},
+          {.face = "DejaVuSans-BoldOblique.ttf",
+           .pixel_size = 46,
+           .top = kIce,
+           .bottom = kCyan,
+           .tracking = 2,
+           .shadow = 3},
           97, 170, kOrange);
   Line(p, {190, 103}, {450, 103}, 1, kCyanDim);
   Text(p, 320, 112, "HOVER  RACING  LEAGUE",

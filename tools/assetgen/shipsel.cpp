@@ -16,8 +16,8 @@ constexpr int kPreviewX = 448, kPreviewY = 226;  // where the spinning ship appe
 bool Background(const std::string& dir) {
   Picture p(640, 480);
   Backdrop(p, 17);
-  bool ok = Heading(p, 26, "SHIP SELECTION", {.pixel_size = 30, .top = kIce, .bottom = kCyan, .tracking = 3, .shadow = 1},
-                    66, 120, kOrange);
+  bool ok = Heading(p, 26, "SHIP SELECTION",
+                    {.pixel_size = 30, .top = kIce, .bottom = kCyan, .tracking = 3, .shadow = 1}, 66, 120, kOrange);
   Fill(p, 240, 70, 400, 71, kCyanDim);
 
   // Controls: skin buttons above and below, ship arrows in the middle row.
