@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "assetgen.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
@@ -30,15 +30,6 @@ struct Row {
   int first, last;
 };
 const Row kRows[3] = {{65, 90}, {97, 123}, {38, 62}};
-
-uint32_t Mix(uint32_t a, uint32_t b, float t) {
-  uint32_t out = 0xFF000000u;
-  for (int shift = 0; shift < 24; shift += 8) {
-    const float ca = float((a >> shift) & 0xFF), cb = float((b >> shift) & 0xFF);
-    out |= uint32_t(ca + (cb - ca) * t + 0.5f) << shift;
-  }
-  return out;
-}
 
 uint32_t Scale(uint32_t c, int coverage) {
   uint32_t out = 0xFF000000u;
@@ -94,8 +85,8 @@ bool Make_Font(FT_Library lib, const std::string& game_dir, const FontFace& font
           const int coverage = g->bitmap.buffer[y * g->bitmap.pitch + x];
           // Faint edge pixels would show as a dark fringe once black is keyed out.
           if (coverage < 48) continue;
-          const float t = float(gy + y - cell_y) / float(font.cell_h - 1);
-          pic.at(gx + x, gy + y) = Scale(Mix(font.top, font.bottom, t), std::min(255, coverage + 32));
+          const double t = double(gy + y - cell_y) / (font.cell_h - 1);
+          pic.at(gx + x, gy + y) = Scale(art::Mix(font.top, font.bottom, t), std::min(255, coverage + 32));
         }
       }
     }

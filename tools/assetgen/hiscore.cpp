@@ -1,11 +1,10 @@
 // The hi-score pictures: the background (labels for the race's three figures, the records
 // panel) and the name entry box.
-#include "assetgen.h"
-#include "shipsel_art.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
-using namespace metaart;
+using namespace art;
 
 // Rows the screen prints on (640 x 480 design units, font 2 cells are 15 rows high).
 constexpr int kFigureX = 300, kFigureY[3] = {95, 119, 142};
@@ -14,10 +13,8 @@ constexpr int kRecordX = 68, kRecordY[3] = {335, 360, 385};
 bool Background(const std::string& dir) {
   Picture p(640, 480);
   Backdrop(p, 29);
-  bool ok =
-      Text(p, 320, 22, "HI-SCORES",
-           {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .align = Align::Centre, .tracking = 4, .shadow = true});
-  Fill(p, 220, 64, 420, 66, kCyan);
+  bool ok = Heading(p, 22, "HI-SCORES",
+                    {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .tracking = 4, .shadow = 1}, 64, 100, kCyan);
 
   // The race just finished: labels right-aligned before the figures.
   Panel(p, 120, 80, 520, 168, kCyan);

@@ -2,37 +2,30 @@
 // dusk. Both are 640 x 480 and are stretched to the display.
 #include <cmath>
 
-#include "menu_art.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
 
-using namespace menuart;
-
-void Stars(Picture& p, int bottom, uint32_t seed) {
-  for (int y = 0; y < bottom; ++y)
-    for (int x = 0; x < p.width; ++x)
-      if (Noise(x, y, seed) > 0.998) Blend(p, x, y, kIce, 0.25 + 0.6 * Noise(x, y, seed + 1));
-}
+using namespace art;
 
 Picture Title_Card() {
   Picture p(640, 480);
   Vertical_Gradient(p, 0, 480, kNight, Mix(kDeep, kSteel, 0.3));
-  Stars(p, 480, 31);
+  Stars(p, 480, 31, 0.002, 0.25, 0.6);
   Glow(p, 320, 230, 330, kCyanDim, 0.35);
   // Speed lines streaming past behind the name.
   for (int i = 0; i < 24; ++i) {
     const double y = 120 + 250 * Noise(i, 0, 32), x = 640 * Noise(i, 1, 33), len = 80 + 200 * Noise(i, 2, 34);
     Line(p, {x, y}, {x + len, y}, 1 + 2 * Noise(i, 3, 35), i % 4 == 0 ? kOrange : kCyan, 0.18 + 0.25 * Noise(i, 4, 36));
   }
-  TextStyle name;
-  name.face = "DejaVuSans-BoldOblique.ttf";
-  name.pixel_size = 84;
-  name.top = kIce;
-  name.bottom = kCyan;
-  name.align = Align::Centre;
-  name.tracking = 4;
-  name.shadow = 4;
+  TextStyle name{.face = "DejaVuSans-BoldOblique.ttf",
+                 .pixel_size = 84,
+                 .top = kIce,
+                 .bottom = kCyan,
+                 .align = Align::Centre,
+                 .tracking = 4,
+                 .shadow = 4};
   Text(p, 320, 120, "BRINDLEX", name);
   name.top = kAmber;
   name.bottom = kOrange;
@@ -40,12 +33,8 @@ Picture Title_Card() {
   Line(p, {96, 312}, {544, 312}, 3, kOrange);
   Line(p, {150, 320}, {490, 320}, 1.5, kCyan, 0.8);
   Hover_Ship(p, 330, 384, 0.55, kSteelLight, kOrange);
-  TextStyle sub;
-  sub.pixel_size = 15;
-  sub.top = sub.bottom = kSteelLight;
-  sub.align = Align::Centre;
-  sub.tracking = 6;
-  Text(p, 320, 440, "HOVER  RACING", sub);
+  Text(p, 320, 440, "HOVER  RACING",
+       {.pixel_size = 15, .top = kSteelLight, .bottom = kSteelLight, .align = Align::Centre, .tracking = 6});
   return p;
 }
 
@@ -76,7 +65,7 @@ Picture Ship_Scene() {
   const int horizon = 250;
   Vertical_Gradient(p, 0, horizon, kNight, 0xFF3A2A4Au);
   Glow(p, 360, horizon, 300, kOrange, 0.55);
-  Stars(p, 150, 41);
+  Stars(p, 150, 41, 0.002, 0.25, 0.6);
   // Hills along the horizon.
   std::vector<Point> hills{{0, double(horizon)}};
   for (int x = 0; x <= 640; x += 16)
@@ -89,20 +78,16 @@ Picture Ship_Scene() {
   Hover_Ship(p, 300, 282, 0.22, kSteel, kCyan);
   Hover_Ship(p, 430, 300, 0.3, 0xFF804040u, kAmber);
   Hover_Ship(p, 330, 380, 1.05, kSteelLight, kOrange);
-  TextStyle name;
-  name.face = "DejaVuSans-BoldOblique.ttf";
-  name.pixel_size = 30;
-  name.top = kIce;
-  name.bottom = kCyan;
-  name.tracking = 2;
-  name.shadow = 2;
-  Text(p, 28, 28, "BRINDLEX QUORVAL", name);
+  Text(p, 28, 28, "BRINDLEX QUORVAL",
+       {.face = "DejaVuSans-BoldOblique.ttf",
+        .pixel_size = 30,
+        .top = kIce,
+        .bottom = kCyan,
+        .tracking = 2,
+        .shadow = 2});
   Line(p, {28, 62}, {404, 62}, 2, kOrange);
-  TextStyle tag;
-  tag.pixel_size = 14;
-  tag.top = tag.bottom = kAmber;
-  tag.tracking = 4;
-  Text(p, 30, 72, "THREE LAPS. FIVE SHIPS. ONE RECORD.", tag);
+  Text(p, 30, 72, "THREE LAPS. FIVE SHIPS. ONE RECORD.",
+       {.pixel_size = 14, .top = kAmber, .bottom = kAmber, .tracking = 4});
   return p;
 }
 

@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "menu_art.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
 
-using namespace menuart;
+using namespace art;
 
 // The buttons' place on the 640 x 480 menu: x 225..416, rows from y 150 every 50.
 constexpr int kButtonLeft = 225, kButtonRight = 416, kButtonTop = 150, kButtonPitch = 50, kButtonH = 39;
@@ -27,24 +27,17 @@ void Grid_Floor(Picture& p, int horizon, uint32_t line) {
 }
 
 void Title(Picture& p) {
-  TextStyle big;
-  big.face = "DejaVuSans-BoldOblique.ttf";
-  big.pixel_size = 46;
-  big.top = kIce;
-  big.bottom = kCyan;
-  big.align = Align::Centre;
-  big.tracking = 2;
-  big.shadow = 3;
-  Text(p, 320, 38, "BRINDLEX QUORVAL", big);
-  Line(p, {150, 98}, {490, 98}, 2, kOrange);
+  Heading(p, 38, "BRINDLEX QUORVAL",
+          {.face = "DejaVuSans-BoldOblique.ttf",
+           .pixel_size = 46,
+           .top = kIce,
+           .bottom = kCyan,
+           .tracking = 2,
+           .shadow = 3},
+          97, 170, kOrange);
   Line(p, {190, 103}, {450, 103}, 1, kCyanDim);
-  TextStyle sub;
-  sub.face = "DejaVuSans-Bold.ttf";
-  sub.pixel_size = 13;
-  sub.top = sub.bottom = kAmber;
-  sub.align = Align::Centre;
-  sub.tracking = 4;
-  Text(p, 320, 112, "HOVER  RACING  LEAGUE", sub);
+  Text(p, 320, 112, "HOVER  RACING  LEAGUE",
+       {.pixel_size = 13, .top = kAmber, .bottom = kAmber, .align = Align::Centre, .tracking = 4});
 }
 
 Picture Background() {
@@ -52,9 +45,7 @@ Picture Background() {
   Vertical_Gradient(p, 0, 330, kNight, Mix(kDeep, kSteel, 0.35));
   Vertical_Gradient(p, 330, 480, Mix(kNight, kDeep, 0.5), kNight);
   // Faint stars and speed streaks in the sky.
-  for (int y = 0; y < 320; ++y)
-    for (int x = 0; x < 640; ++x)
-      if (Noise(x, y, 11) > 0.9985) Blend(p, x, y, kIce, 0.3 + 0.5 * Noise(x, y, 12));
+  Stars(p, 320, 11, 0.0015, 0.3, 0.5);
   for (int i = 0; i < 9; ++i) {
     const double y = 160 + i * 19, len = 60 + 110 * Noise(i, 0, 13);
     Line(p, {18.0 + 20 * Noise(i, 1, 14), y}, {18 + len, y - 6}, 1.5, i % 3 == 0 ? kOrange : kCyan, 0.35);
@@ -91,15 +82,13 @@ void Button(Picture& p, int left, int top, const char* caption, bool lit) {
     }
   // Edge lines along the chamfers and the bottom.
   for (int x = cut; x < w; ++x) p.at(left + x, top + h - 1) = lit ? kOrange : 0xFF0E1626u;
-  TextStyle s;
-  s.face = "DejaVuSans-Bold.ttf";
-  s.pixel_size = 16;
-  s.top = lit ? 0xFFFFFFFFu : kIce;
-  s.bottom = lit ? kAmber : 0xFFA8C0D8u;
-  s.align = Align::Centre;
-  s.tracking = 1;
-  s.shadow = 1;
-  Text(p, left + w / 2 + 10, top + 13, caption, s);
+  Text(p, left + w / 2 + 10, top + 13, caption,
+       {.pixel_size = 16,
+        .top = lit ? 0xFFFFFFFFu : kIce,
+        .bottom = lit ? kAmber : 0xFFA8C0D8u,
+        .align = Align::Centre,
+        .tracking = 1,
+        .shadow = 1});
   if (lit) {
     // Chevrons pointing at the caption.
     for (int k = 0; k < 2; ++k) {

@@ -3,21 +3,15 @@
 // each cut to exactly the rectangle the screen copies and drawn over the same place.
 #include <cmath>
 
-#include "menu_art.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
 
-using namespace menuart;
+using namespace art;
 
 TextStyle Label(int size = 12, uint32_t colour = kIce) {
-  TextStyle s;
-  s.face = "DejaVuSans-Bold.ttf";
-  s.pixel_size = size;
-  s.top = colour;
-  s.bottom = Mix(colour, kSteelLight, 0.4);
-  s.tracking = 1;
-  return s;
+  return {.pixel_size = size, .top = colour, .bottom = Mix(colour, kSteelLight, 0.4), .tracking = 1};
 }
 
 // A 10 x 12 arrow at (x, y), pointing left or right.
@@ -47,9 +41,7 @@ const uint32_t kLevelInk[4] = {kCyan, kIce, kAmber, kOrange};
 Picture Background() {
   Picture p(640, 480);
   Vertical_Gradient(p, 0, 480, kNight, Mix(kDeep, kSteel, 0.25));
-  for (int y = 0; y < 480; ++y)
-    for (int x = 0; x < 640; ++x)
-      if (Noise(x, y, 51) > 0.9985) Blend(p, x, y, kIce, 0.3 + 0.4 * Noise(x, y, 52));
+  Stars(p, 480, 51, 0.0015, 0.3, 0.4);
   for (int i = 0; i < 12; ++i) {
     const double y = 110 + 22 * i;
     Line(p, {12, y}, {12 + 90 * Noise(i, 0, 53) + 30, y - 4}, 1.5, i % 3 ? kCyan : kOrange, 0.3);
@@ -58,11 +50,9 @@ Picture Background() {
   TextStyle title = Label(40, kIce);
   title.face = "DejaVuSans-BoldOblique.ttf";
   title.bottom = kCyan;
-  title.align = Align::Centre;
   title.tracking = 3;
   title.shadow = 3;
-  Text(p, 320, 34, "OPTIONS", title);
-  Line(p, {200, 80}, {440, 80}, 2, kOrange);
+  Heading(p, 34, "OPTIONS", title, 79, 120, kOrange);
 
   Panel(p, 150, 106, 490, 384, kCyan);
   // Difficulty: label, plain arrows, the slot the level word is overlaid on.

@@ -7,65 +7,25 @@
 #include <cstdint>
 #include <string>
 
-#include "assetgen.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
 
-struct Rgb {
-  double r, g, b;
-};
-Rgb Mix(Rgb a, Rgb b, double t) { return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t}; }
-Rgb Scale(Rgb a, double k) { return {a.r * k, a.g * k, a.b * k}; }
-uint32_t Pack(Rgb c, double alpha = 1.0) {
-  auto q = [](double v) { return static_cast<uint32_t>(std::clamp(std::lround(v), 0l, 255l)); };
-  return q(alpha * 255) << 24 | q(c.r) << 16 | q(c.g) << 8 | q(c.b);
-}
+using namespace art;
+
 // Panels never use pure black: black is their colour key.
 uint32_t Pack_Opaque(Rgb c) { return Pack({std::max(c.r, 2.0), std::max(c.g, 2.0), std::max(c.b, 2.0)}); }
 
-double Smooth(double e0, double e1, double x) {
-  const double t = std::clamp((x - e0) / (e1 - e0), 0.0, 1.0);
-  return t * t * (3 - 2 * t);
-}
-
-uint32_t Hash(uint32_t x, uint32_t y, uint32_t seed) {
-  uint32_t h = x * 0x8da6b343u ^ y * 0xd8163841u ^ seed * 0xcb1ab31fu;
-  h ^= h >> 13;
-  h *= 0x5bd1e995u;
-  h ^= h >> 15;
-  return h;
-}
-double Rand01(int x, int y, uint32_t seed) {
-  return (Hash(static_cast<uint32_t>(x), static_cast<uint32_t>(y), seed) & 0xFFFFFF) / 16777216.0;
-}
-// Value noise that wraps every `cells` lattice steps along x (so the sky tiles sideways).
-double Noise(double fx, double fy, int cells, uint32_t seed) {
-  const int x0 = static_cast<int>(std::floor(fx)), y0 = static_cast<int>(std::floor(fy));
-  double tx = fx - x0, ty = fy - y0;
-  tx = tx * tx * (3 - 2 * tx);
-  ty = ty * ty * (3 - 2 * ty);
-  auto at = [&](int cx, int cy) { return Rand01(((cx % cells) + cells) % cells, cy, seed); };
-  const double a = at(x0, y0) + (at(x0 + 1, y0) - at(x0, y0)) * tx;
-  const double b = at(x0, y0 + 1) + (at(x0 + 1, y0 + 1) - at(x0, y0 + 1)) * tx;
-  return a + (b - a) * ty;
-}
-// Octaves of Noise over u in [0, 1) (wrapping) and v; about 0..1.
+// Octaves of noise over u in [0, 1) (wrapping) and v; about 0..1.
 double Fbm(double u, double v, int base_cells, int octaves, uint32_t seed) {
-  double sum = 0, amp = 0.5, norm = 0;
-  for (int o = 0; o < octaves; ++o) {
-    const int c = base_cells << o;
-    sum += amp * Noise(u * c, v * c, c, seed + static_cast<uint32_t>(o));
-    norm += amp;
-    amp *= 0.5;
-  }
-  return sum / norm;
+  return art::Fbm(u, v, 1, 1, base_cells, octaves, false, seed);
 }
 
-constexpr Rgb kNavy{12, 22, 44};
-constexpr Rgb kNavyLight{28, 48, 86};
-constexpr Rgb kSteel{96, 150, 210};
-constexpr Rgb kAmber{240, 168, 40};
+constexpr Rgb kHudNavy{12, 22, 44};
+constexpr Rgb kHudNavyLight{28, 48, 86};
+constexpr Rgb kHudSteel{96, 150, 210};
+constexpr Rgb kHudAmber{240, 168, 40};
 
 // Distance from (x, y) to a rounded rectangle (negative inside).
 double Rounded_Box(double x, double y, double x0, double y0, double x1, double y1, double radius) {
@@ -85,14 +45,14 @@ void Panel(Picture& p, int x0, int y0, int x1, int y1, double radius) {
       const double d = Rounded_Box(x + 0.5, y + 0.5, x0, y0, x1, y1, radius);
       if (d > 0) continue;
       const double v = (y + 0.5 - y0) / (y1 - y0);
-      Rgb c = Mix(kNavyLight, kNavy, Smooth(0.0, 0.7, v));
+      Rgb c = Mix(kHudNavyLight, kHudNavy, Smooth(0.0, 0.7, v));
       // A faint sheen across the upper third.
-      c = Mix(c, kSteel, 0.10 * (1 - Smooth(0.0, 0.35, v)));
+      c = Mix(c, kHudSteel, 0.10 * (1 - Smooth(0.0, 0.35, v)));
       // Fine scan lines read as a display.
       if (y % 3 == 0) c = Scale(c, 0.9);
-      if (d > -1.5) c = kSteel;
-      else if (d > -3.0) c = Scale(kSteel, 0.45);
-      if (y >= y1 - 4 && y < y1 - 2 && d < -3.0) c = kAmber;
+      if (d > -1.5) c = kHudSteel;
+      else if (d > -3.0) c = Scale(kHudSteel, 0.45);
+      if (y >= y1 - 4 && y < y1 - 2 && d < -3.0) c = kHudAmber;
       p.at(x, y) = Pack_Opaque(c);
     }
 }
@@ -158,7 +118,7 @@ Picture Stats() {
   // Lap and position sit at 15..45 and 48..78 of the panel (it is shown 5 pixels down).
   Panel(p, 2, 33 + 6, 160, 33 + 86, 9);
   // A divider between the two lines.
-  for (int x = 12; x < 150; ++x) p.at(x, 33 + 47) = Pack_Opaque(Scale(kSteel, 0.55));
+  for (int x = 12; x < 150; ++x) p.at(x, 33 + 47) = Pack_Opaque(Scale(kHudSteel, 0.55));
   return p;
 }
 

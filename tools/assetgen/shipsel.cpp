@@ -2,12 +2,11 @@
 // stage, bar labels and slots), the stats bar and the six buttons.
 #include <cmath>
 
-#include "assetgen.h"
-#include "shipsel_art.h"
+#include "art.h"
 
 namespace assetgen {
 namespace {
-using namespace metaart;
+using namespace art;
 
 // Where the screen puts things (640 x 480 design units); the pictures are drawn to match.
 constexpr int kBarX = 415, kBarY[3] = {321, 351, 381}, kBarW = 198, kBarH = 18;
@@ -17,10 +16,8 @@ constexpr int kPreviewX = 448, kPreviewY = 226;  // where the spinning ship appe
 bool Background(const std::string& dir) {
   Picture p(640, 480);
   Backdrop(p, 17);
-  bool ok =
-      Text(p, 320, 26, "SHIP SELECTION",
-           {.pixel_size = 30, .top = kIce, .bottom = kCyan, .align = Align::Centre, .tracking = 3, .shadow = true});
-  Fill(p, 200, 66, 440, 68, kOrange);
+  bool ok = Heading(p, 26, "SHIP SELECTION",
+                    {.pixel_size = 30, .top = kIce, .bottom = kCyan, .tracking = 3, .shadow = 1}, 66, 120, kOrange);
   Fill(p, 240, 70, 400, 71, kCyanDim);
 
   // Controls: skin buttons above and below, ship arrows in the middle row.

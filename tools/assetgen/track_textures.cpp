@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "art.h"
 #include "track_params.h"
 
 namespace trackgen {
@@ -14,52 +15,16 @@ namespace {
 
 using assetgen::Picture;
 
-uint32_t Hash(uint32_t x, uint32_t y, uint32_t seed) {
-  uint32_t h = x * 0x8da6b343u ^ y * 0xd8163841u ^ seed * 0xcb1ab31fu;
-  h ^= h >> 13;
-  h *= 0x5bd1e995u;
-  h ^= h >> 15;
-  return h;
-}
-double Rand01(uint32_t x, uint32_t y, uint32_t seed) { return (Hash(x, y, seed) & 0xFFFFFF) / 16777216.0; }
+using art::Mix;
+using art::Noise;
+using art::Pack;
+using art::Rgb;
+using art::Scale;
 
-// Smooth value noise on a lattice of `cells` per `size` pixels, wrapping at `size`.
-double Value_Noise(int x, int y, int size_x, int size_y, int cells_x, int cells_y, uint32_t seed) {
-  const double fx = static_cast<double>(x) * cells_x / size_x, fy = static_cast<double>(y) * cells_y / size_y;
-  const int x0 = static_cast<int>(fx), y0 = static_cast<int>(fy);
-  double tx = fx - x0, ty = fy - y0;
-  tx = tx * tx * (3 - 2 * tx);
-  ty = ty * ty * (3 - 2 * ty);
-  auto at = [&](int cx, int cy) {
-    return Rand01(static_cast<uint32_t>(cx % cells_x), static_cast<uint32_t>(cy % cells_y), seed);
-  };
-  const double a = at(x0, y0) + (at(x0 + 1, y0) - at(x0, y0)) * tx;
-  const double b = at(x0, y0 + 1) + (at(x0 + 1, y0 + 1) - at(x0, y0 + 1)) * tx;
-  return a + (b - a) * ty;
-}
-
-// Four octaves, -1..1 roughly, tiling over the picture.
+// Four octaves, -1..1 roughly, tiling over the w x h picture.
 double Fbm(int x, int y, int w, int h, int base_cells, uint32_t seed) {
-  double sum = 0, amp = 0.5, norm = 0;
-  for (int o = 0; o < 4; ++o) {
-    const int c = base_cells << o;
-    sum += amp * (Value_Noise(x, y, w, h, c, c * h / w, seed + static_cast<uint32_t>(o)) * 2 - 1);
-    norm += amp;
-    amp *= 0.5;
-  }
-  return sum / norm;
+  return art::Fbm(x, y, w, h, base_cells, 4, true, seed) * 2 - 1;
 }
-
-struct Rgb {
-  double r, g, b;
-};
-Rgb Mix(Rgb a, Rgb b, double t) { return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t}; }
-Rgb Scale(Rgb a, double k) { return {a.r * k, a.g * k, a.b * k}; }
-uint32_t Pack(Rgb c, double alpha = 1.0) {
-  auto q = [](double v) { return static_cast<uint32_t>(std::clamp(std::lround(v), 0l, 255l)); };
-  return q(alpha * 255) << 24 | q(c.r) << 16 | q(c.g) << 8 | q(c.b);
-}
-Rgb Unpack(uint32_t c) { return {double(c >> 16 & 0xFF), double(c >> 8 & 0xFF), double(c & 0xFF)}; }
 
 constexpr Rgb kAsphalt{54, 58, 68};
 constexpr Rgb kEdgeLine{215, 235, 245};
@@ -74,8 +39,8 @@ constexpr double kAlong = 256.0 / kRoadTile;
 
 // Painted markings look worn: paint coverage drops a little in noisy patches.
 void Paint(Picture& p, int x, int y, Rgb paint, double coverage, uint32_t seed) {
-  const double wear = 0.82 + 0.18 * Rand01(static_cast<uint32_t>(x), static_cast<uint32_t>(y), seed);
-  p.at(x, y) = Pack(Mix(Unpack(p.at(x, y)), paint, std::clamp(coverage * wear, 0.0, 1.0)));
+  const double wear = 0.82 + 0.18 * Noise(x, y, seed);
+  p.at(x, y) = Pack(Mix(art::Unpack(p.at(x, y)), paint, std::clamp(coverage * wear, 0.0, 1.0)));
 }
 
 // Asphalt of height h, tiling in both directions (h a multiple of 256 keeps the lines' phase).
@@ -84,7 +49,7 @@ Picture Asphalt(int h) {
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < 256; ++x) {
       const double n = Fbm(x, y % 256, 256, 256, 8, 11);
-      const double grit = Rand01(static_cast<uint32_t>(x), static_cast<uint32_t>(y % 256), 12);
+      const double grit = Noise(x, y % 256, 12);
       double k = 1.0 + 0.10 * n + (grit > 0.97 ? 0.28 : grit < 0.04 ? -0.18 : 0.0);
       // The racing line in each lane is polished slightly darker by traffic.
       const double lane = std::fmod(x / kAcross, (2 * kHalfWidth) / 3) / ((2 * kHalfWidth) / 3);
@@ -175,7 +140,7 @@ Picture Grass_Picture() {
     for (int x = 0; x < 256; ++x) {
       const double broad = Fbm(x, y, 256, 256, 4, 41) * 0.5 + 0.5;
       const double patch = Fbm(x, y, 256, 256, 2, 42) * 0.5 + 0.5;
-      const double blade = Rand01(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 43);
+      const double blade = Noise(x, y, 43);
       Rgb c = Mix(dark, light, std::clamp(broad * 1.2 - 0.1, 0.0, 1.0));
       c = Mix(c, dry, std::clamp((patch - 0.62) * 2.5, 0.0, 0.6));
       c = Scale(c, 0.86 + 0.28 * blade);
@@ -191,7 +156,7 @@ Picture Concrete_Wall_Picture() {
   for (int y = 0; y < 64; ++y)
     for (int x = 0; x < 128; ++x) {
       const double n = Fbm(x, y, 128, 64, 8, 51);
-      const double pit = Rand01(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 52);
+      const double pit = Noise(x, y, 52);
       double k = 1.0 + 0.08 * n - (pit > 0.985 ? 0.25 : 0.0);
       if (y < 5) k += 0.12;                           // rounded cap catches the light
       if (y == 5) k -= 0.25;                          // its shadow line

@@ -1,4 +1,4 @@
-#include "shipsel_art.h"
+#include "art.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdio>
 
-namespace metaart {
+namespace art {
 
 uint32_t Mix(uint32_t a, uint32_t b, double t) {
   t = std::clamp(t, 0.0, 1.0);
@@ -17,6 +17,54 @@ uint32_t Mix(uint32_t a, uint32_t b, double t) {
     out |= uint32_t(std::lround(ca + (cb - ca) * t)) << shift;
   }
   return out;
+}
+
+uint32_t Not_Black(uint32_t c) { return (c & 0x00FFFFFFu) == 0 ? 0xFF010101u : c; }
+
+Rgb Mix(Rgb a, Rgb b, double t) { return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t}; }
+Rgb Scale(Rgb a, double k) { return {a.r * k, a.g * k, a.b * k}; }
+uint32_t Pack(Rgb c, double alpha) {
+  auto q = [](double v) { return static_cast<uint32_t>(std::clamp(std::lround(v), 0l, 255l)); };
+  return q(alpha * 255) << 24 | q(c.r) << 16 | q(c.g) << 8 | q(c.b);
+}
+Rgb Unpack(uint32_t c) { return {double(c >> 16 & 0xFF), double(c >> 8 & 0xFF), double(c & 0xFF)}; }
+
+double Smooth(double e0, double e1, double x) {
+  const double t = std::clamp((x - e0) / (e1 - e0), 0.0, 1.0);
+  return t * t * (3 - 2 * t);
+}
+
+double Noise(int x, int y, uint32_t seed) {
+  uint32_t h = uint32_t(x) * 0x8da6b343u ^ uint32_t(y) * 0xd8163841u ^ seed * 0xcb1ab31fu;
+  h ^= h >> 13;
+  h *= 0x5bd1e995u;
+  h ^= h >> 15;
+  return (h & 0xFFFFFF) / 16777216.0;
+}
+
+double Value_Noise(double fx, double fy, int wrap_x, int wrap_y, uint32_t seed) {
+  const int x0 = int(std::floor(fx)), y0 = int(std::floor(fy));
+  double tx = fx - x0, ty = fy - y0;
+  tx = tx * tx * (3 - 2 * tx);
+  ty = ty * ty * (3 - 2 * ty);
+  auto wrap = [](int c, int n) { return n > 0 ? ((c % n) + n) % n : c; };
+  auto at = [&](int cx, int cy) { return Noise(wrap(cx, wrap_x), wrap(cy, wrap_y), seed); };
+  const double a = at(x0, y0) + (at(x0 + 1, y0) - at(x0, y0)) * tx;
+  const double b = at(x0, y0 + 1) + (at(x0 + 1, y0 + 1) - at(x0, y0 + 1)) * tx;
+  return a + (b - a) * ty;
+}
+
+double Fbm(double x, double y, double width, double height, int base_cells, int octaves, bool wrap_down,
+           uint32_t seed) {
+  double sum = 0, amp = 0.5, norm = 0;
+  for (int o = 0; o < octaves; ++o) {
+    const int across = base_cells << o, down = wrap_down ? int(across * height / width) : across;
+    sum += amp * Value_Noise(x * across / width, y * down / height, across, wrap_down ? down : 0,
+                             seed + static_cast<uint32_t>(o));
+    norm += amp;
+    amp *= 0.5;
+  }
+  return sum / norm;
 }
 
 void Blend(Picture& p, int x, int y, uint32_t colour, double coverage) {
@@ -36,17 +84,29 @@ void Frame(Picture& p, int left, int top, int right, int bottom, uint32_t colour
   Fill(p, right - 1, top, right, bottom, colour);
 }
 
-uint32_t Not_Black(uint32_t c) { return (c & 0x00FFFFFFu) == 0 ? 0xFF010101u : c; }
-
-namespace {
-double Noise(int x, int y, uint32_t seed) {
-  uint32_t h = uint32_t(x) * 0x8da6b343u ^ uint32_t(y) * 0xd8163841u ^ seed * 0xcb1ab31fu;
-  h ^= h >> 13;
-  h *= 0x5bd1e995u;
-  h ^= h >> 15;
-  return (h & 0xFFFFFF) / 16777216.0;
+void Vertical_Gradient(Picture& p, int top, int bottom, uint32_t from, uint32_t to) {
+  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y) {
+    const uint32_t c = Mix(from, to, double(y - top) / std::max(1, bottom - top - 1));
+    for (int x = 0; x < p.width; ++x) p.at(x, y) = c;
+  }
 }
-}  // namespace
+
+void Panel(Picture& p, int left, int top, int right, int bottom, uint32_t accent) {
+  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y)
+    for (int x = std::max(0, left); x < std::min(p.width, right); ++x)
+      p.at(x, y) = Not_Black(Mix(p.at(x, y), kNight, 0.72 - 0.12 * double(y - top) / std::max(1, bottom - top)));
+  Frame(p, left, top, right, bottom, Mix(kSteel, accent, 0.35));
+  Fill(p, left + 1, top + 1, right - 1, top + 2, kSteelLight);
+  // Accent ticks on the corners, the racing-dash look of the whole game.
+  Fill(p, left, top, left + 18, top + 2, accent);
+  Fill(p, right - 18, bottom - 2, right, bottom, accent);
+}
+
+void Stars(Picture& p, int bottom, uint32_t seed, double chance, double faintest, double spread) {
+  for (int y = 0; y < std::min(p.height, bottom); ++y)
+    for (int x = 0; x < p.width; ++x)
+      if (Noise(x, y, seed) > 1 - chance) Blend(p, x, y, kIce, faintest + spread * Noise(x, y, seed + 1));
+}
 
 void Backdrop(Picture& p, uint32_t seed) {
   for (int y = 0; y < p.height; ++y) {
@@ -69,17 +129,8 @@ void Backdrop(Picture& p, uint32_t seed) {
   }
 }
 
-void Panel(Picture& p, int left, int top, int right, int bottom, uint32_t accent) {
-  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y)
-    for (int x = std::max(0, left); x < std::min(p.width, right); ++x)
-      p.at(x, y) = Not_Black(Mix(p.at(x, y), kNight, 0.72 - 0.12 * double(y - top) / std::max(1, bottom - top)));
-  Frame(p, left, top, right, bottom, Mix(kSteel, accent, 0.35));
-  Fill(p, left + 1, top + 1, right - 1, top + 2, kSteelLight);
-  Fill(p, left, top, left + 18, top + 2, accent);
-  Fill(p, right - 18, bottom - 2, right, bottom, accent);
-}
-
 namespace {
+// Whether (x, y) lies inside the polygon (even-odd rule).
 bool Inside(const std::vector<Point>& pts, double x, double y) {
   bool in = false;
   for (size_t i = 0, j = pts.size() - 1; i < pts.size(); j = i++) {
@@ -106,6 +157,14 @@ void Polygon(Picture& p, const std::vector<Point>& pts, uint32_t colour, double 
     }
 }
 
+void Line(Picture& p, Point a, Point b, double width, uint32_t colour, double opacity) {
+  const double dx = b.x - a.x, dy = b.y - a.y, len = std::hypot(dx, dy);
+  if (len <= 0) return;
+  const double nx = -dy / len * width / 2, ny = dx / len * width / 2;
+  Polygon(p, {{a.x + nx, a.y + ny}, {b.x + nx, b.y + ny}, {b.x - nx, b.y - ny}, {a.x - nx, a.y - ny}}, colour,
+          opacity);
+}
+
 void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, double strength) {
   for (int y = std::max(0, int(cy - radius)); y < std::min(p.height, int(cy + radius) + 1); ++y)
     for (int x = std::max(0, int(cx - radius)); x < std::min(p.width, int(cx + radius) + 1); ++x) {
@@ -120,6 +179,30 @@ void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, doub
       }
       p.at(x, y) = out;
     }
+}
+
+void Hover_Ship(Picture& p, double cx, double cy, double s, uint32_t hull, uint32_t stripe) {
+  auto P = [&](double x, double y) { return Point{cx + x * s, cy + y * s}; };
+  // Hover glow under the hull first, so the body sits on its light.
+  Glow(p, cx - 10 * s, cy + 34 * s, 95 * s, kCyanDim, 0.9);
+  // Far fin and lower hull in shadow.
+  Polygon(p, {P(40, -10), P(78, -48), P(92, -48), P(84, -6)}, Mix(hull, kNight, 0.55));
+  Polygon(p, {P(-100, 8), P(90, -4), P(96, 18), P(-70, 24)}, Mix(hull, kNight, 0.6));
+  // Upper hull: a long wedge, nose to the left.
+  Polygon(p, {P(-104, 8), P(-30, -14), P(70, -22), P(98, -6), P(90, 12)}, hull);
+  Polygon(p, {P(-104, 8), P(-30, -14), P(70, -22), P(68, -16), P(-28, -8)}, Mix(hull, kIce, 0.35));
+  // Racing stripe along the flank.
+  Polygon(p, {P(-86, 6), P(80, -6), P(82, 0), P(-80, 11)}, stripe);
+  // Canopy.
+  Polygon(p, {P(-34, -12), P(-4, -30), P(30, -30), P(40, -18)}, Mix(kCyan, kNight, 0.55));
+  Polygon(p, {P(-26, -13), P(-4, -27), P(10, -27), P(0, -15)}, Mix(kCyan, kIce, 0.3), 0.6);
+  // Near fin.
+  Polygon(p, {P(52, -16), P(88, -56), P(104, -56), P(96, -10)}, Mix(hull, kSteelLight, 0.3));
+  Polygon(p, {P(88, -56), P(104, -56), P(102, -50), P(86, -50)}, stripe);
+  // Engine nozzle and flame.
+  Polygon(p, {P(92, -10), P(104, -12), P(106, 12), P(94, 12)}, kSteel);
+  Glow(p, cx + 112 * s, cy + 0 * s, 34 * s, kCyan, 1.4);
+  Glow(p, cx + 108 * s, cy + 0 * s, 14 * s, kIce, 1.6);
 }
 
 namespace {
@@ -144,6 +227,7 @@ struct Face {
   Face& operator=(const Face&) = delete;
 };
 
+// One pass over the glyphs: the text itself, or its shadow `offset` pixels down and right.
 void Draw_Run(Picture& p, FT_Face face, int x, int top, const std::string& text, const TextStyle& style, int offset,
               bool shadow) {
   const int ascent = int(std::lround(style.pixel_size * 0.73));
@@ -156,7 +240,7 @@ void Draw_Run(Picture& p, FT_Face face, int x, int top, const std::string& text,
         const double coverage = g->bitmap.buffer[y * g->bitmap.pitch + gx] / 255.0;
         const int px = x + g->bitmap_left + gx + offset, py = baseline - g->bitmap_top + y + offset;
         const double t = double(py - offset - top) / std::max(1, ascent);
-        Blend(p, px, py, shadow ? kNight : Mix(style.top, style.bottom, t), coverage * (shadow ? 0.8 : 1.0));
+        Blend(p, px, py, shadow ? 0xFF000000u : Mix(style.top, style.bottom, t), coverage * (shadow ? 0.7 : 1.0));
       }
     x += int(g->advance.x >> 6) + style.tracking;
   }
@@ -172,9 +256,17 @@ bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& 
   if (!text.empty()) w -= style.tracking;
   if (style.align == Align::Centre) x -= w / 2;
   if (style.align == Align::Right) x -= w;
-  if (style.shadow) Draw_Run(p, f.face, x, top, text, style, 1, true);
+  if (style.shadow != 0) Draw_Run(p, f.face, x, top, text, style, style.shadow, true);
   Draw_Run(p, f.face, x, top, text, style, 0, false);
   return true;
 }
 
-}  // namespace metaart
+bool Heading(Picture& p, int top, const std::string& text, TextStyle style, int rule_top, int rule_half,
+             uint32_t rule_colour) {
+  style.align = Align::Centre;
+  const bool ok = Text(p, p.width / 2, top, text, style);
+  Fill(p, p.width / 2 - rule_half, rule_top, p.width / 2 + rule_half, rule_top + 2, rule_colour);
+  return ok;
+}
+
+}  // namespace art
