@@ -45,7 +45,7 @@ int Main() {
   Read_Settings();
   Write_Log("...Done");
   if (SkipSetup == 0) {
-    frmSetup::Show();
+    if (frmSetup::Show()) Init_Game();
   } else {
     Init_Game();
   }
