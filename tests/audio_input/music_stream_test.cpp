@@ -162,6 +162,8 @@ TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain)
   spec.rate = 8000;
   spec.data = Pattern(2 * 16000 + 10002);
   spec.before_data = wavetest::Chunk("LIST", std::string(20, 'l'));
+  // Bytes after the samples are read with the last chunk; the refill silences them.
+  spec.after_data = wavetest::Chunk("LIST", std::string(30000, 'z'));
   const std::string one_pass = spec.data + std::string(16000 - 10002, '\0');
   const std::string played = Capture(wavetest::Make_Wave(spec), 2 * one_pass.size());
   ASSERT_EQ(played.size(), 2 * one_pass.size());
@@ -177,6 +179,7 @@ TEST_F(MusicStream, DataEndingOnABufferBoundaryGetsAWholeBufferOfSilence) {
   wavetest::WaveSpec spec;
   spec.rate = 8000;
   spec.data = Pattern(2 * 16000);
+  spec.after_data = wavetest::Chunk("LIST", std::string(30000, 'z'));
   const std::string one_pass = spec.data + std::string(16000, '\0');
   const std::string played = Capture(wavetest::Make_Wave(spec), 2 * one_pass.size());
   EXPECT_TRUE(played == one_pass + one_pass);
@@ -241,4 +244,38 @@ TEST_F(MusicStream, GeneratedMusicIsALoopOfPcmMusic) {
   EXPECT_TRUE(p.playing);
   EXPECT_EQ(p.buffer_bytes, 44100);
   frmMain::Kill_DSound();
+}
+
+TEST_F(MusicStream, TheGamePlaysItsMusicBehindTheScreensAndLogsTheSameWithoutSound) {
+  dir.Copy_From_Game("Gfx");
+  dir.Copy_From_Game("Sm");
+  const auto run = [](bool& playing_during_run) {
+    testenv::Write_File(modMain::Settings_Path(), "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
+    platform::Use_Manual_Clock(true);
+    playing_during_run = false;
+    uint64_t first = ~uint64_t{0};  // the pump count runs on from the run before
+    platform::Set_Pump_Hook([&](uint64_t pump) {
+      platform::Advance_Manual_Clock(16);
+      first = std::min(first, pump);
+      if (pump - first == 3) playing_during_run = platform::Stream_Playing();
+      if (pump - first == 5) platform::Post_Event({platform::EventKind::Quit});
+    });
+    modMain::Main();
+    platform::Set_Pump_Hook(nullptr);
+    platform::Use_Manual_Clock(false);
+    return testenv::Read_Lines_CRLF(modMain::Log_Path());
+  };
+  bool playing = false;
+  const auto with_sound = run(playing);
+  EXPECT_TRUE(playing);
+  EXPECT_FALSE(platform::Stream_Playing());
+  const auto at = std::find(with_sound.begin(), with_sound.end(), "Initialising Sound and Music...");
+  ASSERT_NE(at, with_sound.end());
+  EXPECT_EQ(*(at + 1), "...Sound and Music Ready");
+  EXPECT_EQ(with_sound.back(), "Bye Bye");
+
+  setenv("SDL_AUDIODRIVER", "no-such-driver", 1);
+  const auto silent = run(playing);
+  EXPECT_FALSE(playing);
+  EXPECT_EQ(silent, with_sound);
 }

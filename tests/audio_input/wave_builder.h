@@ -21,6 +21,7 @@ struct WaveSpec {
   std::string format_extra;  // bytes after the 16 of the format chunk
   std::string before_data;   // whole chunks between the format chunk and "data"
   std::string data;
+  std::string after_data;  // whole chunks after "data"
 };
 
 inline std::string Make_Wave(const WaveSpec& w) {
@@ -32,7 +33,7 @@ inline std::string Make_Wave(const WaveSpec& w) {
   Put(format, w.rate * block, 4);
   Put(format, block, 2);
   Put(format, w.bits, 2);
-  const std::string body = "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data);
+  const std::string body = "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data;
   std::string file = "RIFF";
   Put(file, std::uint32_t(body.size()), 4);
   return file + body;
