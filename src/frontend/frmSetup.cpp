@@ -39,7 +39,7 @@ void Apply_Style() {
   ImGuiStyle& s = ImGui::GetStyle();
   s.WindowRounding = 0;
   s.WindowBorderSize = 0;
-  s.WindowPadding = ImVec2(0, 0);
+  s.WindowPadding = ImVec2(8, 6);  // the lists' pop-ups; the dialog's body places its own
   s.FrameRounding = 4;
   s.GrabRounding = 4;
   s.PopupRounding = 4;
@@ -140,9 +140,11 @@ void Device_Combo(const char* id, const List& list, int& selected, const std::st
 Action Draw(SetupForm& f) {
   ImGui::SetNextWindowPos(ImVec2(0, 0));
   ImGui::SetNextWindowSize(ImGui::GetIO().DisplaySize);
+  ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, ImVec2(0, 0));
   ImGui::Begin("##setup", nullptr,
                ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoSavedSettings |
                    ImGuiWindowFlags_NoBringToFrontOnFocus);
+  ImGui::PopStyleVar();
   Banner();
   Action action = Action::None;
 

@@ -26,6 +26,7 @@ void Close_Dialog();
 struct DialogPointer {
   float x = 0, y = 0;  // window pixels
   bool down = false;   // left button
+  bool close = false;  // asks the window to close, as its close button does
 };
 // While set, runs at the start of every frame with its number and may move the pointer
 // and press the left button for that frame (what ImGui sees, as if the mouse did it).

@@ -84,8 +84,9 @@ bool Begin_Dialog_Frame() {
   ImGui_ImplSDL2_NewFrame();
   if (g_script) {
     ImGuiIO& io = ImGui::GetIO();
-    DialogPointer p{io.MousePos.x, io.MousePos.y, io.MouseDown[0]};
+    DialogPointer p{io.MousePos.x, io.MousePos.y, io.MouseDown[0], false};
     if (g_script(g_frame, p)) {
+      if (p.close) return false;
       io.MousePos = ImVec2(p.x, p.y);
       io.MouseDown[0] = p.down;
     }

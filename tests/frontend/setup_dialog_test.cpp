@@ -23,10 +23,12 @@ struct Step {
 };
 
 // Plays pointer steps one per frame from frame 2 on (the controls have been drawn by
-// then); each step holds for two frames so ImGui sees every press and release.
+// then); each step holds for two frames so ImGui sees every press and release. A dialog
+// still open long after the last step is closed, so a test fails instead of hanging.
 std::function<bool(uint64_t, platform::DialogPointer&)> Pointer_Script(std::vector<Step> steps) {
   return [steps](uint64_t frame, platform::DialogPointer& p) {
     if (frame < 2) return false;
+    p.close = frame > 2 * steps.size() + 60;
     const size_t i = std::min<size_t>((frame - 2) / 2, steps.size() - 1);
     const Rect r = frmSetup::Control_Rect(steps[i].control);
     p.x = float(r.left + r.right) / 2 + steps[i].dx;
