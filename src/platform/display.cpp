@@ -176,8 +176,12 @@ std::vector<DeviceInfo> Device_List() {
   std::vector<DeviceInfo> list;
   const std::string renderer = Probe_Default_Renderer();
   if (renderer.empty()) return list;
-  if (!Is_Software_Renderer(renderer)) list.push_back({kHardwareDevice, "OpenGL hardware device (" + renderer + ")", false});
-  list.push_back({kSoftwareDevice, "Mesa software rasteriser (llvmpipe)", true});
+  if (!Is_Software_Renderer(renderer)) {
+    list.push_back({kTnLHardwareDevice, "Hardware T&L - " + renderer, false});
+    list.push_back({kHardwareDevice, "Hardware - " + renderer, false});
+  }
+  // The software device is Mesa's rasteriser; when it is the default its own name is known.
+  list.push_back({kSoftwareDevice, "Software - " + (Is_Software_Renderer(renderer) ? renderer : std::string("llvmpipe (Mesa)")), true});
   return list;
 }
 

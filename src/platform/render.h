@@ -106,6 +106,7 @@ bool Read_Backbuffer(const Rect& rect, uint32_t* argb_out);
 
 // --- display ------------------------------------------------------------------
 // The device identifiers the settings file stores.
+inline constexpr const char* kTnLHardwareDevice = "IID_IDirect3DTnLHALDevice";
 inline constexpr const char* kHardwareDevice = "IID_IDirect3DHALDevice";
 inline constexpr const char* kSoftwareDevice = "IID_IDirect3DRGBDevice";
 
@@ -115,7 +116,9 @@ struct DeviceInfo {
   bool software = false;
 };
 // The 3D devices this machine offers, best first: the hardware GL driver when it is not
-// itself a software renderer, then Mesa's software rasteriser. Probes GL once (needs
+// itself a software renderer (as the transform-and-lighting device and as the plain
+// hardware device, both on the GPU), then Mesa's software rasteriser. Each description
+// names the renderer. Probes GL once (needs
 // the video subsystem; opens a hidden window when the game window is not open yet).
 std::vector<DeviceInfo> Device_List();
 // The identifier itself when offered, otherwise the best device there is ("" if none).

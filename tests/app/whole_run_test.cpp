@@ -13,8 +13,11 @@
 #include "app/startup.h"
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
+#include "frontend/frmSetup.h"
+#include "platform/dialog.h"
 #include "platform/platform.h"
 #include "platform/testing.h"
+#include "platform/render.h"
 #include "support/test_env.h"
 
 extern char** environ;
@@ -101,9 +104,17 @@ TEST(WholeRun, IntroThenMenuThenQuitLeavesTheCompleteLog) {
   EXPECT_EQ(modMain::FrameTime, 16);
 }
 
-TEST(WholeRun, NoSettingsFileRunsThroughTheSetupPathWithDefaults) {
+TEST(WholeRun, NoSettingsFileRunsThroughTheSetupDialogWhoseStartWritesTheDefaults) {
   testenv::ScratchAppDir dir;
   dir.Copy_From_Game("Gfx");
+  // The dialog's Start is pressed through the window once it has been drawn.
+  platform::Set_Dialog_Script([](uint64_t frame, platform::DialogPointer& p) {
+    const Rect start = frmSetup::Control_Rect("lblStart");
+    p.x = float(start.left + start.right) / 2;
+    p.y = float(start.top + start.bottom) / 2;
+    p.down = frame == 3;
+    return frame >= 2;
+  });
   platform::Use_Manual_Clock(true);
   platform::Set_Pump_Hook([](uint64_t pump) {
     platform::Advance_Manual_Clock(16);
@@ -112,13 +123,16 @@ TEST(WholeRun, NoSettingsFileRunsThroughTheSetupPathWithDefaults) {
   modMain::Main();
   platform::Set_Pump_Hook(nullptr);
   platform::Use_Manual_Clock(false);
+  platform::Set_Dialog_Script(nullptr);
   const auto lines = testenv::Read_Lines_CRLF(modMain::Log_Path());
   ASSERT_GE(lines.size(), 5u);
   EXPECT_EQ(lines[3], "Quorval.ini not found, Using Default Settings");
   EXPECT_EQ(lines[5], "Initialising DDraw...");
   EXPECT_EQ(lines.back(), "Bye Bye");
-  // Nothing of the player's is written by a run that changed no setting.
-  EXPECT_FALSE(std::filesystem::exists(modMain::Settings_Path()));
+  const auto ini = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  ASSERT_EQ(ini.size(), 13u);
+  EXPECT_EQ(std::vector<std::string>(ini.begin(), ini.begin() + 5),
+            (std::vector<std::string>{"0", "640", "480", "16", platform::Device_List().front().identifier}));
 }
 
 TEST(WholeRun, ExecutableStartsAndEndsCleanlyWhenToldTo) {
