@@ -2,9 +2,7 @@
 // An ordinary window drawn with Dear ImGui (the setup dialog). Between Begin and End of a
 // frame the caller issues ImGui calls; the window system's events reach ImGui here.
 #include <cstdint>
-#include <functional>
 #include <string>
-#include <vector>
 
 namespace platform {
 
@@ -21,20 +19,5 @@ bool Begin_Dialog_Frame();
 // Renders the frame and shows it.
 void End_Dialog_Frame();
 void Close_Dialog();
-
-// --- test controls -------------------------------------------------------------------
-struct DialogPointer {
-  float x = 0, y = 0;  // window pixels
-  bool down = false;   // left button
-  bool close = false;  // asks the window to close, as its close button does
-};
-// While set, runs at the start of every frame with its number and may move the pointer
-// and press the left button for that frame (what ImGui sees, as if the mouse did it).
-// Returns false to leave the pointer to the mouse.
-void Set_Dialog_Script(std::function<bool(uint64_t frame, DialogPointer& pointer)> script);
-// Keeps a copy of each rendered frame; Dialog_Frame gives the last one as 0xAARRGGBB,
-// rows top to bottom (empty before the first frame).
-void Keep_Dialog_Frames(bool keep);
-const std::vector<uint32_t>& Dialog_Frame(int& width, int& height);
 
 }  // namespace platform

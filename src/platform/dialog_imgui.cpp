@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "platform/dialog.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace platform {
 
@@ -29,5 +30,20 @@ void Post_Event(const InputEvent& e);
 // Called at the start of every Pump_Messages with the number of pumps since the hook was
 // set (0 on the first); a script posts its events and advances the manual clock from here.
 void Set_Pump_Hook(std::function<void(uint64_t pump)> hook);
+
+// --- the setup dialog ------------------------------------------------------------
+struct DialogPointer {
+  float x = 0, y = 0;  // window pixels
+  bool down = false;   // left button
+  bool close = false;  // asks the window to close, as its close button does
+};
+// While set, runs at the start of every frame with its number and may move the pointer
+// and press the left button for that frame (what ImGui sees, as if the mouse did it).
+// Returns false to leave the pointer to the mouse.
+void Set_Dialog_Script(std::function<bool(uint64_t frame, DialogPointer& pointer)> script);
+// Keeps a copy of each rendered frame; Dialog_Frame gives the last one as 0xAARRGGBB,
+// rows top to bottom (empty before the first frame).
+void Keep_Dialog_Frames(bool keep);
+const std::vector<uint32_t>& Dialog_Frame(int& width, int& height);
 
 }  // namespace platform

@@ -108,7 +108,7 @@ struct RaceFigures {
 
 TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
   testenv::ScratchAppDir dir;
-  for (const char* folder : {"Gfx", "Textures", "Objects", "Tracks", "Data"}) dir.Copy_From_Game(folder);
+  for (const char* folder : {"Gfx", "Textures", "Objects", "Tracks", "Data", "Sm"}) dir.Copy_From_Game(folder);
   std::filesystem::remove(dir.path() + "/Data/Hiscores.Dat");  // the first run of a new player
   testenv::Write_File(modMain::Settings_Path(),
                       "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
