@@ -1,5 +1,6 @@
 #include <SDL.h>
 
+#include <bitset>
 #include <deque>
 
 #include "platform/platform.h"
@@ -70,8 +71,18 @@ void Pump_Messages() {
   if (g_hook) g_hook(g_pump_count);
   ++g_pump_count;
   Collect_SDL_Events();
+  // The screens poll held flags once a frame, so a press released within the same pump
+  // would never be seen (a quick click on a slow frame). Such a release waits, with
+  // everything behind it, for the next pump.
+  std::bitset<256> keys_down;
+  uint8_t buttons_down = 0;
   while (!g_queue.empty()) {
     const InputEvent e = g_queue.front();
+    const uint8_t key = static_cast<uint8_t>(e.key), button = static_cast<uint8_t>(e.button);
+    if (e.kind == EventKind::KeyUp && keys_down.test(key)) break;
+    if (e.kind == EventKind::MouseUp && (buttons_down & button) != 0) break;
+    if (e.kind == EventKind::KeyDown) keys_down.set(key);
+    if (e.kind == EventKind::MouseDown) buttons_down |= button;
     g_queue.pop_front();
     switch (e.kind) {
       case EventKind::KeyDown:

@@ -31,8 +31,12 @@ bool Open_Window(const char* caption) {
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
   SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
-  g_window = SDL_CreateWindow(caption, SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, 640, 480,
-                              SDL_WINDOW_OPENGL | SDL_WINDOW_FULLSCREEN_DESKTOP);
+  // Made at the desktop's size from the start: without a window manager (a bare X server)
+  // the full-screen request alone leaves the window at its first size.
+  SDL_DisplayMode desktop{};
+  int w = 640, h = 480;
+  if (SDL_GetDesktopDisplayMode(0, &desktop) == 0 && desktop.w > 0 && desktop.h > 0) w = desktop.w, h = desktop.h;
+  g_window = SDL_CreateWindow(caption, 0, 0, w, h, SDL_WINDOW_OPENGL | SDL_WINDOW_FULLSCREEN_DESKTOP | SDL_WINDOW_BORDERLESS);
   return g_window != nullptr;
 }
 

@@ -2,6 +2,7 @@
 // each event, the pump hook's count, and pointer positions inside the back buffer.
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -65,6 +66,30 @@ TEST(Pump, EventsKeepTheirShiftAndTheHookCountsFromItsOwnStart) {
   EXPECT_EQ(seen[1].shift, 0);
   EXPECT_EQ(seen[2].x, 12.5f);
   EXPECT_EQ(seen[2].y, 40.0f);
+}
+
+TEST(Pump, APressReleasedWithinOnePumpIsSeenForOneFrame) {
+  std::vector<std::string> seen;
+  platform::InputHandlers h;
+  h.key_down = [&](int16_t key, int16_t) { seen.push_back("down " + std::to_string(key)); };
+  h.key_up = [&](int16_t key, int16_t) { seen.push_back("up " + std::to_string(key)); };
+  h.mouse_down = [&](int16_t b, int16_t, float, float) { seen.push_back("press " + std::to_string(b)); };
+  h.mouse_up = [&](int16_t b, int16_t, float, float) { seen.push_back("release " + std::to_string(b)); };
+  platform::Set_Input_Handlers(h);
+  for (auto kind : {platform::EventKind::KeyDown, platform::EventKind::KeyUp}) platform::Post_Event({kind, 13});
+  platform::Post_Event({platform::EventKind::KeyDown, 27});  // behind the release: waits too
+  platform::InputEvent click{platform::EventKind::MouseDown};
+  click.button = 1;
+  platform::Pump_Messages();
+  EXPECT_EQ(seen, (std::vector<std::string>{"down 13"}));
+  platform::Post_Event(click);
+  click.kind = platform::EventKind::MouseUp;
+  platform::Post_Event(click);
+  platform::Pump_Messages();
+  EXPECT_EQ(seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
+  platform::Pump_Messages();
+  EXPECT_EQ(seen.back(), "release 1");
+  platform::Set_Input_Handlers({});
 }
 
 TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
