@@ -91,12 +91,12 @@ TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastBy
     int32_t buffer;
   };
   for (const Case c : {Case{1, 16, 22050, 44100}, Case{2, 16, 44100, 88200}, Case{1, 8, 11025, 22050}}) {
-    wavetest::WaveSpec spec;
-    spec.channels = c.channels;
-    spec.bits = c.bits;
-    spec.rate = c.rate;
-    spec.data = Pattern(size_t(c.buffer) * 3 + 100);
-    const Played p = Play(wavetest::Make_Wave(spec));
+    wavetest::WaveLayout layout;
+    layout.channels = c.channels;
+    layout.bits = c.bits;
+    layout.rate = c.rate;
+    layout.data = Pattern(size_t(c.buffer) * 3 + 100);
+    const Played p = Play(wavetest::Make_Wave(layout));
     EXPECT_TRUE(p.playing) << c.rate;
     EXPECT_EQ(p.buffer_bytes, c.buffer);
     EXPECT_EQ(p.whole_chunks_end, c.buffer * 3);
@@ -110,24 +110,24 @@ TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastBy
 }
 
 TEST_F(MusicStream, ChunksBeforeDataAndLongFormatsAreSkippedAndShortMusicHasNoRefills) {
-  wavetest::WaveSpec spec;
-  spec.format_extra = std::string("\x02\x00\xAA\xBB", 4);
-  spec.before_data = wavetest::Chunk("LIST", "INFOISFT" + std::string(10, 'q'));
-  spec.data = Pattern(1000);
-  const Played p = Play(wavetest::Make_Wave(spec));
+  wavetest::WaveLayout layout;
+  layout.format_extra = std::string("\x02\x00\xAA\xBB", 4);
+  layout.before_data = wavetest::Chunk("LIST", "INFOISFT" + std::string(10, 'q'));
+  layout.data = Pattern(1000);
+  const Played p = Play(wavetest::Make_Wave(layout));
   EXPECT_TRUE(p.playing);
   EXPECT_EQ(p.data_bytes, 1000);
   EXPECT_TRUE(p.notes.empty());
-  EXPECT_EQ(std::string(p.chunk.begin(), p.chunk.end()), spec.data);
+  EXPECT_EQ(std::string(p.chunk.begin(), p.chunk.end()), layout.data);
   frmMain::Kill_DSound();
 }
 
 TEST_F(MusicStream, FilesThatAreNotPcmMusicPlayNothingAndOnlyDamageIsLogged) {
-  wavetest::WaveSpec not_pcm;
+  wavetest::WaveLayout not_pcm;
   not_pcm.tag = 3;
   not_pcm.bits = 32;
   not_pcm.data = Pattern(200000);
-  wavetest::WaveSpec odd_rate;
+  wavetest::WaveLayout odd_rate;
   odd_rate.rate = 0;
   odd_rate.data = Pattern(200);
   std::string lying = wavetest::Make_Wave(odd_rate);
@@ -149,9 +149,9 @@ TEST_F(MusicStream, FilesThatAreNotPcmMusicPlayNothingAndOnlyDamageIsLogged) {
 
 TEST_F(MusicStream, NoSoundDeviceMeansSilenceAndNothingElse) {
   setenv("SDL_AUDIODRIVER", "no-such-driver", 1);
-  wavetest::WaveSpec spec;
-  spec.data = Pattern(100000);
-  const Played p = Play(wavetest::Make_Wave(spec));
+  wavetest::WaveLayout layout;
+  layout.data = Pattern(100000);
+  const Played p = Play(wavetest::Make_Wave(layout));
   EXPECT_FALSE(p.playing);
   EXPECT_TRUE(p.notes.empty());
   EXPECT_FALSE(std::filesystem::exists(modMain::Log_Path()));
@@ -160,14 +160,14 @@ TEST_F(MusicStream, NoSoundDeviceMeansSilenceAndNothingElse) {
 
 TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain) {
   // 8000 Hz mono: 16000-byte buffers; the data ends 10002 bytes into its third buffer.
-  wavetest::WaveSpec spec;
-  spec.rate = 8000;
-  spec.data = Pattern(2 * 16000 + 10002);
-  spec.before_data = wavetest::Chunk("LIST", std::string(20, 'l'));
+  wavetest::WaveLayout layout;
+  layout.rate = 8000;
+  layout.data = Pattern(2 * 16000 + 10002);
+  layout.before_data = wavetest::Chunk("LIST", std::string(20, 'l'));
   // Bytes after the samples are read with the last chunk; the refill silences them.
-  spec.after_data = wavetest::Chunk("LIST", std::string(30000, 'z'));
-  const std::string one_pass = spec.data + std::string(16000 - 10002, '\0');
-  const std::string played = Capture(wavetest::Make_Wave(spec), 2 * one_pass.size());
+  layout.after_data = wavetest::Chunk("LIST", std::string(30000, 'z'));
+  const std::string one_pass = layout.data + std::string(16000 - 10002, '\0');
+  const std::string played = Capture(wavetest::Make_Wave(layout), 2 * one_pass.size());
   ASSERT_EQ(played.size(), 2 * one_pass.size());
   const std::string expected = one_pass + one_pass;
   EXPECT_EQ(std::mismatch(played.begin(), played.end(), expected.begin()).first - played.begin(),
@@ -176,21 +176,21 @@ TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain)
 }
 
 TEST_F(MusicStream, DataEndingOnABufferBoundaryGetsAWholeBufferOfSilence) {
-  wavetest::WaveSpec spec;
-  spec.rate = 8000;
-  spec.data = Pattern(2 * 16000);
-  spec.after_data = wavetest::Chunk("LIST", std::string(30000, 'z'));
-  const std::string one_pass = spec.data + std::string(16000, '\0');
-  const std::string played = Capture(wavetest::Make_Wave(spec), 2 * one_pass.size());
+  wavetest::WaveLayout layout;
+  layout.rate = 8000;
+  layout.data = Pattern(2 * 16000);
+  layout.after_data = wavetest::Chunk("LIST", std::string(30000, 'z'));
+  const std::string one_pass = layout.data + std::string(16000, '\0');
+  const std::string played = Capture(wavetest::Make_Wave(layout), 2 * one_pass.size());
   EXPECT_TRUE(played == one_pass + one_pass);
 }
 
 TEST_F(MusicStream, MusicShorterThanOneBufferLoopsUnchanged) {
-  wavetest::WaveSpec spec;
-  spec.rate = 8000;
-  spec.data = Pattern(6000);
-  const std::string cycle = spec.data + std::string(16000 - 6000, '\0');
-  const std::string played = Capture(wavetest::Make_Wave(spec), 3 * cycle.size());
+  wavetest::WaveLayout layout;
+  layout.rate = 8000;
+  layout.data = Pattern(6000);
+  const std::string cycle = layout.data + std::string(16000 - 6000, '\0');
+  const std::string played = Capture(wavetest::Make_Wave(layout), 3 * cycle.size());
   EXPECT_TRUE(played == cycle + cycle + cycle);
 }
 
@@ -200,10 +200,10 @@ TEST_F(MusicStream, ShuttingDownWhileTheRefillRunsIsSafe) {
   // A short pause per device buffer lets shutdown get the device's lock (SDL's mutex is
   // not fair) while refills still follow each other closely.
   setenv("SDL_DISKAUDIODELAY", "1", 1);
-  wavetest::WaveSpec spec;
-  spec.rate = 8000;  // a refill every other device buffer, one every 2 ms or so
-  spec.data = Pattern(40000);
-  const std::string path = Put_Music(wavetest::Make_Wave(spec));
+  wavetest::WaveLayout layout;
+  layout.rate = 8000;  // a refill every other device buffer, one every 2 ms or so
+  layout.data = Pattern(40000);
+  const std::string path = Put_Music(wavetest::Make_Wave(layout));
   for (int round = 0; round < 25; ++round) {
     frmMain::Init_Streaming_Music();
     frmMain::Play_Streaming_Music(path);

@@ -15,7 +15,7 @@ inline std::string Chunk(const char* id, const std::string& body) {
   return s + body;
 }
 
-struct WaveSpec {
+struct WaveLayout {
   std::uint16_t tag = 1, channels = 1, bits = 16;
   std::uint32_t rate = 22050;
   std::string format_extra;  // bytes after the 16 of the format chunk
@@ -24,7 +24,7 @@ struct WaveSpec {
   std::string after_data;  // whole chunks after "data"
 };
 
-inline std::string Make_Wave(const WaveSpec& w) {
+inline std::string Make_Wave(const WaveLayout& w) {
   std::string format;
   const std::uint16_t block = std::uint16_t(w.channels * w.bits / 8);
   Put(format, w.tag, 2);

@@ -36,12 +36,12 @@ wave::WaveHeader Walk(const std::string& bytes) {
 }  // namespace
 
 TEST(WaveHeader, ReadsTheFormatAndFindsDataPastOtherChunks) {
-  wavetest::WaveSpec spec;
-  spec.channels = 2;
-  spec.rate = 44100;
-  spec.before_data = wavetest::Chunk("LIST", std::string(26, 'x')) + wavetest::Chunk("fact", "1234");
-  spec.data = std::string(1000, '\x55');
-  const std::string file = wavetest::Make_Wave(spec);
+  wavetest::WaveLayout layout;
+  layout.channels = 2;
+  layout.rate = 44100;
+  layout.before_data = wavetest::Chunk("LIST", std::string(26, 'x')) + wavetest::Chunk("fact", "1234");
+  layout.data = std::string(1000, '\x55');
+  const std::string file = wavetest::Make_Wave(layout);
   const wave::WaveHeader h = Walk(file);
   ASSERT_EQ(h.result, wave::HeaderResult::Ok) << h.problem;
   EXPECT_EQ(h.format.FormatTag, 1);
@@ -55,10 +55,10 @@ TEST(WaveHeader, ReadsTheFormatAndFindsDataPastOtherChunks) {
 }
 
 TEST(WaveHeader, FormatChunkLongerThanSixteenBytesIsSkipped) {
-  wavetest::WaveSpec spec;
-  spec.format_extra = std::string("\x02\x00", 2);  // 18-byte chunk: cbSize only
-  spec.data = "abcd";
-  const std::string file = wavetest::Make_Wave(spec);
+  wavetest::WaveLayout layout;
+  layout.format_extra = std::string("\x02\x00", 2);  // 18-byte chunk: cbSize only
+  layout.data = "abcd";
+  const std::string file = wavetest::Make_Wave(layout);
   ASSERT_EQ(file.substr(16, 4), std::string("\x12\x00\x00\x00", 4));
   const wave::WaveHeader h = Walk(file);
   ASSERT_EQ(h.result, wave::HeaderResult::Ok) << h.problem;
@@ -70,21 +70,21 @@ TEST(WaveHeader, OtherFilesAreNotWaveAndNonPcmIsReportedAsItStands) {
   EXPECT_EQ(Walk("").result, wave::HeaderResult::NotWave);
   EXPECT_EQ(Walk(std::string("RIFX\0\0\0\0WAVE", 12)).result, wave::HeaderResult::NotWave);
   EXPECT_EQ(Walk(std::string("RIFF\0\0\0\0AVI fmt ", 16)).result, wave::HeaderResult::NotWave);
-  wavetest::WaveSpec spec;
-  spec.tag = 3;  // IEEE float
-  spec.bits = 32;
-  spec.data = std::string(64, '\1');
-  const wave::WaveHeader h = Walk(wavetest::Make_Wave(spec));
+  wavetest::WaveLayout layout;
+  layout.tag = 3;  // IEEE float
+  layout.bits = 32;
+  layout.data = std::string(64, '\1');
+  const wave::WaveHeader h = Walk(wavetest::Make_Wave(layout));
   ASSERT_EQ(h.result, wave::HeaderResult::Ok);
   EXPECT_EQ(h.format.FormatTag, 3);
 }
 
 TEST(WaveHeader, EveryTruncationIsRefusedWithoutReadingPastTheEnd) {
-  wavetest::WaveSpec spec;
-  spec.format_extra = std::string(6, '\0');
-  spec.before_data = wavetest::Chunk("LIST", std::string(30, 'i'));
-  spec.data = std::string(40, '\x7f');
-  const std::string whole = wavetest::Make_Wave(spec);
+  wavetest::WaveLayout layout;
+  layout.format_extra = std::string(6, '\0');
+  layout.before_data = wavetest::Chunk("LIST", std::string(30, 'i'));
+  layout.data = std::string(40, '\x7f');
+  const std::string whole = wavetest::Make_Wave(layout);
   ASSERT_EQ(Walk(whole).result, wave::HeaderResult::Ok);
   for (size_t n = 0; n < whole.size(); ++n) {
     const std::string cut = whole.substr(0, n);
@@ -101,10 +101,10 @@ TEST(WaveHeader, SizesThatLieAreRefused) {
     size_t offset;  // where the lying 32-bit size goes
     std::uint32_t size;
   };
-  wavetest::WaveSpec spec;
-  spec.before_data = wavetest::Chunk("LIST", std::string(8, 'i'));
-  spec.data = std::string(40, '\x7f');
-  const std::string good = wavetest::Make_Wave(spec);
+  wavetest::WaveLayout layout;
+  layout.before_data = wavetest::Chunk("LIST", std::string(8, 'i'));
+  layout.data = std::string(40, '\x7f');
+  const std::string good = wavetest::Make_Wave(layout);
   const size_t list_size_at = 20 + 16 + 4, data_size_at = list_size_at + 4 + 8 + 4;
   ASSERT_EQ(good.substr(data_size_at - 4, 4), "data");
   for (const Case& c : {Case{"format chunk shorter than 16", 16, 15}, Case{"format chunk past the end", 16, 0xFFFFFFF0u},
