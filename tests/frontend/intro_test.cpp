@@ -2,7 +2,7 @@
 // and the pictures as they land in the back buffer.
 #include <gtest/gtest.h>
 
-#include "frontend/menu_screen_fixture.h"
+#include "support/screen_fixture.h"
 #include "frontend/modIntro.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Drawing checked by reading back the back buffer (headless GL).
 #include <string>
 
-#include "display_fixture.h"
+#include "support/screen_fixture.h"
 #include "mathmesh/modMATH.h"
 
 using namespace mod3Denhance;

@@ -23,7 +23,7 @@ std::string Clock_Text(i32 ms) {
 std::vector<uint32_t> Scene() {
   modGameLoop::Render_Race_Frame();
   mod3Denhance::D3DDevice->EndScene();
-  return RaceTest::Read(0, 0, 640, 480);
+  return testenv::Read(0, 0, 640, 480);
 }
 
 TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
@@ -31,10 +31,10 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
   Run_Race(4, [&](i32 t) {
     if (Reached(t, 40)) Player().RacerKind = 2;  // the player's ship drives itself
     if (!Reached(t, 12000)) {
-      if (Reached(t, 12400)) Press(kEscape);
-      if (Reached(t, 12432)) Press(kDown);
-      if (Reached(t, 12464)) Release(kDown);
-      if (Reached(t, 12496)) Press(kEnter);
+      if (Reached(t, 12400)) Key_Down(kEscape);
+      if (Reached(t, 12432)) Key_Down(kDown);
+      if (Reached(t, 12464)) Key_Up(kDown);
+      if (Reached(t, 12496)) Key_Down(kEnter);
       return;
     }
     checked = true;

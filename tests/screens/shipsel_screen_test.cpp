@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "screens/meta_screen_fixture.h"
+#include "support/screen_fixture.h"
 #include "screens/modShipSelection.h"
 #include "support/test_env.h"
 #include "vehicle/players.h"
@@ -15,10 +15,10 @@ namespace {
 // Centres of the six buttons: back, start, previous/next skin, previous/next ship.
 constexpr float kButton[6][2] = {{145, 370}, {145, 420}, {152, 130}, {152, 187}, {128, 159}, {176, 159}};
 
-class ShipSelectionTest : public MetaScreenTest {
+class ShipSelectionTest : public ScreenTest {
  protected:
   void SetUp() override {
-    MetaScreenTest::SetUp();
+    ScreenTest::SetUp();
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
     modMain::NumOpponents = 4;
     modMain::GameState = modMain::kStateShipSelection;
@@ -55,7 +55,7 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
       if (f == at + 1) Release();
       if (f == at + 2 && button != 1) seen.push_back(Current());
     }
-    if (f == 148) Write_PNG("screenshots/ship_selection.png");
+    if (f == 148) Screenshot("ship_selection");
   };
   modShipSelection::Init_Ship_Selection();
   // The first press came while the buttons were sliding in (they need about 600 ms).
