@@ -34,15 +34,9 @@ platform::Device3D& Unlit_On_Clear_Screen() {
 }
 }  // namespace
 
-TEST_F(DisplayTest, StartUpLogsEveryStepInOrderAndPicksTheBestDevice) {
-  const std::vector<std::string> expected = {
-      "Program Started", " ", "DX and DDraw objects created", "Exclusive mode set, at 640x480x16",
-      "Primary Surface Created", "Backbuffer Created", "...DDraw Initialized", "", "Initializing D3D...",
-      "D3D object created", "Device found - <none>", "Z-buffer created", "Z-buffer Attached to backbuffer",
-      "Device Created", "...D3D initialized", "", "Loading Font0.bmp...", "...Done", "Loading Font1.bmp...",
-      "...Done", "Loading Font2.bmp...", "...Done"};
-  { std::string missing; modText::Load_Fonts(missing); }
-  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), expected);
+TEST_F(DisplayTest, StartUpSetsTheScreenAndFontsAndPicksTheBestDevice) {
+  // The start-up log lines in order are checked by the whole-run test.
+  { std::string missing; ASSERT_TRUE(modText::Load_Fonts(missing)) << missing; }
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
   EXPECT_EQ(BackBuffer->Width(), 640);
   EXPECT_EQ(D3DDevice->GetRenderState(rs::Lighting), uint32_t(-1));
