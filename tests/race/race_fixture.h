@@ -1,28 +1,15 @@
 #pragma once
 // A headless 640 x 480 race: the generated game files in a scratch folder, the main window's
 // key handlers, a manual clock that moves 16 ms per race frame, and a per-frame script.
-#include <gtest/gtest.h>
-
-#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "audio_input/frmMain.h"
-#include "core/log.h"
-#include "core/modMain.h"
-#include "core/settings.h"
-#include "gfx/mod3Denhance.h"
-#include "gfx/modText.h"
-#include "platform/platform.h"
-#include "platform/testing.h"
 #include "race/modGameLoop.h"
 #include "support/screen_fixture.h"
-#include "support/test_env.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
 #include "vehicle/create_racers.h"
-#include "vehicle/players.h"
 
 namespace race_test {
 
@@ -34,6 +21,18 @@ inline bool Reached(i32 t, i32 ms) { return t >= ms && t - kFrameMs < ms; }
 inline constexpr int kMaxFrames = 4000;  // a script that never ends its race is stopped here
 
 inline clsHumanPlayer& Player(int i = 0) { return *modMain::Players[static_cast<size_t>(i)]; }
+
+// A road strip through the given (x, z) points, and a road made of such strips.
+inline modTracks::TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
+  modTracks::TrackStrip s;
+  s.TextureIndex = texture;
+  for (auto [x, z] : xz) s.Vertices.Items().push_back(LitVertex{x, 0, z});
+  return s;
+}
+inline void Set_Road(std::vector<modTracks::TrackStrip> strips) {
+  modTracks::Track.Resize(0, static_cast<int>(strips.size()) - 1);
+  modTracks::Track.Items() = std::move(strips);
+}
 
 class RaceTest : public ScreenTest {
  public:

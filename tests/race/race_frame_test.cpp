@@ -122,17 +122,10 @@ namespace {
 // A square ring of road, 100 units across and 20 wide, as four strips of two quads.
 void Ring_Road() {
   const float o = 0, i = 20, f = 80, e = 100;  // outer, inner, far inner, far outer
-  const std::vector<std::vector<std::pair<float, float>>> sides = {
-      {{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}},
-      {{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}},
-      {{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}},
-      {{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}}};
-  modTracks::Track.Resize(0, 3);
-  for (int s = 0; s < 4; ++s) {
-    auto& v = modTracks::Track(s).Vertices;
-    v.Resize(0, 5);
-    for (int k = 0; k < 6; ++k) v(k).x = sides[size_t(s)][size_t(k)].first, v(k).z = sides[size_t(s)][size_t(k)].second;
-  }
+  Set_Road({Strip({{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}}),
+            Strip({{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}}),
+            Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
+            Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
 }
 
 TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {

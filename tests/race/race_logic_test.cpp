@@ -12,6 +12,7 @@
 #include "gfx/mod3Denhance.h"
 #include "mathmesh/modMATH.h"
 #include "race/modGameLoop.h"
+#include "race_fixture.h"
 #include "support/recording_device.h"
 #include "track/modTracks.h"
 #include "vehicle/create_racers.h"
@@ -20,6 +21,8 @@
 namespace {
 
 using modTracks::TrackStrip;
+using race_test::Set_Road;
+using race_test::Strip;
 
 TEST(RaceTimes, SplitTimeAndTheHudTimeText) {
   // ms, minutes, hundredths, text
@@ -45,22 +48,6 @@ TEST(RaceTimes, StartLightFrameChangesJustAfterEachSecond) {
   for (const auto& [elapsed, left] : std::vector<std::pair<i32, int>>{
            {0, 0}, {1000, 0}, {1001, 53}, {2000, 53}, {2001, 106}, {3000, 106}, {3001, 159}, {4000, 159}})
     EXPECT_EQ(modGameLoop::Start_Light_Left(elapsed), left) << elapsed;
-}
-
-TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
-  TrackStrip s;
-  s.TextureIndex = texture;
-  s.Vertices.Resize(0, static_cast<int>(xz.size()) - 1);
-  for (size_t i = 0; i < xz.size(); ++i) {
-    s.Vertices(static_cast<int>(i)).x = xz[i].first;
-    s.Vertices(static_cast<int>(i)).z = xz[i].second;
-  }
-  return s;
-}
-
-void Set_Road(std::vector<TrackStrip> strips) {
-  modTracks::Track.Resize(0, static_cast<int>(strips.size()) - 1);
-  for (size_t i = 0; i < strips.size(); ++i) modTracks::Track(static_cast<int>(i)) = std::move(strips[i]);
 }
 
 TEST(MiniMap, BoundsMappingAndOutlineOfTwoStrips) {
