@@ -9,9 +9,9 @@ using namespace race_test;
 namespace {
 
 std::vector<std::string> Set_Up_Lines() {
-  return {"",           "Initialising Race...",  "LightSurface Made", "Grey2x2Surf Made", "CarThrustSurf Made",
-          "SkySurf Made", "MiniMapSurf Made",    "MiniMapShipsSurf Made", "StatsBGSurf Made", "   Loading Track...",
-          "   ...Done", "...Done",               ""};
+  return {"", "Initialising Race...", "LightSurface Made", "Grey2x2Surf Made", "CarThrustSurf Made", "SkySurf Made",
+          "MiniMapSurf Made", "MiniMapShipsSurf Made", "StatsBGSurf Made", "   Loading Track...", "   ...Done",
+          "...Done", ""};
 }
 
 std::vector<std::string> Teardown_Lines(int textures) {
@@ -37,15 +37,10 @@ void Expect_Torn_Down() {
   EXPECT_EQ(modTracks::TrackBlock.Count(), 1);
 }
 
-// A point 8 pixels right of a lamp's centre in the start lights: red while lit, dark otherwise (lights at 293, 50).
-bool Lamp_Red(int lamp) {
-  const uint32_t p = testenv::At(293 + 26 + 8, 50 + 20 + lamp * 36);
-  return (p >> 16 & 0xFF) > 200 && (p >> 8 & 0xFF) < 120;
-}
-bool Lamp_Green(int lamp) {
-  const uint32_t p = testenv::At(293 + 26 + 8, 50 + 20 + lamp * 36);
-  return (p >> 8 & 0xFF) > 200 && (p >> 16 & 0xFF) < 150;
-}
+// A point 8 pixels right of a lamp's centre in the start lights (at 293, 50): red or green while lit.
+int Lamp_Channel(int lamp, int shift) { return int(testenv::At(293 + 26 + 8, 50 + 20 + lamp * 36) >> shift & 0xFF); }
+bool Lamp_Red(int lamp) { return Lamp_Channel(lamp, 16) > 200 && Lamp_Channel(lamp, 8) < 120; }
+bool Lamp_Green(int lamp) { return Lamp_Channel(lamp, 8) > 200 && Lamp_Channel(lamp, 16) < 150; }
 
 TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing) {
   int textures = 0;
@@ -68,8 +63,7 @@ TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   EXPECT_EQ(modGameLoop::PauseSelection, 1);
   ASSERT_GT(textures, 0);
-  std::vector<std::string> expected;
-  for (const auto& l : Set_Up_Lines()) expected.push_back(l);
+  std::vector<std::string> expected = Set_Up_Lines();
   for (const auto& l : Teardown_Lines(textures)) expected.push_back(l);
   const auto log = Log();
   const auto race = std::find(log.begin(), log.end(), "Initialising Race...");
