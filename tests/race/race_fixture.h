@@ -1,6 +1,7 @@
 #pragma once
 // A headless 640 x 480 race: the generated game files in a scratch folder, the main window's
 // key handlers, a manual clock that moves 16 ms per race frame, and a per-frame script.
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -68,7 +69,8 @@ class RaceTest : public ScreenTest {
   static std::vector<std::string> Log() { return testenv::Read_Lines_CRLF(modMain::Log_Path()); }
   // Writes the back buffer to build/race_shots/<name>.png and returns its path.
   static std::string Save_Png(const std::string& name) {
-    return testenv::Save_Screen(testenv::Game_Dir() + "/../race_shots/" + name + ".png");
+    const auto folder = std::filesystem::path(testenv::Game_Dir()).parent_path() / "race_shots";
+    return testenv::Save_Screen((folder / (name + ".png")).string());
   }
 
   std::function<void(i32)> script_;
