@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 #include "app/startup.h"
@@ -25,48 +26,28 @@ extern char** environ;
 namespace {
 
 std::vector<std::string> Start_Up_Lines(const std::string& device) {
-  return {"Initialising DDraw...",
-          "DX and DDraw objects created",
-          "Exclusive mode set, at 640x480x16",
-          "Primary Surface Created",
-          "Backbuffer Created",
-          "...DDraw Initialized",
-          "",
-          "Initializing D3D...",
-          "D3D object created",
-          "Device found - " + device,
-          "Z-buffer created",
-          "Z-buffer Attached to backbuffer",
-          "Device Created",
-          "...D3D initialized",
-          "",
-          "Making Fonts...",
-          "Loading Font0.bmp...",
-          "...Done",
-          "Loading Font1.bmp...",
-          "...Done",
-          "Loading Font2.bmp...",
-          "...Done",
-          "Fonts created",
-          "Initialising Sound and Music...",
-          "...Sound and Music Ready",
-          "Initialising Menu Particles...",
-          "...Menu Particles Ready",
-          "Starting Main loop"};
+  return {"Initialising DDraw...", "DX and DDraw objects created", "Exclusive mode set, at 640x480x16",
+          "Primary Surface Created", "Backbuffer Created", "...DDraw Initialized", "", "Initializing D3D...",
+          "D3D object created", "Device found - " + device, "Z-buffer created", "Z-buffer Attached to backbuffer",
+          "Device Created", "...D3D initialized", "", "Making Fonts...", "Loading Font0.bmp...", "...Done",
+          "Loading Font1.bmp...", "...Done", "Loading Font2.bmp...", "...Done", "Fonts created",
+          "Initialising Sound and Music...", "...Sound and Music Ready", "Initialising Menu Particles...",
+          "...Menu Particles Ready", "Starting Main loop"};
 }
 
-const std::vector<std::string> kShutdownLines = {"Ending Program",
-                                                 "Cooperative level set back to normal",
-                                                 "DSound Killed",
-                                                 "Z-buffer Killed",
-                                                 "3D Device Killed",
-                                                 "D3D Killed",
-                                                 "Backbuffer Killed",
-                                                 "Primary Killed",
-                                                 "DD Killed",
-                                                 "DX Killed",
-                                                 "Everything was killed successfully",
-                                                 "Bye Bye"};
+const std::vector<std::string> kShutdownLines = {
+    "Ending Program", "Cooperative level set back to normal", "DSound Killed", "Z-buffer Killed",
+    "3D Device Killed", "D3D Killed", "Backbuffer Killed", "Primary Killed", "DD Killed", "DX Killed",
+    "Everything was killed successfully", "Bye Bye"};
+
+// Runs the game in process on the manual clock; hook(pump) runs at every pumped frame.
+void Run_Main(std::function<void(uint64_t)> hook) {
+  platform::Use_Manual_Clock(true);
+  platform::Set_Pump_Hook(std::move(hook));
+  EXPECT_EQ(modMain::Main(), 0);
+  platform::Set_Pump_Hook(nullptr);
+  platform::Use_Manual_Clock(false);
+}
 
 void Write_Ini(const std::string& skip_setup, const std::string& device) {
   testenv::Write_File(modMain::Settings_Path(), skip_setup + "\r\n640\r\n480\r\n16\r\n" + device +
@@ -79,10 +60,9 @@ TEST(WholeRun, IntroThenMenuThenQuitLeavesTheCompleteLog) {
   testenv::ScratchAppDir dir;
   dir.Copy_From_Game("Gfx");
   Write_Ini("1", "<none>");
-  platform::Use_Manual_Clock(true);
   std::vector<uint8_t> states_seen;
   // One scripted step per pumped frame: 16 ms pass, and the script presses its keys.
-  platform::Set_Pump_Hook([&](uint64_t pump) {
+  Run_Main([&](uint64_t pump) {
     platform::Advance_Manual_Clock(16);
     if (states_seen.empty() || states_seen.back() != modMain::GameState) states_seen.push_back(modMain::GameState);
     // Enter held over two frames skips both intro pictures.
@@ -92,9 +72,6 @@ TEST(WholeRun, IntroThenMenuThenQuitLeavesTheCompleteLog) {
     if (pump == 8) platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, 320, 320});
     if (pump == 100) platform::Post_Event({platform::EventKind::MouseDown, 0, 1, 0, 320, 320});
   });
-  EXPECT_EQ(modMain::Main(), 0);
-  platform::Set_Pump_Hook(nullptr);
-  platform::Use_Manual_Clock(false);
 
   EXPECT_EQ(states_seen, (std::vector<uint8_t>{5, 0}));
   std::vector<std::string> expected = {"Program Started", " ", "Reading Quorval.ini...", "...Done"};
@@ -115,14 +92,10 @@ TEST(WholeRun, NoSettingsFileRunsThroughTheSetupDialogWhoseStartWritesTheDefault
     p.down = frame == 3;
     return frame >= 2;
   });
-  platform::Use_Manual_Clock(true);
-  platform::Set_Pump_Hook([](uint64_t pump) {
+  Run_Main([](uint64_t pump) {
     platform::Advance_Manual_Clock(16);
     if (pump == 2) platform::Post_Event({platform::EventKind::Quit});  // the window is closed
   });
-  modMain::Main();
-  platform::Set_Pump_Hook(nullptr);
-  platform::Use_Manual_Clock(false);
   platform::Set_Dialog_Script(nullptr);
   const auto lines = testenv::Read_Lines_CRLF(modMain::Log_Path());
   ASSERT_GE(lines.size(), 5u);
@@ -184,15 +157,11 @@ TEST(WholeRun, MissingFontPictureIsNamedAndTheGameEndsInOrder) {
   dir.Copy_From_Game("Gfx");
   std::filesystem::remove(dir.path() + "/Gfx/Font1.bmp");
   Write_Ini("1", "<none>");
-  platform::Use_Manual_Clock(true);
   bool looped = false;
-  platform::Set_Pump_Hook([&](uint64_t) {
+  Run_Main([&](uint64_t) {
     looped = true;
     platform::Post_Event({platform::EventKind::Quit});
   });
-  EXPECT_EQ(modMain::Main(), 0);
-  platform::Set_Pump_Hook(nullptr);
-  platform::Use_Manual_Clock(false);
 
   EXPECT_FALSE(looped);  // no screen ran without its text
   const auto lines = testenv::Read_Lines_CRLF(modMain::Log_Path());

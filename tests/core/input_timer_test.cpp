@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "platform/platform.h"
@@ -24,61 +26,34 @@ class InputTest : public ::testing::Test {
   }
 };
 
-TEST_F(InputTest, BoundKeysDriveThePlayerOnly) {
-  clsHumanPlayer& p = Add_Player();
-  Form_KeyDown(38, 0);
-  Form_KeyDown(40, 0);
-  Form_KeyDown(37, 0);
-  Form_KeyDown(39, 0);
-  EXPECT_EQ(p.Thrust, kTrue);
-  EXPECT_EQ(p.Brake, kTrue);
-  EXPECT_EQ(p.SteerLeft, kTrue);
-  EXPECT_EQ(p.SteerRight, kTrue);
+TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndBoundKeysRaiseNoFlags) {
+  Form_KeyDown(38, 0);  // no racer yet: only the key state
   EXPECT_EQ(KeyState[38], kTrue);
+  clsHumanPlayer& p = Add_Player();
+  for (i16 key : {38, 40, 37, 39}) Form_KeyDown(key, 0);
+  EXPECT_EQ((std::array{p.Thrust, p.Brake, p.SteerLeft, p.SteerRight}), (std::array{kTrue, kTrue, kTrue, kTrue}));
   Form_KeyUp(38, 0);
   EXPECT_EQ(p.Thrust, kFalse);
   EXPECT_EQ(p.Brake, kTrue);
   EXPECT_EQ(KeyState[38], kFalse);
-}
 
-TEST_F(InputTest, NoRacerMeansOnlyKeyState) {
-  Form_KeyDown(38, 0);
-  EXPECT_EQ(KeyState[38], kTrue);
-  EXPECT_EQ(EnterPressed, kFalse);
-}
-
-TEST_F(InputTest, KeyBoundToEnterNeverRaisesEnter) {
-  clsHumanPlayer& p = Add_Player();
-  KeyUp = 13;
-  KeyLeft = 27;
-  KeyRight = 16;
-  Form_KeyDown(13, 0);
-  Form_KeyDown(27, 0);
-  Form_KeyDown(16, 0);
-  EXPECT_EQ(p.Thrust, kTrue);
-  EXPECT_EQ(p.SteerLeft, kTrue);
-  EXPECT_EQ(p.SteerRight, kTrue);
-  EXPECT_EQ(EnterPressed, kFalse);
-  EXPECT_EQ(EscapePressed, kFalse);
-  EXPECT_EQ(ShiftPressed, kFalse);
-  EXPECT_EQ(KeyState[13], kTrue);
-}
-
-TEST_F(InputTest, FirstMatchingBindingWins) {
-  clsHumanPlayer& p = Add_Player();
+  Reset_Input();
+  p.Thrust = p.Brake = kFalse;
   KeyDown = 38;  // Up bound twice: the first control in order takes it
   Form_KeyDown(38, 0);
   EXPECT_EQ(p.Thrust, kTrue);
   EXPECT_EQ(p.Brake, kFalse);
+
+  KeyUp = 13, KeyLeft = 27, KeyRight = 16;  // bound Enter, Escape, Shift drive, never flag
+  for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
+  EXPECT_EQ((std::array{p.SteerLeft, p.SteerRight, EnterPressed, EscapePressed, ShiftPressed}),
+            (std::array{kTrue, kTrue, kFalse, kFalse, kFalse}));
+  EXPECT_EQ(KeyState[13], kTrue);
 }
 
 TEST_F(InputTest, UnboundEnterEscapeShiftAndHighCodes) {
-  Form_KeyDown(13, 0);
-  Form_KeyDown(27, 0);
-  Form_KeyDown(16, 0);
-  EXPECT_EQ(EnterPressed, kTrue);
-  EXPECT_EQ(EscapePressed, kTrue);
-  EXPECT_EQ(ShiftPressed, kTrue);
+  for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
+  EXPECT_EQ((std::array{EnterPressed, EscapePressed, ShiftPressed}), (std::array{kTrue, kTrue, kTrue}));
   Form_KeyUp(27, 0);
   EXPECT_EQ(EscapePressed, kFalse);
 
@@ -138,29 +113,17 @@ class FrameTimerTest : public ::testing::Test {
   void TearDown() override { platform::Use_Manual_Clock(false); }
 };
 
-TEST_F(FrameTimerTest, LongFramesAreCappedAt50) {
+TEST_F(FrameTimerTest, LongFramesAreCappedAt50AndBothClocksWrap) {
   platform::Advance_Manual_Clock(200);
   Update_Frame_Timer();
-  EXPECT_EQ(FrameTime, 50);
-  EXPECT_EQ(GameClock, 50);
-  EXPECT_EQ(LastTick, 1200);
-  platform::Advance_Manual_Clock(16);
-  Update_Frame_Timer();
-  EXPECT_EQ(FrameTime, 16);
-  EXPECT_EQ(GameClock, 66);
-}
-
-TEST_F(FrameTimerTest, ClockWrapsAfterOneHour) {
-  GameClock = 3600000 - 10;
+  EXPECT_EQ((std::array{FrameTime, GameClock, LastTick}), (std::array{50, 50, 1200}));
+  GameClock = 3600000 - 10;  // the game clock wraps after one hour
   platform::Advance_Manual_Clock(20);
   Update_Frame_Timer();
   EXPECT_EQ(GameClock, 10);
   Reset_Game_Clock();
   EXPECT_EQ(GameClock, 0);
-}
-
-TEST_F(FrameTimerTest, TickCounterWrapKeepsFramesShort) {
-  platform::Set_Manual_Clock(INT32_MAX - 5);
+  platform::Set_Manual_Clock(INT32_MAX - 5);  // the tick counter wraps: frames stay short
   LastTick = INT32_MAX - 5;
   platform::Advance_Manual_Clock(16);
   Update_Frame_Timer();

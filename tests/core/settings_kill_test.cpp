@@ -1,11 +1,8 @@
 // The options save killed at random moments: the settings file is always the whole old
 // file or the whole new one, never a mix, a part or empty.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <random>
+#include <cstdio>
 #include <string>
 
 #include "core/modMain.h"
@@ -37,32 +34,15 @@ TEST(SettingsKill, TwoHundredKillsDuringTheSaveLeaveTheWholeOldOrTheWholeNewFile
   ASSERT_NE(old_bytes, new_bytes);
   ASSERT_FALSE(old_bytes.empty());
 
-  std::mt19937 random(20261123);
-  std::uniform_int_distribution<int> delay_us(0, 4000);
-  int whole_old = 0, whole_new = 0, torn = 0;
-  for (int trial = 0; trial < 200; ++trial) {
-    testenv::Write_File(modMain::Settings_Path(), old_bytes);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      // The save, over and over, until the kill lands somewhere inside one.
-      for (;;) modMain::Write_Settings();
-    }
-    usleep(static_cast<useconds_t>(delay_us(random)));
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    const std::string now = testenv::Read_File(modMain::Settings_Path());
-    if (now == old_bytes) {
-      ++whole_old;
-    } else if (now == new_bytes) {
-      ++whole_new;
-    } else {
-      ++torn;
-      ADD_FAILURE() << "trial " << trial << ": " << now.size() << " bytes, neither whole file";
-    }
-  }
-  EXPECT_EQ(torn, 0);
-  EXPECT_EQ(whole_old + whole_new, 200);
+  int whole_old = 0, whole_new = 0;
+  const int kills = testenv::Kill_While_Saving(
+      [&] { testenv::Write_File(modMain::Settings_Path(), old_bytes); }, [] { modMain::Write_Settings(); },
+      [&](int round) {
+        const std::string now = testenv::Read_File(modMain::Settings_Path());
+        whole_old += now == old_bytes, whole_new += now == new_bytes;
+        EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
+      });
+  EXPECT_EQ(kills, 200);
+  EXPECT_EQ(whole_old + whole_new, 200) << "neither whole file after some kills";
   std::printf("kills: %d left the old file, %d the new one\n", whole_old, whole_new);
 }

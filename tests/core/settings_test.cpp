@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <sstream>
 
 #include "core/modMain.h"
@@ -32,45 +33,31 @@ TEST(Settings, MissingFileLogsAndTakesDefaults) {
   EXPECT_TRUE(testenv::Read_File(Settings_Path()).empty());
 }
 
-TEST(Settings, DefaultsRoundTripByteForByteIncludingEmptyName) {
+TEST(Settings, DefaultsAndChangedValuesRoundTripByteForByteAndScale) {
   testenv::ScratchAppDir dir;
   Default_Settings();
   Write_Settings();
   EXPECT_EQ(testenv::Read_File(Settings_Path()),
             Ini({"0", "640", "480", "16", "<none>", "<none>", "1", "", "0", "38", "40", "37", "39"}));
-  SkipSetup = 1;
-  PlayerName = "stale";
-  KeyRight = 1;
-  Read_Settings();
-  EXPECT_EQ(SkipSetup, 0);
-  EXPECT_EQ(PlayerName, "");
-  EXPECT_EQ(KeyRight, 39);
-  EXPECT_EQ(SoundDeviceGuid, "<none>");
-}
-
-TEST(Settings, ChangedValuesRoundTripAndScale) {
-  testenv::ScratchAppDir dir;
-  Default_Settings();
-  SkipSetup = 1;
-  ScreenWidth = 800;
-  ScreenHeight = 600;
-  ScreenBPP = 32;
+  SkipSetup = 1, ScreenWidth = 800, ScreenHeight = 600, ScreenBPP = 32, Difficulty = 3, KeyUp = 87;
   D3DDeviceGuid = "IID_IDirect3DHALDevice";
   PlayerName = "Ada Vance";
-  Difficulty = 3;
-  KeyUp = 87;
   Write_Settings();
   Default_Settings();
+  PlayerName = "stale";
   Read_Settings();
-  EXPECT_EQ(SkipSetup, 1);
-  EXPECT_EQ(ScreenWidth, 800);
-  EXPECT_EQ(ScreenBPP, 32);
+  EXPECT_EQ((std::array<int, 5>{SkipSetup, ScreenWidth, ScreenBPP, Difficulty, KeyUp}),
+            (std::array<int, 5>{1, 800, 32, 3, 87}));
   EXPECT_EQ(D3DDeviceGuid, "IID_IDirect3DHALDevice");
   EXPECT_EQ(PlayerName, "Ada Vance");
-  EXPECT_EQ(Difficulty, 3);
-  EXPECT_EQ(KeyUp, 87);
+  EXPECT_EQ(SoundDeviceGuid, "<none>");
   EXPECT_FLOAT_EQ(ScaleX, 1.25f);
   EXPECT_FLOAT_EQ(ScaleY, 1.25f);
+  Default_Settings();  // an empty name reads back empty
+  Write_Settings();
+  PlayerName = "stale";
+  Read_Settings();
+  EXPECT_EQ(PlayerName, "");
 }
 
 TEST(Settings, NumbersRoundHalfToEvenAndBadLinesKeepOldValues) {

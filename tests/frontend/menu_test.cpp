@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "frontend/menu_screen_fixture.h"
+#include "support/screen_fixture.h"
 #include "frontend/modMainScr.h"
 
 using modMainScr::ButtonSlide;

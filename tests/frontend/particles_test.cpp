@@ -7,7 +7,7 @@
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "audio_input/modMouseParticles.h"
-#include "gfx/display_fixture.h"
+#include "support/screen_fixture.h"
 #include "mathmesh/modMATH.h"
 
 using namespace modMouseParticles;
@@ -35,7 +35,6 @@ class Particles : public DisplayTest {
     Update_Particles();
     mod3Denhance::D3DDevice->EndScene();
   }
-  static constexpr uint32_t kClear = 0x000066;  // the dark blue of Clear_Screen
 };
 }  // namespace
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 #include "core/settings.h"
 #include "gfx/mod3Denhance.h"
@@ -135,12 +136,9 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
 
 TEST(SurfaceTest, PointInRectExcludesRightAndBottomEdges) {
   const Rect r = Make_Rect(10, 20, 30, 40);
-  EXPECT_EQ(Point_In_Rect(r, 10, 20), kTrue);
-  EXPECT_EQ(Point_In_Rect(r, 29, 39), kTrue);
-  EXPECT_EQ(Point_In_Rect(r, 30, 25), kFalse);
-  EXPECT_EQ(Point_In_Rect(r, 15, 40), kFalse);
-  EXPECT_EQ(Point_In_Rect(r, 9, 25), kFalse);
-  EXPECT_EQ(Point_In_Rect(r, 15, 19), kFalse);
+  for (const auto& [x, y, in] : {std::tuple{10, 20, kTrue}, {29, 39, kTrue}, {30, 25, kFalse}, {15, 40, kFalse},
+                                 {9, 25, kFalse}, {15, 19, kFalse}})
+    EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
 }
 
 // Clipping works the same on a memory destination, so it is checked here pixel by pixel.

@@ -11,50 +11,10 @@
 #include "core/log.h"
 #include "mathmesh/XFileClass.h"
 #include "mathmesh/modMATH.h"
+#include "support/recording_device.h"
 #include "support/test_env.h"
 
 namespace {
-
-// Records what a mesh asks of the device.
-class Recording_Device : public platform::Device3D {
- public:
-  struct Draw { platform::ImageRef texture; D3DMaterial material; int vertices, indices, max_index; };
-  std::vector<Matrix4> worlds;
-  std::vector<Draw> draws;
-  int calls = 0;
-
-  std::string Identifier() const override { return "recording"; }
-  void SetTransform(platform::TransformKind kind, const Matrix4& m) override {
-    ++calls;
-    if (kind == platform::TransformKind::World) worlds.push_back(m);
-  }
-  Matrix4 GetTransform(platform::TransformKind) const override { return {}; }
-  void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
-  D3DMaterial GetMaterial() const override { return material_; }
-  void SetTexture(int, const platform::ImageRef& t) override { ++calls, texture_ = t; }
-  void SetRenderState(uint32_t, uint32_t) override {}
-  uint32_t GetRenderState(uint32_t) const override { return 0; }
-  void SetTextureStageState(int, uint32_t, uint32_t) override {}
-  void SetViewport(const platform::Viewport&) override {}
-  platform::Viewport GetViewport() const override { return {}; }
-  void SetLight(int, const platform::D3DLight&) override {}
-  void LightEnable(int, bool) override {}
-  void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
-  void BeginScene() override {}
-  void EndScene() override {}
-  void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
-  void DrawPrimitive(platform::Primitive, const LitVertex*, int) override { ++calls; }
-  void DrawPrimitive(platform::Primitive, const MeshVertex*, int) override { ++calls; }
-  void DrawIndexedMesh(const MeshVertex*, int vertex_count, const uint16_t* indices, int index_count) override {
-    ++calls;
-    draws.push_back({texture_, material_, vertex_count, index_count,
-                     index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1});
-  }
-
- private:
-  D3DMaterial material_;
-  platform::ImageRef texture_;
-};
 
 // Material 0 (skinned): a quad and a pentagon; material 1 (missing texture): a triangle.
 const char* kShip = R"(xof 0303txt 0032
@@ -96,7 +56,7 @@ TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
   ASSERT_EQ(x.Load_Quiet(dir.path() + "/m.x"), "");
   x.SetRotation(0, 1.570795f, 0);
   x.SetPosition(10, 0, 0);
-  Recording_Device device;
+  RecordingDevice device;
   x.Render(&device);
   // (0, 0, 1) scaled to (0, 0, 2), turned to (-2, 0, 0), moved to (8, 0, 0).
   Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {8, 0, 0});
@@ -116,7 +76,7 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTexturesAndOnlyALoaded
   float a = 1, b = 1, c = 1;
   x.GetMinExtent(a, b, c);
   EXPECT_EQ(a + b + c, 0.0f);
-  Recording_Device device;
+  RecordingDevice device;
   x.Render(&device);
   EXPECT_EQ(device.calls, 0);
   EXPECT_FALSE(x.Load(dir.path() + "/Objects/ship.x"));

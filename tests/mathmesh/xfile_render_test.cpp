@@ -2,7 +2,7 @@
 #include <set>
 #include <vector>
 
-#include "gfx/display_fixture.h"
+#include "support/screen_fixture.h"
 #include "mathmesh/XFileClass.h"
 #include "mathmesh/modMATH.h"
 

@@ -23,7 +23,7 @@ std::string Clock_Text(i32 ms) {
 std::vector<uint32_t> Scene() {
   modGameLoop::Render_Race_Frame();
   mod3Denhance::D3DDevice->EndScene();
-  return RaceTest::Read(0, 0, 640, 480);
+  return testenv::Read(0, 0, 640, 480);
 }
 
 TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
@@ -31,10 +31,10 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
   Run_Race(4, [&](i32 t) {
     if (Reached(t, 40)) Player().RacerKind = 2;  // the player's ship drives itself
     if (!Reached(t, 12000)) {
-      if (Reached(t, 12400)) Press(kEscape);
-      if (Reached(t, 12432)) Press(kDown);
-      if (Reached(t, 12464)) Release(kDown);
-      if (Reached(t, 12496)) Press(kEnter);
+      if (Reached(t, 12400)) Key_Down(kEscape);
+      if (Reached(t, 12432)) Key_Down(kDown);
+      if (Reached(t, 12464)) Key_Up(kDown);
+      if (Reached(t, 12496)) Key_Down(kEnter);
       return;
     }
     checked = true;
@@ -122,17 +122,10 @@ namespace {
 // A square ring of road, 100 units across and 20 wide, as four strips of two quads.
 void Ring_Road() {
   const float o = 0, i = 20, f = 80, e = 100;  // outer, inner, far inner, far outer
-  const std::vector<std::vector<std::pair<float, float>>> sides = {
-      {{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}},
-      {{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}},
-      {{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}},
-      {{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}}};
-  modTracks::Track.Resize(0, 3);
-  for (int s = 0; s < 4; ++s) {
-    auto& v = modTracks::Track(s).Vertices;
-    v.Resize(0, 5);
-    for (int k = 0; k < 6; ++k) v(k).x = sides[size_t(s)][size_t(k)].first, v(k).z = sides[size_t(s)][size_t(k)].second;
-  }
+  Set_Road({Strip({{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}}),
+            Strip({{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}}),
+            Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
+            Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
 }
 
 TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {

@@ -12,6 +12,8 @@
 #include "gfx/mod3Denhance.h"
 #include "mathmesh/modMATH.h"
 #include "race/modGameLoop.h"
+#include "race_fixture.h"
+#include "support/recording_device.h"
 #include "track/modTracks.h"
 #include "vehicle/create_racers.h"
 #include "vehicle/players.h"
@@ -19,6 +21,8 @@
 namespace {
 
 using modTracks::TrackStrip;
+using race_test::Set_Road;
+using race_test::Strip;
 
 TEST(RaceTimes, SplitTimeAndTheHudTimeText) {
   // ms, minutes, hundredths, text
@@ -44,22 +48,6 @@ TEST(RaceTimes, StartLightFrameChangesJustAfterEachSecond) {
   for (const auto& [elapsed, left] : std::vector<std::pair<i32, int>>{
            {0, 0}, {1000, 0}, {1001, 53}, {2000, 53}, {2001, 106}, {3000, 106}, {3001, 159}, {4000, 159}})
     EXPECT_EQ(modGameLoop::Start_Light_Left(elapsed), left) << elapsed;
-}
-
-TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
-  TrackStrip s;
-  s.TextureIndex = texture;
-  s.Vertices.Resize(0, static_cast<int>(xz.size()) - 1);
-  for (size_t i = 0; i < xz.size(); ++i) {
-    s.Vertices(static_cast<int>(i)).x = xz[i].first;
-    s.Vertices(static_cast<int>(i)).z = xz[i].second;
-  }
-  return s;
-}
-
-void Set_Road(std::vector<TrackStrip> strips) {
-  modTracks::Track.Resize(0, static_cast<int>(strips.size()) - 1);
-  for (size_t i = 0; i < strips.size(); ++i) modTracks::Track(static_cast<int>(i)) = std::move(strips[i]);
 }
 
 TEST(MiniMap, BoundsMappingAndOutlineOfTwoStrips) {
@@ -107,40 +95,6 @@ TEST(MiniMap, ARoadWithoutExtentHasNoMapAndNoMarkers) {
   modMain::Players.clear();
 }
 
-// Records what a frame asks of the device: textures bound and track strips drawn.
-class RecordingDevice : public platform::Device3D {
- public:
-  std::vector<platform::ImageRef> textures;  // every SetTexture, in order
-  std::vector<int> strips;                   // lit strips whose first vertex has x >= 1000
-  std::vector<std::pair<uint32_t, uint32_t>> states;
-  Matrix4 view;
-
-  std::string Identifier() const override { return "recording"; }
-  void SetTransform(platform::TransformKind k, const Matrix4& m) override {
-    if (k == platform::TransformKind::View) view = m;
-  }
-  Matrix4 GetTransform(platform::TransformKind) const override { return view; }
-  void SetMaterial(const D3DMaterial&) override {}
-  D3DMaterial GetMaterial() const override { return {}; }
-  void SetTexture(int, const platform::ImageRef& t) override { textures.push_back(t); }
-  void SetRenderState(uint32_t s, uint32_t v) override { states.emplace_back(s, v); }
-  uint32_t GetRenderState(uint32_t) const override { return 0; }
-  void SetTextureStageState(int, uint32_t, uint32_t) override {}
-  void SetViewport(const platform::Viewport&) override {}
-  platform::Viewport GetViewport() const override { return {}; }
-  void SetLight(int, const platform::D3DLight&) override {}
-  void LightEnable(int, bool) override {}
-  void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
-  void BeginScene() override {}
-  void EndScene() override {}
-  void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override {}
-  void DrawPrimitive(platform::Primitive, const LitVertex* v, int) override {
-    if (v[0].x >= 1000) strips.push_back(static_cast<int>(v[0].x) - 1000);
-  }
-  void DrawPrimitive(platform::Primitive, const MeshVertex*, int) override {}
-  void DrawIndexedMesh(const MeshVertex*, int, const uint16_t*, int) override {}
-};
-
 class FramePasses : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -158,6 +112,13 @@ class FramePasses : public ::testing::Test {
   }
   static platform::ImageRef Tex() { return platform::Image::Create(1, 1, platform::PixelFormat::A8R8G8B8); }
   static TrackStrip Id(int id, i16 texture) { return Strip({{1000.0f + id, 0}, {0, 0}, {0, 1}, {1, 1}}, texture); }
+  // Track strips drawn, by the id their first vertex's x carries (lit draws from x 1000).
+  std::vector<int> Strips() const {
+    std::vector<int> ids;
+    for (float x : device_.lit_first_x)
+      if (x >= 1000) ids.push_back(static_cast<int>(x) - 1000);
+    return ids;
+  }
   static void Fill(IndexedArray<TrackStrip>& list, std::vector<TrackStrip> strips, int lower = 0) {
     list.Resize(lower, lower + static_cast<int>(strips.size()) - 1);
     for (size_t i = 0; i < strips.size(); ++i) list(lower + static_cast<int>(i)) = std::move(strips[i]);
@@ -176,7 +137,7 @@ TEST_F(FramePasses, TexturesBindOnChangeAndSeeThroughWallsWaitForTheRacers) {
   // first deferral binds nothing); 8: an ordinary wall.
   Fill(TrackWalls, {Id(5, 1), Id(6, 3), Id(7, 3), Id(8, 2)});
   modGameLoop::Render_Race_Frame();
-  EXPECT_EQ(device_.strips, (std::vector<int>{0, 1, 2, 5, 8, 6, 7}));
+  EXPECT_EQ(Strips(), (std::vector<int>{0, 1, 2, 5, 8, 6, 7}));
   std::vector<platform::ImageRef> named;
   for (const auto& t : device_.textures)
     if (t) named.push_back(t);
@@ -200,7 +161,7 @@ TEST_F(FramePasses, NoWallsDrawNoWallPass) {
   Fill(Grass, {Id(1, 0)});
   TrackWalls.Resize(-1, -1);
   modGameLoop::Render_Race_Frame();
-  EXPECT_EQ(device_.strips, (std::vector<int>{0, 1}));
+  EXPECT_EQ(Strips(), (std::vector<int>{0, 1}));
   EXPECT_EQ(modGameLoop::TransparentWalls.Count(), 1);
 }
 

@@ -9,9 +9,9 @@ using namespace race_test;
 namespace {
 
 std::vector<std::string> Set_Up_Lines() {
-  return {"",           "Initialising Race...",  "LightSurface Made", "Grey2x2Surf Made", "CarThrustSurf Made",
-          "SkySurf Made", "MiniMapSurf Made",    "MiniMapShipsSurf Made", "StatsBGSurf Made", "   Loading Track...",
-          "   ...Done", "...Done",               ""};
+  return {"", "Initialising Race...", "LightSurface Made", "Grey2x2Surf Made", "CarThrustSurf Made", "SkySurf Made",
+          "MiniMapSurf Made", "MiniMapShipsSurf Made", "StatsBGSurf Made", "   Loading Track...", "   ...Done",
+          "...Done", ""};
 }
 
 std::vector<std::string> Teardown_Lines(int textures) {
@@ -37,15 +37,10 @@ void Expect_Torn_Down() {
   EXPECT_EQ(modTracks::TrackBlock.Count(), 1);
 }
 
-// A point 8 pixels right of a lamp's centre in the start lights: red while lit, dark otherwise (lights at 293, 50).
-bool Lamp_Red(int lamp) {
-  const uint32_t p = race_test::RaceTest::At(293 + 26 + 8, 50 + 20 + lamp * 36);
-  return (p >> 16 & 0xFF) > 200 && (p >> 8 & 0xFF) < 120;
-}
-bool Lamp_Green(int lamp) {
-  const uint32_t p = race_test::RaceTest::At(293 + 26 + 8, 50 + 20 + lamp * 36);
-  return (p >> 8 & 0xFF) > 200 && (p >> 16 & 0xFF) < 150;
-}
+// A point 8 pixels right of a lamp's centre in the start lights (at 293, 50): red or green while lit.
+int Lamp_Channel(int lamp, int shift) { return int(testenv::At(293 + 26 + 8, 50 + 20 + lamp * 36) >> shift & 0xFF); }
+bool Lamp_Red(int lamp) { return Lamp_Channel(lamp, 16) > 200 && Lamp_Channel(lamp, 8) < 120; }
+bool Lamp_Green(int lamp) { return Lamp_Channel(lamp, 8) > 200 && Lamp_Channel(lamp, 16) < 150; }
 
 TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing) {
   int textures = 0;
@@ -59,17 +54,16 @@ TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing
       EXPECT_TRUE(Shows_Text(13, 53, 0, "Pos 1/1"));
       EXPECT_TRUE(Shows_Text(490, 440, 0, "000 MPH"));
     }
-    if (Reached(t, 3200)) Press(kEscape);
-    if (Reached(t, 3216)) Release(kEscape);
-    if (Reached(t, 3300)) Press(kDown);
-    if (Reached(t, 3400)) Release(kDown);
-    if (Reached(t, 3500)) Press(kEnter);
+    if (Reached(t, 3200)) Key_Down(kEscape);
+    if (Reached(t, 3216)) Key_Up(kEscape);
+    if (Reached(t, 3300)) Key_Down(kDown);
+    if (Reached(t, 3400)) Key_Up(kDown);
+    if (Reached(t, 3500)) Key_Down(kEnter);
   });
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   EXPECT_EQ(modGameLoop::PauseSelection, 1);
   ASSERT_GT(textures, 0);
-  std::vector<std::string> expected;
-  for (const auto& l : Set_Up_Lines()) expected.push_back(l);
+  std::vector<std::string> expected = Set_Up_Lines();
   for (const auto& l : Teardown_Lines(textures)) expected.push_back(l);
   const auto log = Log();
   const auto race = std::find(log.begin(), log.end(), "Initialising Race...");
@@ -140,12 +134,12 @@ TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal
       int moved = 0;
       for (int i = 1; i <= 4; ++i) moved += Player(i).PositionZ != grid_z[size_t(i)];
       EXPECT_EQ(moved, 4) << "the computer racers drive off at the signal";
-      Press(kEscape);
+      Key_Down(kEscape);
     }
-    if (Reached(t, 6016)) Release(kEscape);
-    if (Reached(t, 6032)) Press(kDown);
-    if (Reached(t, 6048)) Release(kDown);
-    if (Reached(t, 6064)) Press(kEnter);
+    if (Reached(t, 6016)) Key_Up(kEscape);
+    if (Reached(t, 6032)) Key_Down(kDown);
+    if (Reached(t, 6048)) Key_Up(kDown);
+    if (Reached(t, 6064)) Key_Down(kEnter);
   });
   EXPECT_EQ(clock_after_start, kFrameMs);
   for (int i = 0; i < 4; ++i) EXPECT_TRUE(lights_checked[i]) << "light check " << i;
@@ -158,11 +152,11 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
   int wrong_way_frames = 0;
   Run_Race(4, [&](i32 t) {
     // Escape held through part of the countdown does nothing.
-    if (Reached(t, 1000)) Press(kEscape);
-    if (Reached(t, 1500)) Release(kEscape);
+    if (Reached(t, 1000)) Key_Down(kEscape);
+    if (Reached(t, 1500)) Key_Up(kEscape);
     if (Reached(t, 3600)) escape_in_countdown_ignored = !Is_Set(modGameLoop::Paused);
-    if (Reached(t, 3904)) Press(kEscape);
-    if (Reached(t, 3920)) Release(kEscape);
+    if (Reached(t, 3904)) Key_Down(kEscape);
+    if (Reached(t, 3920)) Key_Up(kEscape);
     // The frame that pauses draws no menu yet (the keys come after the HUD).
     if (Is_Set(modGameLoop::Paused) && paused_clock < 0) {
       paused_clock = modMain::GameClock;
@@ -180,23 +174,23 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
       }
       Player().cWRONGWAY = kTrue;
     }
-    if (Reached(t, 4400)) Press(kDown);  // to "Quit Race", then resume with it highlighted
-    if (Reached(t, 4448)) Release(kDown);
-    if (Reached(t, 4464)) Press(kUp);
-    if (Reached(t, 4480)) Release(kUp);
-    if (Reached(t, 4496)) Press(kEnter);  // Resume
-    if (Reached(t, 4512)) Release(kEnter);
+    if (Reached(t, 4400)) Key_Down(kDown);  // to "Quit Race", then resume with it highlighted
+    if (Reached(t, 4448)) Key_Up(kDown);
+    if (Reached(t, 4464)) Key_Down(kUp);
+    if (Reached(t, 4480)) Key_Up(kUp);
+    if (Reached(t, 4496)) Key_Down(kEnter);  // Resume
+    if (Reached(t, 4512)) Key_Up(kEnter);
     if (Reached(t, 4600)) {
       EXPECT_FALSE(Is_Set(modGameLoop::Paused));
       EXPECT_GT(modMain::GameClock, paused_clock);
-      Press(kEscape);
-      Press(kDown);
+      Key_Down(kEscape);
+      Key_Down(kDown);
     }
-    if (Reached(t, 4616)) Release(kEscape);
+    if (Reached(t, 4616)) Key_Up(kEscape);
     if (Reached(t, 4650)) {
       EXPECT_EQ(modGameLoop::PauseSelection, 1);
-      Release(kDown);
-      Press(kEnter);  // Quit Race
+      Key_Up(kDown);
+      Key_Down(kEnter);  // Quit Race
     }
   });
   EXPECT_TRUE(escape_in_countdown_ignored);
@@ -221,7 +215,7 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
       Player().cLapTime(3) = 58004;
       Player().cRaceTime = 179229;
       Player().cTopSpeed = 187;
-      Press(kEscape);
+      Key_Down(kEscape);
     }
     if (Reached(t, 5032)) {
       escape_ignored = !Is_Set(modGameLoop::Paused);
@@ -229,7 +223,7 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
       results_shown = Shows_Text(215, 205, 2, "Race Time 02:59:23") && Shows_Text(215, 240, 2, "Lap 2     00:60:00") &&
                       Shows_Text(218, 280, 2, "Top Speed 187 MPH");
     }
-    if (Reached(t, 5100)) Press(kEnter);
+    if (Reached(t, 5100)) Key_Down(kEnter);
   });
   EXPECT_TRUE(escape_ignored);
   EXPECT_TRUE(results_shown);

@@ -3,12 +3,9 @@
 #include "screens/hiscore_file.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <random>
+#include <cstdio>
 #include <string>
 
 #include "support/test_env.h"
@@ -50,7 +47,6 @@ TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndian) {
       4 + 3 + 4 + 2 + 4 + 4);
   const HiScoreTable t{95, "Ann", 40000, "", -435832, "Bo"};
   EXPECT_EQ(modHiScore::Encode_HiScores(t), expected);
-  EXPECT_EQ(expected.size(), 16u + 3 + 0 + 2);
   EXPECT_EQ(Decode(expected), t);
 }
 
@@ -119,12 +115,10 @@ TEST(HiScoreRules, TiesNeverCountAndEmptyTablesAlwaysFall) {
   EXPECT_EQ(fresh, (HiScoreTable{0, "", 40000, "Ann", 121000, "Ann"}));
 }
 
-TEST(HiScoreRules, TimeText) {
-  EXPECT_EQ(modHiScore::Time_Text(83456), "01:23:46");
-  EXPECT_EQ(modHiScore::Time_Text(59996), "00:60:00");
-  EXPECT_EQ(modHiScore::Time_Text(60000), "01:00:00");
-  EXPECT_EQ(modHiScore::Time_Text(0), "00:00:00");
-  EXPECT_EQ(modHiScore::Time_Text(6000000), "100:00:00");
+TEST(HiScoreRules, TimeTextRoundsHundredthsToEvenAndGrowsPastAnHour) {
+  for (const auto& [ms, text] : {std::pair{83456, "01:23:46"}, {59996, "00:60:00"}, {60000, "01:00:00"},
+                                 {6000000, "100:00:00"}})
+    EXPECT_EQ(modHiScore::Time_Text(ms), text) << ms;
 }
 
 // A child process saves over and over (the old table, then the new one over it) and is
@@ -138,32 +132,24 @@ TEST(HiScoreFile, SavesSurviveBeingKilled) {
   const std::string fresh = modHiScore::Encode_HiScores(kShort);
   new_bytes.replace(0, fresh.size(), fresh);
 
-  std::mt19937 rng(20261123);
-  int kills = 0, interrupted_writes = 0, ended_new = 0;
-  for (int round = 0; round < 200; ++round) {
-    testenv::Write_File(path, old_bytes);
-    std::filesystem::remove(path + ".new");
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      for (;;) {
+  int interrupted_writes = 0, ended_new = 0;
+  const int kills = testenv::Kill_While_Saving(
+      [&] {
+        testenv::Write_File(path, old_bytes);
+        std::filesystem::remove(path + ".new");
+      },
+      [&] {
         modHiScore::Write_HiScore_File(path, kShort);
         modHiScore::Write_HiScore_File(path, kLong);
-      }
-    }
-    usleep(std::uniform_int_distribution<useconds_t>(0, 4000)(rng));
-    ASSERT_EQ(kill(child, SIGKILL), 0);
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status));
-    ++kills;
-    if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
-    const std::string now = testenv::Read_File(path);
-    ASSERT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
-    ended_new += now == new_bytes;
-    const HiScoreTable t = modHiScore::Read_HiScore_File(path);
-    EXPECT_TRUE(t == kLong || t == kShort);
-  }
+      },
+      [&](int round) {
+        if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
+        const std::string now = testenv::Read_File(path);
+        EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
+        ended_new += now == new_bytes;
+        const HiScoreTable t = modHiScore::Read_HiScore_File(path);
+        EXPECT_TRUE(t == kLong || t == kShort);
+      });
   EXPECT_EQ(kills, 200);
   // The kills must have caught copies part-way and both tables in place, or the test proves nothing.
   EXPECT_GT(interrupted_writes, 0);

@@ -1,11 +1,12 @@
 // The hi-score screen run through its real loop: name typing, save on the first
 // confirmation and leave on the second, the log lines, files that are short or corrupt,
 // and what a frame draws.
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "core/log.h"
-#include "screens/meta_screen_fixture.h"
+#include "support/screen_fixture.h"
 #include "screens/modHiScore.h"
 #include "support/test_env.h"
 #include "vehicle/create_racers.h"
@@ -14,10 +15,10 @@ namespace {
 
 using modHiScore::HiScoreTable;
 
-class HiScoreScreenTest : public MetaScreenTest {
+class HiScoreScreenTest : public ScreenTest {
  protected:
   void SetUp() override {
-    MetaScreenTest::SetUp();
+    ScreenTest::SetUp();
     std::filesystem::create_directories(dir_.path() + "/Data");
     modMain::GameState = modMain::kStateHiScore;
     max_frames = 400;
@@ -160,7 +161,7 @@ TEST_F(HiScoreScreenTest, TheNameBoxShowsABlinkingCursorOverTheRecords) {
     const bool on = modMain::GameClock % 1000 > 500;
     (on ? cursor_on : cursor_off) = Read(116, 265, 128, 280);
     if (on && !cursor_off.empty() && !shot) {
-      Write_PNG("screenshots/hiscores.png");
+      Screenshot("hiscores");
       shot = true;
     }
     if (f == 140) Key(13);

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "frontend/menu_screen_fixture.h"
+#include "support/screen_fixture.h"
 #include "screens/modOptions.h"
 #include "support/test_env.h"
 
@@ -51,11 +51,11 @@ class Options : public ScreenTest {
 
 TEST_F(Options, ClickingARowThenPressingWBindsItShowsItAndLeavingStoresIt) {
   bool arrow_shown = false, dashes_shown = false, w_shown = false;
-  At_Frame(2, [&] { arrow_shown = Shows_Text(295, 279, "Up Arrow"); });
+  At_Frame(2, [&] { arrow_shown = Shows_Text(295, 279, 2, "Up Arrow"); });
   Click(3, 5);
   At_Frame(6, [&] {
     EXPECT_EQ(CaptureSlot, 1);
-    dashes_shown = Shows_Text(295, 279, "-----");
+    dashes_shown = Shows_Text(295, 279, 2, "-----");
     Key_Down(87);
   });
   At_Frame(7, [&] {
@@ -63,7 +63,7 @@ TEST_F(Options, ClickingARowThenPressingWBindsItShowsItAndLeavingStoresIt) {
     EXPECT_EQ(modMain::KeyUp, 87);
     Key_Up(87);
   });
-  At_Frame(8, [&] { w_shown = Shows_Text(295, 279, "W") && !Shows_Text(295, 279, "-----"); });
+  At_Frame(8, [&] { w_shown = Shows_Text(295, 279, 2, "W") && !Shows_Text(295, 279, 2, "-----"); });
   Click(10, 3);
   Run();
   EXPECT_TRUE(arrow_shown);
@@ -131,7 +131,7 @@ TEST_F(Options, APunctuationKeyLeavesTheRowWaitingAndClicksWaitToo) {
     EXPECT_EQ(CaptureSlot, 4);
     EXPECT_EQ(modMain::KeyRight, 39);
     EXPECT_EQ(modMain::Difficulty, 1);
-    still_dashes = Shows_Text(295, 351, "-----");
+    still_dashes = Shows_Text(295, 351, 2, "-----");
     Move(300, 200);
   });
   At_Frame(40, [] { Screenshot("options_capture"); });
@@ -206,7 +206,7 @@ TEST_F(Options, AnUnnamedKeyFromTheFileShowsAsItsDefaultAndIsStoredSo) {
   bool shown = false;
   At_Frame(2, [&] {
     EXPECT_EQ(modMain::KeyRight, 39);
-    shown = Shows_Text(295, kRowY[3], "Right Arrow") && Shows_Text(171, 254, "Keyboard");
+    shown = Shows_Text(295, kRowY[3], 2, "Right Arrow") && Shows_Text(171, 254, 2, "Keyboard");
   });
   Click(3, 3);
   Run();

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "screens/meta_screen_fixture.h"
+#include "support/screen_fixture.h"
 #include "screens/modShipSelection.h"
 #include "support/test_env.h"
 #include "vehicle/players.h"
@@ -15,10 +15,10 @@ namespace {
 // Centres of the six buttons: back, start, previous/next skin, previous/next ship.
 constexpr float kButton[6][2] = {{145, 370}, {145, 420}, {152, 130}, {152, 187}, {128, 159}, {176, 159}};
 
-class ShipSelectionTest : public MetaScreenTest {
+class ShipSelectionTest : public ScreenTest {
  protected:
   void SetUp() override {
-    MetaScreenTest::SetUp();
+    ScreenTest::SetUp();
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
     modMain::NumOpponents = 4;
     modMain::GameState = modMain::kStateShipSelection;
@@ -33,9 +33,8 @@ class ShipSelectionTest : public MetaScreenTest {
   }
   static void Press(int button) {
     Move(kButton[button][0], kButton[button][1]);
-    platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
+    ScreenTest::Press();
   }
-  static void Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
   static std::pair<int, int> Current() {
     return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin};
   }
@@ -55,17 +54,14 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
       if (f == at + 1) Release();
       if (f == at + 2 && button != 1) seen.push_back(Current());
     }
-    if (f == 148) Write_PNG("screenshots/ship_selection.png");
+    if (f == 148) Screenshot("ship_selection");
   };
   modShipSelection::Init_Ship_Selection();
   // The first press came while the buttons were sliding in (they need about 600 ms).
   EXPECT_EQ(seen, (std::vector<Choice>{{0, 1}, {2, 1}, {0, 1}, {0, 3}, {0, 1}, {0, 3}, {1, 3}}));
   EXPECT_EQ(modMain::GameState, modMain::kStateRace);
   ASSERT_EQ(modMain::Players.size(), 5u);
-  for (size_t i = 0; i < 5; ++i) {
-    ASSERT_TRUE(modMain::Players[i]);
-    EXPECT_EQ(modMain::Players[i]->RacerKind, i == 0 ? 1 : 2);
-  }
+  for (size_t i = 0; i < 5; ++i) EXPECT_EQ(modMain::Players[i] ? modMain::Players[i]->RacerKind : -1, i == 0 ? 1 : 2);
   EXPECT_EQ(Current(), Choice(1, 3));
   EXPECT_EQ(modGameLoop::RacerBox.Lower(), 0);
   EXPECT_EQ(modGameLoop::RacerBox.Upper(), 4);
@@ -151,10 +147,8 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
   };
   modShipSelection::Init_Ship_Selection();
   EXPECT_EQ(modShipSelection::ShipName, "Kestrel GT");
-  EXPECT_GE(name.first, 410);
-  EXPECT_LE(name.first, 413);
-  EXPECT_GE(name.second, 520);
-  EXPECT_LT(name.second, 530);
+  EXPECT_TRUE(name.first >= 410 && name.first <= 413 && name.second >= 520 && name.second < 530)
+      << name.first << ".." << name.second << ": centred";
   // Thrust 0.25 -> 100 units, drawn 98 pixels wide; mass 8.5 -> 62 (62.5 to even) -> 60.
   EXPECT_EQ(bar1, std::make_pair(415, 512));
   EXPECT_EQ(bar3, std::make_pair(415, 474));

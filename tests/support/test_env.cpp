@@ -1,9 +1,13 @@
 #include "support/test_env.h"
 
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 
 #include "platform/platform.h"
@@ -62,6 +66,26 @@ std::vector<std::string> Read_Lines_CRLF(const std::string& path) {
     start = end + 2;
   }
   return lines;
+}
+
+int Kill_While_Saving(const std::function<void()>& prepare, const std::function<void()>& save,
+                      const std::function<void(int round)>& check) {
+  std::mt19937 rng(20261123);
+  int kills = 0;
+  for (int round = 0; round < 200; ++round) {
+    prepare();
+    const pid_t child = fork();
+    if (child < 0) break;
+    if (child == 0)
+      for (;;) save();
+    usleep(std::uniform_int_distribution<useconds_t>(0, 4000)(rng));
+    kill(child, SIGKILL);
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || !WIFSIGNALED(status)) break;
+    ++kills;
+    check(round);
+  }
+  return kills;
 }
 
 std::string Game_Dir() { return QUORVAL_GAME_DIR; }

@@ -1,5 +1,6 @@
 #pragma once
 // Shared test helpers: a scratch application folder and file helpers.
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,10 @@ void Write_File(const std::string& path, const std::string& bytes);
 std::vector<std::string> Read_Lines_CRLF(const std::string& path);
 // The generated game folder and the shared foreign test data (may be absent).
 std::string Game_Dir();
+// Runs save() over and over in a child process and kills it (SIGKILL) 0 to 4 ms in, 200
+// times: prepare() runs before each round, check(round) after each kill. Returns the kills.
+int Kill_While_Saving(const std::function<void()>& prepare, const std::function<void()>& save,
+                      const std::function<void(int round)>& check);
 std::string Testdata_Dir();
 
 }  // namespace testenv

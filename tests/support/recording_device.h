@@ -1,0 +1,63 @@
+#pragma once
+// A device that draws nothing and records what it is asked: transforms, textures, states
+// and the draws, so frame passes and meshes can be checked without a display.
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "platform/platform.h"
+
+class RecordingDevice : public platform::Device3D {
+ public:
+  struct Draw {
+    platform::ImageRef texture;
+    D3DMaterial material;
+    int vertices, indices, max_index;
+  };
+  std::vector<Matrix4> worlds;
+  Matrix4 view{};
+  std::vector<platform::ImageRef> textures;  // every SetTexture, in order
+  std::vector<std::pair<uint32_t, uint32_t>> states;
+  std::vector<float> lit_first_x;  // the first vertex's x of each lit draw
+  std::vector<Draw> draws;         // indexed meshes
+  int calls = 0;                   // transforms, materials, textures and draws
+
+  std::string Identifier() const override { return "recording"; }
+  void SetTransform(platform::TransformKind k, const Matrix4& m) override {
+    ++calls;
+    if (k == platform::TransformKind::World) worlds.push_back(m);
+    if (k == platform::TransformKind::View) view = m;
+  }
+  Matrix4 GetTransform(platform::TransformKind) const override { return view; }
+  void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
+  D3DMaterial GetMaterial() const override { return material_; }
+  void SetTexture(int, const platform::ImageRef& t) override {
+    ++calls, texture_ = t;
+    textures.push_back(t);
+  }
+  void SetRenderState(uint32_t s, uint32_t v) override { states.emplace_back(s, v); }
+  uint32_t GetRenderState(uint32_t) const override { return 0; }
+  void SetTextureStageState(int, uint32_t, uint32_t) override {}
+  void SetViewport(const platform::Viewport&) override {}
+  platform::Viewport GetViewport() const override { return {}; }
+  void SetLight(int, const platform::D3DLight&) override {}
+  void LightEnable(int, bool) override {}
+  void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
+  void BeginScene() override {}
+  void EndScene() override {}
+  void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
+  void DrawPrimitive(platform::Primitive, const LitVertex* v, int) override {
+    ++calls;
+    lit_first_x.push_back(v[0].x);
+  }
+  void DrawPrimitive(platform::Primitive, const MeshVertex*, int) override { ++calls; }
+  void DrawIndexedMesh(const MeshVertex*, int vertex_count, const uint16_t* indices, int index_count) override {
+    ++calls;
+    draws.push_back({texture_, material_, vertex_count, index_count,
+                     index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1});
+  }
+
+ private:
+  D3DMaterial material_{};
+  platform::ImageRef texture_;
+};

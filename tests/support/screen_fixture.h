@@ -1,0 +1,78 @@
+#pragma once
+// The one display and screen fixture. DisplayTest: a headless display (640 x 480 unless a
+// test asks for another size) in a scratch game folder with the graphics, torn down in the
+// game's order. ScreenTest: fonts, the main window's input and a manual clock, so a test can
+// run a real screen loop; every pump advances the clock by step_ms and calls on_frame
+// (frames from 1), where the test posts input and looks at state. A runaway loop is closed
+// after max_frames by a window-close event.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "audio_input/frmMain.h"
+#include "audio_input/modMouseParticles.h"
+#include "core/log.h"
+#include "core/modMain.h"
+#include "core/settings.h"
+#include "gfx/mod3Denhance.h"
+#include "gfx/modText.h"
+#include "platform/platform.h"
+#include "platform/testing.h"
+#include "support/test_env.h"
+#include "vehicle/players.h"
+
+namespace testenv {
+// Back-buffer pixels of a rectangle as 0xRRGGBB, rows top to bottom.
+std::vector<uint32_t> Read(int left, int top, int right, int bottom);
+inline uint32_t At(int x, int y) { return Read(x, y, x + 1, y + 1)[0]; }
+// Writes the whole back buffer as an RGB PNG at path (folders made); returns path.
+std::string Save_Screen(const std::string& path);
+}  // namespace testenv
+
+class DisplayTest : public ::testing::Test {
+ protected:
+  explicit DisplayTest(int width = 640, int height = 480) : width_(width), height_(height) {}
+  void SetUp() override;
+  void TearDown() override;
+  static std::vector<uint32_t> Read(int l, int t, int r, int b) { return testenv::Read(l, t, r, b); }
+  static uint32_t At(int x, int y) { return testenv::At(x, y); }
+
+  static constexpr uint32_t kClear = 0x000066;  // Clear_Screen's dark blue
+  const int width_, height_;
+  testenv::ScratchAppDir dir_;
+};
+
+class ScreenTest : public DisplayTest {
+ protected:
+  using DisplayTest::DisplayTest;
+  void SetUp() override;
+  void TearDown() override;
+
+  static void Move(float x, float y);
+  static void Press();  // left mouse button
+  static void Release();
+  static void Key_Down(int16_t key);
+  static void Key_Up(int16_t key);
+  // A key pressed now and let go at the next pump, so one frame sees it held.
+  void Key(int16_t key) {
+    Key_Down(key);
+    release_next_.push_back(key);
+  }
+  // Writes the back buffer to screenshots/<name>.png in the test's working folder.
+  static void Screenshot(const std::string& name) { testenv::Save_Screen("screenshots/" + name + ".png"); }
+  // True when every glyph pixel of text in font, drawn alone at (x, y), is on screen there.
+  // Draws over its own cells, so checks of one frame must not overlap.
+  static bool Shows_Text(int x, int y, u8 font, const std::string& text);
+  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
+  static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom);
+
+  int step_ms = 16;
+  int frames = 0;
+  int max_frames = 3000;
+  std::function<void(int frame)> on_frame;
+
+ private:
+  std::vector<int16_t> release_next_;
+};
