@@ -1,10 +1,7 @@
-// Four computer racers and a player driven by an autopilot on the generated track and ships,
-// in the race loop's order, over many seeds.
+// Four computer racers and an autopiloted player race three laps on the generated track, many seeds.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <map>
-#include <vector>
 
 #include "race/modGameLoop.h"
 #include "vehicle/racer_fixture.h"
@@ -20,9 +17,8 @@ constexpr int kRacers = 5;
 constexpr int kSeeds = 10;
 constexpr i32 kFrame = 16;
 constexpr i32 kRaceLimit = 6 * 60 * 1000;  // three laps in six minutes, or something is wrong
-// Side walls are tested against the block a corner starts the frame on, so on the outside
-// of a curve a corner can slip past the next block's edge unseen. The track is shaped so
-// that this costs a racer at most a few frames off its blocks, never the race.
+// Walls are tested against the block a corner starts the frame on, so on the outside of a
+// curve a racer may be a few frames off its blocks, never more.
 constexpr int kMaxFramesOff = 3;
 
 // Point in the block's quad (corners in the order 0, 2, 3, 1 round it), in x-z.
@@ -43,8 +39,7 @@ bool Over_Own_Or_Neighbour(const clsHumanPlayer& r) {
   return Over_Block(b, x, z) || Over_Block((b + 1) % n, x, z) || Over_Block((b + n - 1) % n, x, z);
 }
 
-// The player's keys, held the way a steady driver would: aim at the middle of the front edge
-// two blocks ahead, full throttle, no brake.
+// Full throttle, steering at the middle of the front edge two blocks ahead.
 void Autopilot(clsHumanPlayer& r) {
   const int n = modTracks::TrackBlock.Count();
   const Vector3* c = modTracks::TrackBlock((r.cCurrentTrackBlock() + 2) % n).Corner;
@@ -57,14 +52,6 @@ void Autopilot(clsHumanPlayer& r) {
   r.Brake = kFalse;
 }
 
-// The catalogue entry whose numbers the racer carries (computer picks are not stored).
-size_t Ship_Of(clsHumanPlayer& r, const shipsdat::Catalogue& cat) {
-  return size_t(std::find_if(cat.Ships.begin(), cat.Ships.end(), [&r](const auto& s) {
-                  return RA::InvMass(r) == float(1.0 / s.Mass) && RA::ThrustForce(r) == float(s.Thrust) &&
-                         RA::LinearDrag(r) == float(s.LinearDrag);
-                }) - cat.Ships.begin());
-}
-
 TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrack) {
   testenv::ScratchAppDir dir;
   for (const char* folder : {"Tracks", "Objects", "Textures", "Data"}) dir.Copy_From_Game(folder);
@@ -73,8 +60,6 @@ TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrac
   modTracks::Build_Track_Blocks();
   shipsdat::Catalogue cat;
   ASSERT_TRUE(shipsdat::Load(shipsdat::Path(), cat, error)) << error;
-
-  std::map<size_t, std::vector<i32>> laps_by_ship;
   int most_frames_off[3] = {};  // by RacerKind
   long long frames_run = 0, frames_off = 0;
   for (int seed = 1; seed <= kSeeds; ++seed) {
@@ -108,22 +93,12 @@ TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrac
         finished += r.cFinishedRace;
       }
     }
-    for (int i = 0; i < kRacers; ++i) {
-      const size_t ship = Ship_Of(P(i), cat);
-      ASSERT_LT(ship, cat.Ships.size());
-      for (int lap = 1; lap <= 3; ++lap) laps_by_ship[ship].push_back(P(i).cLapTime(lap));
-    }
+    for (int i = 0; i < kRacers; ++i)
+      for (int lap = 1; lap <= 3; ++lap) EXPECT_GT(P(i).cLapTime(lap), 0) << "racer " << i << " lap " << lap;
   }
-
   std::printf("%d seeds, %lld frames of %d ms; %lld racer frames off the blocks, at most %d in a row for the "
               "player and %d for a computer racer\n",
               kSeeds, frames_run, kFrame, frames_off, most_frames_off[1], most_frames_off[2]);
-  for (auto& [ship, laps] : laps_by_ship) {
-    std::sort(laps.begin(), laps.end());
-    std::printf("ship %zu (%s): %zu laps, min %d ms, median %d ms, max %d ms\n", ship,
-                cat.Ships[ship].DisplayName.c_str(), laps.size(), laps.front(), laps[laps.size() / 2], laps.back());
-    EXPECT_GT(laps.front(), 0);
-  }
   modMain::Players.clear();
 }
 
