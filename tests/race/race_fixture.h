@@ -2,8 +2,6 @@
 // A headless race on the generated files, a manual clock moving 16 ms a race frame, and a script.
 #include <filesystem>
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "race/modGameLoop.h"
 #include "support/screen_fixture.h"
@@ -67,7 +65,6 @@ class RaceTest : public ScreenTest {
     for (const auto& [at, key] : script)
       if (Reached(t, at)) key > 0 ? Key_Down(int16_t(key)) : Key_Up(int16_t(-key));
   }
-  static std::vector<std::string> Log() { return testenv::Read_Lines_CRLF(modMain::Log_Path()); }
   // Writes the back buffer to build/race_shots/<name>.png and returns its path.
   static std::string Save_Png(const std::string& name) {
     const auto folder = std::filesystem::path(testenv::Game_Dir()).parent_path() / "race_shots";

@@ -1,6 +1,4 @@
 // What a race frame shows, read back from the back buffer: sky, road, ships, mini-map and HUD.
-#include <cstdio>
-
 #include "core/numbers.h"
 #include "race_fixture.h"
 
@@ -39,9 +37,7 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
     ASSERT_TRUE(modGameLoop::Marker_Position(0, x, y));
     EXPECT_TRUE(x >= 495 && x <= 622 && y >= 296 && y <= 423) << x << ", " << y;
     EXPECT_EQ(At(x + 5, y + 5), modGameLoop::MiniMapShipsSurf->Argb(5, 15) & 0xFFFFFF) << "the player's marker on top";
-    const i32 h = i32(std::lround((modMain::GameClock % 60000) / 10.0));
-    char time[32];
-    std::snprintf(time, sizeof time, "Race Time %02d:%02d:%02d", modMain::GameClock / 60000, h / 100, h % 100);
+    const std::string time = "Race Time " + modGameLoop::Time_Text(modMain::GameClock);
     EXPECT_TRUE(Shows_Text(490, 440, 0, numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH"));
     EXPECT_TRUE(Shows_Text(13, 20, 0, "Lap 1/3"));
     EXPECT_TRUE(Shows_Text(13, 53, 0, "Pos " + std::to_string(p.cRace_Position) + "/5"));
@@ -59,12 +55,12 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
     }
     EXPECT_TRUE(map_white > 300 && map_white < 128 * 64) << map_white;
     // The same view without the ships differs around the player's ship.
-    const float distance = modGameLoop::CameraDistance;
-    modGameLoop::CameraDistance = distance + 0.05f;  // the redraw steps it back to `distance`
-    const auto with = Scene();
-    modGameLoop::CameraDistance = distance + 0.05f;
-    modMain::NumOpponents = -1;
-    const auto without = Scene();
+    // Each redraw steps the camera 0.05 in: start it 0.05 out so both see the same view.
+    auto redraw = [d = modGameLoop::CameraDistance + 0.05f](i16 opponents) {
+      modGameLoop::CameraDistance = d, modMain::NumOpponents = opponents;
+      return Scene();
+    };
+    const auto with = redraw(4), without = redraw(-1);
     modMain::NumOpponents = 4;
     int ship_pixels = 0;
     for (size_t i = 240 * 640; i < with.size(); ++i) ship_pixels += with[i] != without[i];

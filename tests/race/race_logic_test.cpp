@@ -1,5 +1,4 @@
 // Race logic without a display: times, start lights, the mini-map mapping and frame passes.
-#include <algorithm>
 #include <tuple>
 
 #include "mathmesh/modMATH.h"
@@ -8,7 +7,6 @@
 
 namespace {
 
-using modTracks::TrackStrip;
 using race_test::Set_Road;
 using race_test::Strip;
 
@@ -38,12 +36,10 @@ TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
   const auto outline = modTracks::MiniMap_Outline();
   ASSERT_EQ(outline.size(), 8u);
   EXPECT_FLOAT_EQ(outline[3].sx, 25 / 45.0f * 127);
-  EXPECT_EQ(outline[4].sx, 0);
-  EXPECT_EQ(outline[7].sy, outline[1].sy);
+  EXPECT_TRUE(outline[4].sx == 0 && outline[7].sy == outline[1].sy);
 
-  for (const auto& road : {std::vector<std::pair<float, float>>{{5, 0}, {5, 10}, {5, 20}, {5, 30}},
-                           std::vector<std::pair<float, float>>{{0, 7}, {10, 7}, {20, 7}, {30, 7}},
-                           std::vector<std::pair<float, float>>{}}) {
+  using Road = std::vector<std::pair<float, float>>;  // all on one x, all on one z, none
+  for (const Road& road : {Road{{5, 0}, {5, 10}, {5, 20}, {5, 30}}, Road{{0, 7}, {10, 7}, {20, 7}, {30, 7}}, Road{}}) {
     Set_Road({Strip(road)});
     modTracks::Build_MiniMap(nullptr);
     EXPECT_FALSE(modTracks::MiniMap_Point(5, 7, c, r));
@@ -52,15 +48,13 @@ TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
     i16 x = 0, y = 0;
     EXPECT_FALSE(modGameLoop::Marker_Position(0, x, y));
   }
-  modMain::Players.clear();
 }
 
 class FramePasses : public ::testing::Test {
  protected:
   void SetUp() override {
     mod3Denhance::D3DDevice = &device_;
-    modMain::NumOpponents = 0;
-    modMain::Create_Racers(0);
+    modMain::Create_Racers(modMain::NumOpponents = 0);
     modGameLoop::SkySurf = Tex(), modGameLoop::CarThrustSurf = Tex(), modGameLoop::MiniMapSurf = Tex();
   }
   void TearDown() override {
@@ -70,14 +64,14 @@ class FramePasses : public ::testing::Test {
   }
   static platform::ImageRef Tex() { return platform::Image::Create(1, 1, platform::PixelFormat::A8R8G8B8); }
   // A strip whose first vertex's x (1000 + id) names it in the recorded lit draws.
-  static TrackStrip Id(int id, i16 texture) { return Strip({{1000.0f + id, 0}, {0, 0}, {0, 1}, {1, 1}}, texture); }
+  static modTracks::TrackStrip Id(int id, i16 texture) { return Strip({{1000.0f + id, 0}, {0, 0}, {0, 1}, {1, 1}}, texture); }
   std::vector<int> Strips() const {
     std::vector<int> ids;
     for (float x : device_.lit_first_x)
       if (x >= 1000) ids.push_back(static_cast<int>(x) - 1000);
     return ids;
   }
-  static void Fill(IndexedArray<TrackStrip>& list, std::vector<TrackStrip> strips) {
+  static void Fill(IndexedArray<modTracks::TrackStrip>& list, std::vector<modTracks::TrackStrip> strips) {
     list.Resize(0, static_cast<int>(strips.size()) - 1);
     for (size_t i = 0; i < strips.size(); ++i) list(static_cast<int>(i)) = std::move(strips[i]);
   }

@@ -1,7 +1,4 @@
 // Whole races on the generated track, driven by the manual clock and scripted keys.
-#include <algorithm>
-#include <cstdio>
-
 #include "race_fixture.h"
 
 using namespace race_test;
@@ -24,10 +21,9 @@ void Expect_Torn_Down() {
   using namespace modGameLoop;
   for (const Surface* s : {&LightSurface, &Grey2x2Surf, &CarThrustSurf, &MiniMapSurf, &MiniMapShipsSurf, &StatsBGSurf})
     EXPECT_FALSE(*s);
-  EXPECT_TRUE(modTracks::Track.Count() == 1 && modTracks::Track(0).Vertices.Items().empty());
-  EXPECT_TRUE(modTracks::TrackWalls(0).Vertices.Items().empty());
-  EXPECT_TRUE(modTracks::TrackTexture.Count() == 1 && !modTracks::TrackTexture(0).Texture);
-  EXPECT_EQ(modTracks::TrackBlock.Count(), 1);
+  using namespace modTracks;
+  EXPECT_TRUE(Track.Count() == 1 && Track(0).Vertices.Items().empty() && TrackWalls(0).Vertices.Items().empty());
+  EXPECT_TRUE(TrackTexture.Count() == 1 && !TrackTexture(0).Texture && TrackBlock.Count() == 1);
 }
 
 // A point 8 pixels right of a lamp's centre in the start lights (at 293, 50).
@@ -43,7 +39,7 @@ TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing
   });
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   ASSERT_GT(textures, 0);
-  const auto log = Log();
+  const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
   const auto race = std::find(log.begin(), log.end(), "Initialising Race...");
   ASSERT_NE(race, log.end());
   EXPECT_EQ(std::vector<std::string>(race - 1, log.end()), Race_Log_Lines(textures));
@@ -63,7 +59,7 @@ TEST_F(RaceTest, AnUnreadableTrackReturnsToTheMenuWithTheReadersMessage) {
     modMain::GameState = modMain::kStateRace;
     Run_Race(4, [](i32) { FAIL() << "no race frame may run"; });
     EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-    const auto log = Log();
+    const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
     const auto at = std::find(log.begin(), log.end(), "   Loading Track...");
     ASSERT_LT(at + 2, log.end());
     EXPECT_TRUE(at[1].rfind("   Track file ", 0) == 0 && at[1].find("test.MXT") != std::string::npos) << at[1];
@@ -76,12 +72,10 @@ TEST_F(RaceTest, AnUnreadableTrackReturnsToTheMenuWithTheReadersMessage) {
 
 TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal) {
   std::vector<float> grid_z;
-  int lights_ok = 0;
-  i32 clock_after_start = -1;
+  i32 lights_ok = 0, clock_after_start = -1;
   Run_Race(4, [&](i32 t) {
     const i32 drawn = t - kFrameMs;  // the elapsed time of the frame just drawn
-    if (grid_z.empty())
-      for (int i = 0; i <= 4; ++i) grid_z.push_back(Player(i).PositionZ);
+    for (int i = int(grid_z.size()); i <= 4; ++i) grid_z.push_back(Player(i).PositionZ);
     if (drawn < modGameLoop::kCountdownMs) {
       EXPECT_EQ(modMain::GameClock, 0) << drawn;
       for (int i = 0; i <= 4; ++i) EXPECT_EQ(Player(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " at " << drawn;
@@ -125,8 +119,7 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
     }
     if (Reached(t, 4600)) resumed = !Is_Set(modGameLoop::Paused) && modMain::GameClock > paused_clock;
     if (Reached(t, 4650)) selection_kept = modGameLoop::PauseSelection == 1;
-    // Escape held in the countdown; pause; to "Quit Race" and back up, Resume; pause again
-    // with the selection kept on "Quit Race" (Down), and Enter quits.
+    // Escape in the countdown; pause, Down, Up, Resume; pause again, Down, Enter quits.
     Keys(t, {{1000, kEscape}, {1500, -kEscape}, {3904, kEscape}, {3920, -kEscape}, {4400, kDown}, {4448, -kDown},
              {4464, kUp}, {4480, -kUp}, {4496, kEnter}, {4512, -kEnter}, {4600, kEscape}, {4600, kDown},
              {4616, -kEscape}, {4650, -kDown}, {4650, kEnter}});
