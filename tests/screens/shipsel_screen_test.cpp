@@ -1,5 +1,4 @@
-// Ship selection through its real loop: sliding buttons, ship and skin wrap, bars, start and
-// back, and what a frame draws.
+// Ship selection's real loop: sliding buttons, ship and skin wrap, bars, start, back, one frame.
 #include <filesystem>
 
 #include "screens/modShipSelection.h"
@@ -18,8 +17,7 @@ class ShipSelectionTest : public ScreenTest {
   void SetUp() override {
     ScreenTest::SetUp();
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
-    modMain::NumOpponents = 4;
-    modMain::GameState = modMain::kStateShipSelection;
+    modMain::NumOpponents = 4, modMain::GameState = modMain::kStateShipSelection;
   }
   // The first n generated ships, with the inertia line (record line 4) of some replaced.
   void Write_Catalogue(int n, const std::vector<std::pair<int, std::string>>& inertia = {}) {
@@ -68,8 +66,7 @@ TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip
   };
   modShipSelection::Init_Ship_Selection();
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  ASSERT_EQ(modMain::Players.size(), 5u);
-  for (const auto& racer : modMain::Players) EXPECT_FALSE(racer);
+  EXPECT_TRUE(modMain::Players.size() == 5 && !modMain::Players[0] && !modMain::Players[4]);
   frames = 0;
   modMain::NumOpponents = 0;
   modShipSelection::Init_Ship_Selection();
@@ -119,8 +116,7 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
   EXPECT_TRUE(name.first >= 410 && name.first <= 413 && name.second >= 520 && name.second < 530)
       << name.first << ".." << name.second << ": centred";
   // Thrust 0.25 -> 100 units, drawn 98 pixels wide; mass 8.5 -> 62 (62.5 to even) -> 60.
-  EXPECT_EQ(bar1, std::make_pair(415, 512));
-  EXPECT_EQ(bar3, std::make_pair(415, 474));
+  EXPECT_EQ(std::make_pair(bar1, bar3), std::make_pair(std::make_pair(415, 512), std::make_pair(415, 474)));
   // Highlighted cells are orange, normal ones steel blue.
   EXPECT_GT(lit_button >> 16 & 0xFF, lit_button & 0xFF);
   EXPECT_LT(plain_button >> 16 & 0xFF, plain_button & 0xFF);
