@@ -1,10 +1,7 @@
 #pragma once
-// A headless 640 x 480 race: the generated game files in a scratch folder, the main window's
-// key handlers, a manual clock that moves 16 ms per race frame, and a per-frame script.
+// A headless race on the generated files, a manual clock moving 16 ms a race frame, and a script.
 #include <filesystem>
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "race/modGameLoop.h"
 #include "support/screen_fixture.h"
@@ -15,12 +12,11 @@
 namespace race_test {
 
 inline constexpr i32 kFrameMs = 16;
+inline constexpr int kMaxFrames = 4000;  // a script that never ends its race is stopped here
 inline constexpr int16_t kEnter = 13, kEscape = 27, kUp = 38, kDown = 40;
 
 // True on the first frame whose elapsed time t has reached ms.
 inline bool Reached(i32 t, i32 ms) { return t >= ms && t - kFrameMs < ms; }
-inline constexpr int kMaxFrames = 4000;  // a script that never ends its race is stopped here
-
 inline clsHumanPlayer& Player(int i = 0) { return *modMain::Players[static_cast<size_t>(i)]; }
 
 // A road strip through the given (x, z) points, and a road made of such strips.
@@ -44,7 +40,6 @@ class RaceTest : public ScreenTest {
     modMain::GameState = modMain::kStateRace;
     modGameLoop::RaceRunning = kFalse;
     modGameLoop::PauseSelection = 0;
-    // Only race frames move the clock, so frame f of the loop sees f x 16 ms of countdown.
     platform::Set_Pump_Hook([this](uint64_t) {
       if (!Is_Set(modGameLoop::RaceRunning)) return;
       const i32 elapsed = ++frames * kFrameMs;  // the time the coming frame will read
@@ -57,8 +52,7 @@ class RaceTest : public ScreenTest {
     });
   }
 
-  // Runs a whole race; script(elapsed) runs after each drawn frame, before the pump, with
-  // the countdown time the next frame will see. The script must end the race.
+  // Runs a whole race; script(t) runs after each drawn frame with the time the next will see.
   void Run_Race(int opponents, std::function<void(i32)> script) {
     modMain::NumOpponents = static_cast<i16>(opponents);
     if (modMain::Players.empty()) modMain::Create_Racers(modMain::NumOpponents);
@@ -66,7 +60,11 @@ class RaceTest : public ScreenTest {
     modGameLoop::Init_Race();
   }
 
-  static std::vector<std::string> Log() { return testenv::Read_Lines_CRLF(modMain::Log_Path()); }
+  // Presses (key > 0) and releases (key < 0) keys when the countdown time t reaches each time.
+  static void Keys(i32 t, std::initializer_list<std::pair<i32, int>> script) {
+    for (const auto& [at, key] : script)
+      if (Reached(t, at)) key > 0 ? Key_Down(int16_t(key)) : Key_Up(int16_t(-key));
+  }
   // Writes the back buffer to build/race_shots/<name>.png and returns its path.
   static std::string Save_Png(const std::string& name) {
     const auto folder = std::filesystem::path(testenv::Game_Dir()).parent_path() / "race_shots";

@@ -1,7 +1,4 @@
-// What a race frame shows, read back from the back buffer: sky, road, ships, the mini-map,
-// and the HUD's panels, texts and markers at their places.
-#include <cstdio>
-
+// What a race frame shows, read back from the back buffer: sky, road, ships, mini-map and HUD.
 #include "core/numbers.h"
 #include "race_fixture.h"
 
@@ -12,14 +9,7 @@ namespace {
 int R(uint32_t p) { return int(p >> 16 & 0xFF); }
 int B(uint32_t p) { return int(p & 0xFF); }
 
-std::string Clock_Text(i32 ms) {
-  char s[64];
-  const long h = std::lround((ms % 60000) / 10.0);  // never a half: ms is a multiple of 16 here
-  std::snprintf(s, sizeof s, "%02d:%02ld:%02ld", ms / 60000, h / 100, h % 100);
-  return s;
-}
-
-// The whole frame, redrawn now from the current state (scene only, no HUD).
+// The scene alone (no HUD), redrawn now from the current state.
 std::vector<uint32_t> Scene() {
   modGameLoop::Render_Race_Frame();
   mod3Denhance::D3DDevice->EndScene();
@@ -31,121 +21,78 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
   Run_Race(4, [&](i32 t) {
     if (Reached(t, 40)) Player().RacerKind = 2;  // the player's ship drives itself
     if (!Reached(t, 12000)) {
-      if (Reached(t, 12400)) Key_Down(kEscape);
-      if (Reached(t, 12432)) Key_Down(kDown);
-      if (Reached(t, 12464)) Key_Up(kDown);
-      if (Reached(t, 12496)) Key_Down(kEnter);
+      Keys(t, {{12400, kEscape}, {12432, kDown}, {12464, -kDown}, {12496, kEnter}});
       return;
     }
     checked = true;
-    // Back to the player's own keys for the pause menu below.
-    struct Hand_Back {
-      ~Hand_Back() {
-        Player().RacerKind = 1;
-        Player().Thrust = Player().Brake = Player().SteerLeft = Player().SteerRight = kFalse;
-      }
-    } hand_back;
     std::printf("mid-race: %s\n", Save_Png("race_mid").c_str());
-    const clsHumanPlayer& p = Player();
+    clsHumanPlayer& p = Player();
     ASSERT_GT(p.cVelocityMag, 1.0f) << "the player is racing";
-
-    // HUD texts at their places, in their formats.
-    const std::string speed = numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH";
-    const std::string pos = "Pos " + std::to_string(p.cRace_Position) + "/5";
-    const std::string time = "Race Time " + Clock_Text(modMain::GameClock);
-    // The panels beside the texts, and the markers, before the text checks draw over them.
-    const auto panel = Read(155, 5, 156, 129), bar = Read(402, 3, 640, 4);
-    std::vector<uint32_t> marker_centre;
-    for (int i = 0; i <= 4; ++i) {
-      i16 x = 0, y = 0;
-      ASSERT_TRUE(modGameLoop::Marker_Position(i, x, y));
-      EXPECT_GE(x, 495);
-      EXPECT_LE(x, 495 + 127);
-      EXPECT_GE(y, 423 - 127);
-      EXPECT_LE(y, 423);
-      if (i == 0) marker_centre = Read(x + 5, y + 5, x + 6, y + 6);
-    }
-    EXPECT_TRUE(Shows_Text(490, 440, 0, speed)) << speed;
+    // Panel and marker pixels first: the text checks draw over them.
+    const auto& stats = *modGameLoop::StatsBGSurf;  // panel: art row y + 28; bar: art x - 402
+    ASSERT_NE(stats.Argb(155, 98) & 0xFFFFFF, 0u);
+    EXPECT_EQ(At(155, 70), stats.Argb(155, 98) & 0xFFFFFF) << "lap panel";
+    EXPECT_EQ(At(502, 3), stats.Argb(100, 3) & 0xFFFFFF) << "clock bar";
+    i16 x = 0, y = 0;
+    ASSERT_TRUE(modGameLoop::Marker_Position(0, x, y));
+    EXPECT_TRUE(x >= 495 && x <= 622 && y >= 296 && y <= 423) << x << ", " << y;
+    EXPECT_EQ(At(x + 5, y + 5), modGameLoop::MiniMapShipsSurf->Argb(5, 15) & 0xFFFFFF) << "the player's marker on top";
+    const std::string time = "Race Time " + modGameLoop::Time_Text(modMain::GameClock);
+    EXPECT_TRUE(Shows_Text(490, 440, 0, numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH"));
     EXPECT_TRUE(Shows_Text(13, 20, 0, "Lap 1/3"));
-    EXPECT_TRUE(Shows_Text(13, 53, 0, pos)) << pos;
+    EXPECT_TRUE(Shows_Text(13, 53, 0, "Pos " + std::to_string(p.cRace_Position) + "/5"));
     EXPECT_TRUE(Shows_Text(415, 12, 2, time)) << time;
-    const auto& stats = *modGameLoop::StatsBGSurf;
-    int panel_pixels = 0;
-    for (int y = 0; y < 124; ++y) {
-      const uint32_t art = stats.Argb(155, 33 + y) & 0xFFFFFF;
-      if (art == 0) continue;  // keyed out: the scene shows
-      ++panel_pixels;
-      EXPECT_EQ(panel[size_t(y)], art) << "lap panel row " << y;
-    }
-    EXPECT_GT(panel_pixels, 60);
-    for (int x = 0; x < 234; ++x) {
-      const uint32_t art = stats.Argb(x, 3) & 0xFFFFFF;
-      if (art != 0) {
-        EXPECT_EQ(bar[size_t(x)], art) << "bar " << x;
-      }
-    }
-    EXPECT_EQ(marker_centre[0], modGameLoop::MiniMapShipsSurf->Argb(5, 15) & 0xFFFFFF) << "the player's marker on top";
 
-    // The scene: sky above, road under the ship, the map's white road at its place.
+    // Sky above, grey road under the ship, white map road in a black square.
     const auto frame = Scene();
-    const uint32_t sky = frame[2 * 640 + 320];
-    EXPECT_GT(B(sky), R(sky) + 30) << std::hex << sky;
+    EXPECT_GT(B(frame[2 * 640 + 320]), R(frame[2 * 640 + 320]) + 30);
     const uint32_t road = frame[470 * 640 + 320];
-    EXPECT_LT(std::abs(R(road) - B(road)), 40) << std::hex << road;
-    EXPECT_LT(R(road), 160);
+    EXPECT_TRUE(std::abs(R(road) - B(road)) < 40 && R(road) < 160) << std::hex << road;
     int map_white = 0;
-    for (int y = 300; y < 428; ++y)
-      for (int x = 500; x < 628; ++x) map_white += R(frame[size_t(y) * 640 + x]) > 235 && B(frame[size_t(y) * 640 + x]) > 235;
-    EXPECT_GT(map_white, 300);
-    EXPECT_LT(map_white, 128 * 128 / 2);
-    // The ships: the same view without them differs around the player's ship.
-    const float distance = modGameLoop::CameraDistance;
-    modGameLoop::CameraDistance = distance + 0.05f;  // the redraw steps it back to `distance`
-    const auto with = Scene();
-    modGameLoop::CameraDistance = distance + 0.05f;
-    modMain::NumOpponents = -1;
-    const auto without = Scene();
+    for (int i = 0; i < 128 * 128; ++i) {
+      const uint32_t m = frame[size_t(300 + i / 128) * 640 + 500 + i % 128];
+      map_white += R(m) > 235 && B(m) > 235;
+    }
+    EXPECT_TRUE(map_white > 300 && map_white < 128 * 64) << map_white;
+    // The same view without the ships differs around the player's ship.
+    // Each redraw steps the camera 0.05 in: start it 0.05 out so both see the same view.
+    auto redraw = [d = modGameLoop::CameraDistance + 0.05f](i16 opponents) {
+      modGameLoop::CameraDistance = d, modMain::NumOpponents = opponents;
+      return Scene();
+    };
+    const auto with = redraw(4), without = redraw(-1);
     modMain::NumOpponents = 4;
     int ship_pixels = 0;
-    for (int y = 240; y < 480; ++y)
-      for (int x = 200; x < 440; ++x) ship_pixels += with[size_t(y) * 640 + x] != without[size_t(y) * 640 + x];
+    for (size_t i = 240 * 640; i < with.size(); ++i) ship_pixels += with[i] != without[i];
     EXPECT_GT(ship_pixels, 2000);
+    p.RacerKind = 1;  // back to the player's own keys for the pause menu
+    p.Thrust = p.Brake = p.SteerLeft = p.SteerRight = kFalse;
   });
   EXPECT_TRUE(checked);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
 }
 
-}  // namespace
-
-namespace {
-
-// A square ring of road, 100 units across and 20 wide, as four strips of two quads.
-void Ring_Road() {
-  const float o = 0, i = 20, f = 80, e = 100;  // outer, inner, far inner, far outer
+TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
+  auto map = mod3Denhance::Create_Texture("", 128, 128, 0);
+  ASSERT_TRUE(map);
+  // A square ring of road, 100 units across and 20 wide, as four strips of two quads.
+  const float o = 0, i = 20, f = 80, e = 100;
   Set_Road({Strip({{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}}),
             Strip({{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}}),
             Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
             Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
-}
-
-TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
-  auto map = mod3Denhance::Create_Texture("", 128, 128, 0);
-  ASSERT_TRUE(map);
-  Ring_Road();
   modTracks::Build_MiniMap(map);
-  auto white = [&](int x, int y) { return (map->Argb(x, y) & 0xFFFFFF) == 0xFFFFFF; };
-  // Road 20 of 100 units wide: about 25 pixels of each edge of the 127-pixel square.
+  auto pixel = [&](int x, int y) { return map->Argb(x, y) & 0xFFFFFF; };
+  // Road about 25 pixels of each edge of the 127-pixel square.
   for (const auto& [x, y] : std::vector<std::pair<int, int>>{{5, 5}, {10, 64}, {64, 10}, {120, 64}, {64, 120}, {121, 121}})
-    EXPECT_TRUE(white(x, y)) << x << ", " << y;
+    EXPECT_EQ(pixel(x, y), 0xFFFFFFu) << x << ", " << y;
   for (const auto& [x, y] : std::vector<std::pair<int, int>>{{64, 64}, {40, 40}, {90, 90}, {127, 127}, {127, 0}})
-    EXPECT_EQ(map->Argb(x, y) & 0xFFFFFF, 0u) << x << ", " << y;
-
-  // All road on one z: no map, and what was there is gone.
+    EXPECT_EQ(pixel(x, y), 0u) << x << ", " << y;
+  // All road on one z: no map, and what was drawn is gone.
   for (int s = 0; s < 4; ++s)
     for (auto& v : modTracks::Track(s).Vertices.Items()) v.z = 3;
   modTracks::Build_MiniMap(map);
-  for (int y = 0; y < 128; ++y)
-    for (int x = 0; x < 128; ++x) ASSERT_EQ(map->Argb(x, y) & 0xFFFFFF, 0u) << x << ", " << y;
+  EXPECT_EQ(pixel(5, 5) | pixel(64, 10) | pixel(121, 121), 0u);
   // The device is left as the race expects it.
   EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::Lighting), 0u);
   EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::CullMode), platform::cull::CounterClockwise);

@@ -1,28 +1,20 @@
-// Four computer racers and a player driven by an autopilot on the generated track and ships,
-// in the race loop's order, over many seeds.
+// Four computer racers and an autopiloted player race three laps on the generated track, many seeds.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <map>
-#include <vector>
 
 #include "race/modGameLoop.h"
 #include "vehicle/racer_fixture.h"
 #include "support/test_env.h"
 #include "vehicle/ships_dat.h"
-#include "vehicle/players.h"
 
 using namespace vehicle_test;
 
 namespace {
 
-constexpr int kRacers = 5;
-constexpr int kSeeds = 10;
-constexpr i32 kFrame = 16;
-constexpr i32 kRaceLimit = 6 * 60 * 1000;  // three laps in six minutes, or something is wrong
-// Side walls are tested against the block a corner starts the frame on, so on the outside
-// of a curve a corner can slip past the next block's edge unseen. The track is shaped so
-// that this costs a racer at most a few frames off its blocks, never the race.
+constexpr int kRacers = 5, kSeeds = 10;
+constexpr i32 kFrame = 16, kRaceLimit = 6 * 60 * 1000;  // three laps in six minutes, or something is wrong
+// Walls are tested against the block a corner starts the frame on: a curve's outside may cost a few frames off.
 constexpr int kMaxFramesOff = 3;
 
 // Point in the block's quad (corners in the order 0, 2, 3, 1 round it), in x-z.
@@ -43,26 +35,15 @@ bool Over_Own_Or_Neighbour(const clsHumanPlayer& r) {
   return Over_Block(b, x, z) || Over_Block((b + 1) % n, x, z) || Over_Block((b + n - 1) % n, x, z);
 }
 
-// The player's keys, held the way a steady driver would: aim at the middle of the front edge
-// two blocks ahead, full throttle, no brake.
+// Full throttle, steering at the middle of the front edge two blocks ahead.
 void Autopilot(clsHumanPlayer& r) {
   const int n = modTracks::TrackBlock.Count();
   const Vector3* c = modTracks::TrackBlock((r.cCurrentTrackBlock() + 2) % n).Corner;
   const float dx = (c[2].x + c[3].x) / 2 - r.PositionX, dz = (c[2].z + c[3].z) / 2 - r.PositionZ;
   // The nose points along (-sin, cos); a left turn raises the heading.
   const float turn = std::remainder(std::atan2(-dx, dz) - r.cOrientation, 2 * 3.14159265f);
-  r.SteerLeft = turn > 0.02f ? kTrue : kFalse;
-  r.SteerRight = turn < -0.02f ? kTrue : kFalse;
-  r.Thrust = kTrue;
-  r.Brake = kFalse;
-}
-
-// The catalogue entry whose numbers the racer carries (computer picks are not stored).
-size_t Ship_Of(clsHumanPlayer& r, const shipsdat::Catalogue& cat) {
-  return size_t(std::find_if(cat.Ships.begin(), cat.Ships.end(), [&r](const auto& s) {
-                  return RA::InvMass(r) == float(1.0 / s.Mass) && RA::ThrustForce(r) == float(s.Thrust) &&
-                         RA::LinearDrag(r) == float(s.LinearDrag);
-                }) - cat.Ships.begin());
+  r.SteerLeft = turn > 0.02f ? kTrue : kFalse, r.SteerRight = turn < -0.02f ? kTrue : kFalse;
+  r.Thrust = kTrue, r.Brake = kFalse;
 }
 
 TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrack) {
@@ -73,24 +54,22 @@ TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrac
   modTracks::Build_Track_Blocks();
   shipsdat::Catalogue cat;
   ASSERT_TRUE(shipsdat::Load(shipsdat::Path(), cat, error)) << error;
-
-  std::map<size_t, std::vector<i32>> laps_by_ship;
   int most_frames_off[3] = {};  // by RacerKind
-  long long frames_run = 0, frames_off = 0;
   for (int seed = 1; seed <= kSeeds; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     modMain::Randomize(static_cast<u32>(seed));
     Make_Players(kRacers);
     P(0).RacerKind = 1;
     P(0).cCurrentlySelectedShip = static_cast<i16>(seed % cat.Count);
-    for (int i = 0; i < kRacers; ++i) ASSERT_TRUE(P(i).Reset_Car_Attributes(static_cast<i16>(i)));
-    for (int i = 0; i < kRacers; ++i) EXPECT_TRUE(Over_Own_Or_Neighbour(P(i))) << "grid slot " << i << " off the road";
+    for (int i = 0; i < kRacers; ++i) {
+      ASSERT_TRUE(P(i).Reset_Car_Attributes(static_cast<i16>(i)));
+      EXPECT_TRUE(Over_Own_Or_Neighbour(P(i))) << "grid slot " << i << " off the road";
+    }
 
-    modMain::FrameTime = kFrame;
-    modMain::GameClock = 0;
+    modMain::FrameTime = kFrame, modMain::GameClock = 0;
     bool first_go = true;
     int off[kRacers] = {};
-    for (i32 elapsed = kFrame, finished = 0; finished < kRacers; elapsed += kFrame, ++frames_run) {
+    for (i32 elapsed = kFrame, finished = 0; finished < kRacers; elapsed += kFrame) {
       ASSERT_LE(elapsed, modGameLoop::kCountdownMs + kRaceLimit) << "only " << finished << " racers finished";
       modMain::GameClock += kFrame;
       Autopilot(P(0));
@@ -100,30 +79,16 @@ TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrac
         const clsHumanPlayer& r = P(i);
         ASSERT_FALSE(std::isnan(r.PositionX) || std::isnan(r.PositionY) || std::isnan(r.PositionZ)) << "racer " << i;
         off[i] = Over_Own_Or_Neighbour(r) ? 0 : off[i] + 1;
-        frames_off += off[i] > 0;
-        int& most = most_frames_off[r.RacerKind];
-        most = std::max(most, off[i]);
+        most_frames_off[r.RacerKind] = std::max(most_frames_off[r.RacerKind], off[i]);
         ASSERT_LE(off[i], kMaxFramesOff) << "racer " << i << " at " << r.PositionX << ", " << r.PositionZ
                                          << " off block " << r.cCurrentTrackBlock() << ", frame " << elapsed / kFrame;
         finished += r.cFinishedRace;
       }
     }
-    for (int i = 0; i < kRacers; ++i) {
-      const size_t ship = Ship_Of(P(i), cat);
-      ASSERT_LT(ship, cat.Ships.size());
-      for (int lap = 1; lap <= 3; ++lap) laps_by_ship[ship].push_back(P(i).cLapTime(lap));
-    }
+    for (int i = 0; i < kRacers; ++i)
+      for (int lap = 1; lap <= 3; ++lap) EXPECT_GT(P(i).cLapTime(lap), 0) << "racer " << i << " lap " << lap;
   }
-
-  std::printf("%d seeds, %lld frames of %d ms; %lld racer frames off the blocks, at most %d in a row for the "
-              "player and %d for a computer racer\n",
-              kSeeds, frames_run, kFrame, frames_off, most_frames_off[1], most_frames_off[2]);
-  for (auto& [ship, laps] : laps_by_ship) {
-    std::sort(laps.begin(), laps.end());
-    std::printf("ship %zu (%s): %zu laps, min %d ms, median %d ms, max %d ms\n", ship,
-                cat.Ships[ship].DisplayName.c_str(), laps.size(), laps.front(), laps[laps.size() / 2], laps.back());
-    EXPECT_GT(laps.front(), 0);
-  }
+  std::printf("frames off the blocks in a row, at most: player %d, computer %d\n", most_frames_off[1], most_frames_off[2]);
   modMain::Players.clear();
 }
 
