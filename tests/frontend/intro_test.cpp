@@ -1,6 +1,8 @@
 // The intro's real loop on the manual clock: page timing, clicks and Enter, the pictures drawn.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/screen_fixture.h"
 #include "frontend/modIntro.h"
 
@@ -20,13 +22,10 @@ class Intro : public ScreenTest {
     modIntro::Intro();
     return seen;
   }
-  // The first frame showing page 2, or -1.
+  // The first frame showing page 2 (one past the end if none).
   static int First_Page_2(const std::vector<std::pair<int, int32_t>>& seen) {
-    for (size_t i = 0; i < seen.size(); ++i)
-      if (seen[i].first == 2) return int(i) + 1;
-    return -1;
+    return int(std::find_if(seen.begin(), seen.end(), [](const auto& s) { return s.first == 2; }) - seen.begin()) + 1;
   }
-  // One pixel of the picture, stretched to the screen, compared with the back buffer.
   bool Shows(const char* file) const {
     const auto pic = platform::Load_BMP(dir_.path() + "/Gfx/" + file, width_, height_, platform::PixelFormat::X8R8G8B8);
     return pic && (pic->Argb(320, 240) & 0xFFFFFF) == At(320, 240);
@@ -52,18 +51,12 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsThenTheMenuFollows) {
 }
 
 TEST_F(Intro, AClickOrEnterSkipsAPageAndAHeldPressSkipsBoth) {
-  auto seen = Run([](int f) {
-    if (f == 20) Press();
-    if (f == 21) Release();
-  });
+  auto seen = Run([](int f) { f == 20 ? Press() : f == 21 ? Release() : void(); });
   int first2 = First_Page_2(seen);
   EXPECT_EQ(first2, 21) << "the click is seen on the frame after it";
   EXPECT_GE(seen.back().second - seen[size_t(first2) - 1].second, 4000 - 16) << "page 2 then runs its full time";
 
-  seen = Run([](int f) {
-    if (f == 20) Press();
-    if (f == 30) Release();
-  });
+  seen = Run([](int f) { f == 20 ? Press() : f == 30 ? Release() : void(); });
   EXPECT_EQ(First_Page_2(seen), 21);
   EXPECT_EQ(seen.size(), 22u) << "still held on the next frame: page 2 ends too";
   EXPECT_FALSE(Is_Set(frmMain::MouseLeftDown)) << "the menu does not see the press";
@@ -76,12 +69,7 @@ TEST_F(Intro, AClickOrEnterSkipsAPageAndAHeldPressSkipsBoth) {
   EXPECT_EQ(int(seen.size()), first2 + 1);
   EXPECT_FALSE(Is_Set(frmMain::EnterPressed));
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-}
-
-TEST_F(Intro, ClosingTheWindowLeavesAtOnce) {
-  const auto seen = Run([](int f) {
-    if (f == 5) platform::Post_Event({platform::EventKind::Quit});
-  });
-  EXPECT_EQ(seen.size(), 5u);
+  seen = Run([](int f) { f == 5 ? platform::Post_Event({platform::EventKind::Quit}) : void(); });
+  EXPECT_EQ(seen.size(), 5u) << "closing the window leaves at once";
   EXPECT_TRUE(modMain::QuitRequested);
 }

@@ -19,12 +19,7 @@ class Particles : public DisplayTest {
     Init_Particles();
     ASSERT_TRUE(ParticleTexture);
   }
-  // The pointer at rest at (x, y) since the last update.
-  static void Rest_At(i16 x, i16 y) {
-    frmMain::MouseX = PrevMouseX = x;
-    frmMain::MouseY = PrevMouseY = y;
-  }
-  // One frame of the fountain over a cleared screen.
+  static void Rest_At(i16 x, i16 y) { frmMain::MouseX = PrevMouseX = x, frmMain::MouseY = PrevMouseY = y; }
   static void Frame(int frame_ms) {
     modMain::FrameTime = frame_ms;
     mod3Denhance::Clear_Screen();

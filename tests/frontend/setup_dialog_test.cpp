@@ -65,10 +65,9 @@ TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
   EXPECT_FALSE(platform::Dialog_Open());
   ASSERT_GT(w, 300);
   ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
-  // The Start button is drawn where it says, in the accent orange.
   const Rect start = frmSetup::Control_Rect("lblStart");
   const uint32_t px = picture[size_t(start.top + 4) * size_t(w) + size_t(start.left + 4)];
-  EXPECT_LT(std::abs(int(px >> 16 & 0xFF) - 0xE8) + std::abs(int(px >> 8 & 0xFF) - 0x7A) + std::abs(int(px & 0xFF) - 0x18), 30);
+  EXPECT_LT(std::abs(int(px >> 16 & 0xFF) - 0xE8) + std::abs(int(px >> 8 & 0xFF) - 0x7A) + std::abs(int(px & 0xFF) - 0x18), 30) << "Start in the accent orange";
   for (uint32_t& p : picture) p = 0xFF000000u | (p & 0xFF) << 16 | (p & 0xFF00) | (p >> 16 & 0xFF);  // to RGBA bytes
   const std::string png = testenv::Game_Dir() + "/../setup_dialog.png";
   EXPECT_NE(stbi_write_png(png.c_str(), w, h, 4, picture.data(), w * 4), 0);
@@ -110,8 +109,5 @@ TEST_F(SetupDialog, AfterStartWithTheBoxCheckedTheNextStartSkipsTheDialog) {
   platform::Set_Pump_Hook(nullptr);
   platform::Use_Manual_Clock(false);
   EXPECT_EQ(frames, 0);
-  const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
-  ASSERT_GE(log.size(), 6u);
-  EXPECT_EQ(log[4], "Initialising DDraw...");
-  EXPECT_EQ(log.back(), "Bye Bye");
+  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()).back(), "Bye Bye");
 }

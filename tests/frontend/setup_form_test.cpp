@@ -53,13 +53,10 @@ TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
   testenv::ScratchAppDir dir;
   modMain::Difficulty = 3;  // untouched by the dialog, kept in the file
   frmSetup::SetupForm f = Loaded({kTnl, kRgb});
-  f.HScrollRes = 3;
-  f.HScrollRes_Scroll();
-  f.HScrollBPP = 2;
-  f.HScrollBPP_Change();
+  f.HScrollRes = 3, f.HScrollRes_Scroll();
+  f.HScrollBPP = 2, f.HScrollBPP_Change();
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "800x600/32");
-  f.cmb3DDevice = 1;
-  f.cmbSoundDriver = 1;
+  f.cmb3DDevice = f.cmbSoundDriver = 1;
   f.Label1_Click();
   f.lblStart_Click();
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Settings_Path()),
