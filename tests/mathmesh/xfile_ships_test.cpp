@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <string>
 #include <vector>
@@ -47,8 +48,7 @@ TEST(GeneratedShips, CatalogueGivesRaceableShipsThatFeelDifferent) {
   std::set<std::string> bases;
   for (const Ship& s : ships) {
     SCOPED_TRACE(s.BaseName);
-    EXPECT_FALSE(s.DisplayName.empty());
-    EXPECT_TRUE(bases.insert(s.BaseName).second) << "base names must differ";
+    EXPECT_TRUE(!s.DisplayName.empty() && bases.insert(s.BaseName).second) << "names present, base names differ";
     EXPECT_GT(s.AngularDrag, 0);
     ASSERT_GT(s.LinearDrag, s.Thrust) << "no top speed";
     EXPECT_PRED3(Between, 60 * Top_Speed(s) * Top_Speed(s), 140, 310);  // mph
@@ -74,8 +74,7 @@ TEST(GeneratedShips, MeshesLoadWithSkinsAndFitTheFootprint) {
     ASSERT_GE(mesh.GroupCount, 4);
     const Vector3 lo = mesh.BoxMin, hi = mesh.BoxMax;
     // Centred, so the footprint corners round the racer's position match the body.
-    EXPECT_NEAR(lo.x + hi.x, 0, 0.01);
-    EXPECT_NEAR(lo.z + hi.z, 0, 0.01);
+    EXPECT_NEAR(std::hypot(lo.x + hi.x, lo.z + hi.z), 0, 0.01);
     EXPECT_PRED3(Between, hi.x - lo.x, 4, 6);
     EXPECT_PRED3(Between, hi.z - lo.z, 8, 12);
     EXPECT_PRED3(Between, hi.y - lo.y, 1.8, 3);
@@ -109,7 +108,7 @@ TEST(GeneratedShips, MeshesLoadWithSkinsAndFitTheFootprint) {
     ASSERT_NE(shadow, nullptr);
     EXPECT_EQ(shadow->Format(), platform::PixelFormat::A4R4G4B4);
     const int w = shadow->Width(), h = shadow->Height();
-    EXPECT_GE(shadow->Argb(w / 2, h / 2) >> 24, 0x80u);
+    EXPECT_GE(shadow->Argb(w / 2, h / 2), 0x80000000u);
     EXPECT_EQ(shadow->Argb(w / 2, h / 2) & 0xFFFFFF, 0u);
     for (const auto& [x, y] : {std::pair{0, 0}, {w - 1, 0}, {0, h - 1}, {w - 1, h - 1}, {0, h / 2}, {w / 2, 0}})
       EXPECT_EQ(shadow->Argb(x, y) >> 24, 0u);

@@ -36,8 +36,7 @@ TEST_F(Physics, ThrustBrakeAndDragSettleAtTheirBalanceAlongTheNose) {
   r.cFinishedRace = 0;
   r.cOrientation = static_cast<float>(modMATH::kHalfPi);
   for (int i = 0; i < 2000; ++i) r.ComputeForces(), r.ApplyForces();
-  EXPECT_NEAR(r.VelocityX, -1.0f, 1e-3);
-  EXPECT_NEAR(r.VelocityZ, 0.0f, 1e-3);
+  EXPECT_NEAR(std::hypot(r.VelocityX + 1, r.VelocityZ), 0, 1e-3);
 }
 
 TEST_F(Physics, SteeringNeedsSpeedAndTurnDampingIsLopsided) {
@@ -65,9 +64,7 @@ TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
   r.VelocityX = 3, r.VelocityZ = 4;
   r.ApplyForces();
   EXPECT_NEAR(r.cOrientation, 3.2 - 6.28318, 1e-5);
-  EXPECT_FLOAT_EQ(r.PositionX, 3);
-  EXPECT_FLOAT_EQ(r.cVelocityMag, 25);
-  EXPECT_EQ(r.cTopSpeed, 1500);
+  EXPECT_EQ(std::tuple(r.PositionX, r.cVelocityMag, int(r.cTopSpeed)), std::tuple(3.0f, 25.0f, 1500));
   EXPECT_FLOAT_EQ(r.VelocityY, -0.03f);
   r.cOrientation = -3.1f;
   RA::AngularVelocity(r) = -0.1f;
@@ -113,10 +110,7 @@ TEST_F(Physics, ComputerTurnsTheShortWayRoundAndWeaves) {
 
 TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
   const auto expect_corners = [this](const float(&want)[4][2]) {
-    for (int i = 0; i < 4; ++i) {
-      EXPECT_NEAR(RA::Corners(r)[i].x, want[i][0], 1e-5) << i;
-      EXPECT_NEAR(RA::Corners(r)[i].z, want[i][1], 1e-5) << i;
-    }
+    for (int i = 0; i < 4; ++i) EXPECT_NEAR(std::hypot(RA::Corners(r)[i].x - want[i][0], RA::Corners(r)[i].z - want[i][1]), 0, 1e-5) << i;
   };
   RA::Corners(r)[2].y = 7;
   r.PositionY = 4;
@@ -131,10 +125,8 @@ TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
     r.DrawThrust();  // no device here: the quad is still laid out
     EXPECT_EQ(RA::Flame(r)[2].color >> 24, alpha) << speed;
   }
-  EXPECT_EQ(RA::Flame(r)[1].x, RA::Corners(r)[3].x);
-  EXPECT_FLOAT_EQ(RA::Flame(r)[1].y, 4 + 1.3f);
-  EXPECT_FLOAT_EQ(RA::Flame(r)[2].y, 4 - 0.5f);
-  EXPECT_EQ(RA::Flame(r)[2].z, RA::Corners(r)[2].z);
+  EXPECT_EQ(std::pair(RA::Flame(r)[1].x, RA::Flame(r)[2].z), std::pair(RA::Corners(r)[3].x, RA::Corners(r)[2].z));
+  EXPECT_NEAR(std::hypot(RA::Flame(r)[1].y - 5.3f, RA::Flame(r)[2].y - 3.5f), 0, 1e-5);
   r.DrawShadow();
   const LitVertex* shadow = RA::Shadow(r);
   const Vector3* corner = RA::Corners(r);
@@ -143,8 +135,7 @@ TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
   r.cOrientation = 1.570795f;
   r.Calculate_Vertices(5);  // no RacerBox record 5: the corners still move
   expect_corners({{-2, 1}, {-2, -1}, {2, 1}, {2, -1}});  // the nose points to -x
-  EXPECT_NEAR(RA::PrevCorners(r)[0].x, 1, 1e-6);
-  EXPECT_EQ(box.MaxX, 1);
+  EXPECT_EQ(std::pair(RA::PrevCorners(r)[0].x, box.MaxX), std::pair(1.0f, 1.0f));
 }
 
 }  // namespace

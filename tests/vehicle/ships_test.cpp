@@ -55,9 +55,7 @@ TEST_F(Ships, PlayerShipAndSkinRequestsWrapAndLoadTheirNumbers) {
     EXPECT_FLOAT_EQ(RA::HalfWidth(r), want_ship + 1.0f);
     EXPECT_FLOAT_EQ(RA::InvMass(r), 1.0f / (10 * (want_ship + 1)));
   }
-  EXPECT_FLOAT_EQ(RA::HalfLength(r), 2);
-  EXPECT_FLOAT_EQ(r.HalfHeight, 0.5f);
-  EXPECT_FLOAT_EQ(RA::InvInertia(r), 0.2f);
+  EXPECT_EQ(std::tuple(RA::HalfLength(r), r.HalfHeight, RA::InvInertia(r)), std::tuple(2.0f, 0.5f, 0.2f));
   EXPECT_FLOAT_EQ(RA::WallGrip(r), 0.8f);
   EXPECT_FLOAT_EQ(r.PositionY, 0 + 0.5f + 1.9f);  // the mesh's lowest point 1.9 over the road
 }
@@ -72,13 +70,11 @@ TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
     r.cOnLap = 4, r.cFinishedRace = 1, r.cLapTime(2) = 77, r.cRaceTime = 900;
     r.cCurrentlySelectedShip = 1, r.cCurrentlySelectedSkin = 9;
     ASSERT_TRUE(r.Reset_Car_Attributes(slot));
-    EXPECT_NEAR(r.PositionX, want[slot][0], 1e-5);
-    EXPECT_NEAR(r.PositionZ, want[slot][1], 1e-5);
+    EXPECT_NEAR(std::hypot(r.PositionX - want[slot][0], r.PositionZ - want[slot][1]), 0, 1e-5);
     EXPECT_EQ(r.cCurrentTrackBlock(), want[slot][2]);
     EXPECT_FLOAT_EQ(RA::WallGrip(r), slot / 40.0f + 0.8f);
-    const std::tuple fresh(r.cOrientation, r.cOnLap, r.cFinishedRace, r.cLapTime(2), r.cRaceTime);
-    EXPECT_EQ(fresh, std::tuple(0.0f, 1, 0, 0, 0));
-    EXPECT_EQ(r.cCurrentlySelectedShip, 1);  // the computer's random pick is not stored
+    // A fresh race record; the computer's random ship pick is not stored.
+    EXPECT_EQ(std::tuple(r.cOrientation, r.cOnLap, r.cFinishedRace, r.cLapTime(2), r.cRaceTime, r.cCurrentlySelectedShip), std::tuple(0.0f, 1, 0, 0, 0, 1));
     EXPECT_PRED3(Between, r.cCurrentlySelectedSkin, 1, 3);
   }
   r.PositionX = 42;
@@ -137,8 +133,11 @@ TEST(ShipsDat, CountComesFromTheFirstThreeCharactersAndLineEndsMayBeBare) {
   std::string lf = Catalogue(2, "2");
   std::erase(lf, '\r');
   ASSERT_TRUE(shipsdat::Parse(lf, cat, error)) << error;
-  EXPECT_EQ(cat.Ships[1].BaseName, "S1");
-  EXPECT_EQ(cat.Ships[1].AngularDrag, 3);
+  EXPECT_EQ(std::pair(cat.Ships[1].BaseName, cat.Ships[1].AngularDrag), std::pair(std::string("S1"), 3.0));
+  std::string big = Catalogue(1, "1");  // a drag a float cannot hold
+  big.replace(big.find("1.5"), 3, "1" + std::string(39, '0'));
+  EXPECT_FALSE(shipsdat::Parse(big, cat, error));
+  EXPECT_NE(error.find("thrust of '1000"), std::string::npos) << error;
 }
 
 }  // namespace
