@@ -153,9 +153,12 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
         break;
       case modMain::kStateMainMenu:
         if (modMainScr::ButtonSlide != 0.0f) break;
-        if (menu_visits == 1) script.Click(modMainScr::ButtonRects[1]);       // race four ships
-        else if (menu_visits == 2) script.Click(modMainScr::ButtonRects[2]);  // options
-        else script.Click(modMainScr::ButtonRects[3]);                        // quit
+        if (menu_visits == 1)
+          script.Click(modMainScr::ButtonRects[1]);  // race four ships
+        else if (menu_visits == 2)
+          script.Click(modMainScr::ButtonRects[2]);  // options
+        else
+          script.Click(modMainScr::ButtonRects[3]);  // quit
         script.Wait(5);
         break;
       case modMain::kStateShipSelection:
@@ -243,29 +246,76 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
   EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()),
             "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n87\r\n40\r\n37\r\n39\r\n");
 
-  std::vector<std::string> expected = {"Program Started", " ", "Reading Quorval.ini...", "...Done",
-                                       "Initialising DDraw...", "DX and DDraw objects created",
-                                       "Exclusive mode set, at 640x480x16", "Primary Surface Created",
-                                       "Backbuffer Created", "...DDraw Initialized", "", "Initializing D3D...",
-                                       "D3D object created", "Device found - <none>", "Z-buffer created",
-                                       "Z-buffer Attached to backbuffer", "Device Created", "...D3D initialized", "",
-                                       "Making Fonts...", "Loading Font0.bmp...", "...Done", "Loading Font1.bmp...",
-                                       "...Done", "Loading Font2.bmp...", "...Done", "Fonts created",
-                                       "Initialising Sound and Music...", "...Sound and Music Ready",
-                                       "Initialising Menu Particles...", "...Menu Particles Ready",
+  std::vector<std::string> expected = {"Program Started",
+                                       " ",
+                                       "Reading Quorval.ini...",
+                                       "...Done",
+                                       "Initialising DDraw...",
+                                       "DX and DDraw objects created",
+                                       "Exclusive mode set, at 640x480x16",
+                                       "Primary Surface Created",
+                                       "Backbuffer Created",
+                                       "...DDraw Initialized",
+                                       "",
+                                       "Initializing D3D...",
+                                       "D3D object created",
+                                       "Device found - <none>",
+                                       "Z-buffer created",
+                                       "Z-buffer Attached to backbuffer",
+                                       "Device Created",
+                                       "...D3D initialized",
+                                       "",
+                                       "Making Fonts...",
+                                       "Loading Font0.bmp...",
+                                       "...Done",
+                                       "Loading Font1.bmp...",
+                                       "...Done",
+                                       "Loading Font2.bmp...",
+                                       "...Done",
+                                       "Fonts created",
+                                       "Initialising Sound and Music...",
+                                       "...Sound and Music Ready",
+                                       "Initialising Menu Particles...",
+                                       "...Menu Particles Ready",
                                        "Starting Main loop"};
   for (const char* l : {"", "Initialising Race...", "LightSurface Made", "Grey2x2Surf Made", "CarThrustSurf Made",
                         "SkySurf Made", "MiniMapSurf Made", "MiniMapShipsSurf Made", "StatsBGSurf Made",
                         "   Loading Track...", "   ...Done", "...Done", "", "Destroying Race Objects..."})
     expected.push_back(l);
-  for (int i = 0; i < track_textures; ++i) expected.push_back("TrackTexture(" + std::to_string(i) + ").Texture = Nothing");
-  for (const char* l : {"StatsBGSurf = Nothing", "MiniMapShipsSurf = Nothing", "MiniMapSurf = Nothing",
-                        "CarThrustSurf = Nothing", "Grey2x2Surf = Nothing", "LightSurface = Nothing", "Track",
-                        "TrackWalls", "Grass", "TrackTexture", "TrackBlock", "TrackSector", "...Done", "",
-                        "Initialising HiScores...", "   Loading Surfaces...", "   ...Surfaces Loaded", "",
-                        "   Reading Scores...", "   ...Done", "Ending Program", "Cooperative level set back to normal",
-                        "DSound Killed", "Z-buffer Killed", "3D Device Killed", "D3D Killed", "Backbuffer Killed",
-                        "Primary Killed", "DD Killed", "DX Killed", "Everything was killed successfully", "Bye Bye"})
+  for (int i = 0; i < track_textures; ++i)
+    expected.push_back("TrackTexture(" + std::to_string(i) + ").Texture = Nothing");
+  for (const char* l : {"StatsBGSurf = Nothing",
+                        "MiniMapShipsSurf = Nothing",
+                        "MiniMapSurf = Nothing",
+                        "CarThrustSurf = Nothing",
+                        "Grey2x2Surf = Nothing",
+                        "LightSurface = Nothing",
+                        "Track",
+                        "TrackWalls",
+                        "Grass",
+                        "TrackTexture",
+                        "TrackBlock",
+                        "TrackSector",
+                        "...Done",
+                        "",
+                        "Initialising HiScores...",
+                        "   Loading Surfaces...",
+                        "   ...Surfaces Loaded",
+                        "",
+                        "   Reading Scores...",
+                        "   ...Done",
+                        "Ending Program",
+                        "Cooperative level set back to normal",
+                        "DSound Killed",
+                        "Z-buffer Killed",
+                        "3D Device Killed",
+                        "D3D Killed",
+                        "Backbuffer Killed",
+                        "Primary Killed",
+                        "DD Killed",
+                        "DX Killed",
+                        "Everything was killed successfully",
+                        "Bye Bye"})
     expected.push_back(l);
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), expected);
 }

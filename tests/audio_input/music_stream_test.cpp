@@ -92,8 +92,9 @@ TEST_F(MusicStream, FilesThatAreNotPcmMusicPlayNothingAndOnlyDamageIsLogged) {
   odd_rate.data = Pattern(200);
   std::string lying = wavetest::Make_Wave(odd_rate);
   lying[lying.size() - 201] = '\x7f';  // the data chunk's size, now far past the end
-  for (const auto& [bytes, logged] : {std::pair{wavetest::Make_Wave(not_pcm), false}, std::pair{wavetest::Make_Wave(odd_rate), false},
-                                      std::pair{std::string("not a wave file"), false}, std::pair{lying, true}}) {
+  for (const auto& [bytes, logged] :
+       {std::pair{wavetest::Make_Wave(not_pcm), false}, std::pair{wavetest::Make_Wave(odd_rate), false},
+        std::pair{std::string("not a wave file"), false}, std::pair{lying, true}}) {
     std::filesystem::remove(modMain::Log_Path());
     bool playing = true;
     EXPECT_NO_THROW(playing = Play(bytes));
@@ -116,7 +117,8 @@ TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain)
     const std::string pass = layout.data + std::string(16000 - samples % 16000, '\0');
     const std::string played = Capture(wavetest::Make_Wave(layout), 2 * pass.size());
     EXPECT_EQ(std::mismatch(played.begin(), played.end(), (pass + pass).begin()).first - played.begin(),
-              std::ptrdiff_t(2 * pass.size())) << samples << ": first byte that differs";
+              std::ptrdiff_t(2 * pass.size()))
+        << samples << ": first byte that differs";
   }
 }
 
@@ -140,7 +142,8 @@ TEST_F(MusicStream, TheGamePlaysItsGeneratedMusicAndLogsTheSameWithoutSound) {
   dir.Copy_From_Game("Gfx");
   dir.Copy_From_Game("Sm");
   const auto run = [](bool& playing) {
-    testenv::Write_File(modMain::Settings_Path(), "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
+    testenv::Write_File(modMain::Settings_Path(),
+                        "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
     platform::Use_Manual_Clock(true);
     uint64_t first = ~uint64_t{0};  // the pump count runs on from the run before
     platform::Set_Pump_Hook([&](uint64_t pump) {

@@ -33,7 +33,8 @@ inline std::string Make_Wave(const WaveLayout& w) {
   Put(format, w.rate * block, 4);
   Put(format, block, 2);
   Put(format, w.bits, 2);
-  const std::string body = "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data;
+  const std::string body =
+      "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data;
   std::string file = "RIFF";
   Put(file, std::uint32_t(body.size()), 4);
   return file + body;

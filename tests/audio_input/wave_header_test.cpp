@@ -69,8 +69,9 @@ TEST(WaveHeader, SizesThatLieAreRefused) {
   const std::string good = wavetest::Make_Wave(layout);
   const size_t fmt_at = 16, list_at = 40, data_at = 56;  // offsets of the chunks' sizes
   ASSERT_EQ(good.substr(data_at - 4, 4), "data");
-  const std::pair<size_t, std::uint32_t> lies[] = {{fmt_at, 15}, {fmt_at, 0xFFFFFFF0u}, {list_at, 1000}, {list_at, 0xFFFFFFFFu},
-                                                  {data_at, 41}, {data_at, 0x80000000u}};
+  const std::pair<size_t, std::uint32_t> lies[] = {{fmt_at, 15},    {fmt_at, 0xFFFFFFF0u},
+                                                   {list_at, 1000}, {list_at, 0xFFFFFFFFu},
+                                                   {data_at, 41},   {data_at, 0x80000000u}};
   for (const auto& [at, size] : lies) {
     std::string bad = good;
     for (int i = 0; i < 4; ++i) bad[at + size_t(i)] = char((size >> (8 * i)) & 0xFF);

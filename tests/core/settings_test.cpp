@@ -62,23 +62,22 @@ TEST(Settings, DefaultsAndChangedValuesRoundTripByteForByteAndScale) {
 
 TEST(Settings, NumbersRoundHalfToEvenAndBadLinesKeepOldValues) {
   testenv::ScratchAppDir dir;
-  testenv::Write_File(Settings_Path(),
-                      Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1", "17.5", "40",
-                           "99999", "39"}));
+  testenv::Write_File(Settings_Path(), Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1",
+                                            "17.5", "40", "99999", "39"}));
   Default_Settings();
   ScreenHeight = 555;
   Difficulty = 2;
   ControlDevice = 5;
   KeyLeft = 70;
   Read_Settings();
-  EXPECT_EQ(SkipSetup, 1);        // text after the number is ignored
+  EXPECT_EQ(SkipSetup, 1);  // text after the number is ignored
   EXPECT_EQ(ScreenWidth, 1024);
-  EXPECT_EQ(ScreenHeight, 0);     // a line without a number reads as 0
-  EXPECT_EQ(ScreenBPP, 16);       // 16.5 -> 16
-  EXPECT_EQ(Difficulty, 2);       // 300 does not fit 8 bits: unchanged
-  EXPECT_EQ(ControlDevice, 5);    // -1 does not fit either
-  EXPECT_EQ(KeyUp, 18);           // 17.5 -> 18
-  EXPECT_EQ(KeyLeft, 70);         // 99999 does not fit 16 bits
+  EXPECT_EQ(ScreenHeight, 0);   // a line without a number reads as 0
+  EXPECT_EQ(ScreenBPP, 16);     // 16.5 -> 16
+  EXPECT_EQ(Difficulty, 2);     // 300 does not fit 8 bits: unchanged
+  EXPECT_EQ(ControlDevice, 5);  // -1 does not fit either
+  EXPECT_EQ(KeyUp, 18);         // 17.5 -> 18
+  EXPECT_EQ(KeyLeft, 70);       // 99999 does not fit 16 bits
   EXPECT_EQ(PlayerName, "Name");
 }
 
@@ -112,7 +111,10 @@ TEST(LogAndStrings, CountedStrings) {
   std::ostringstream out;
   Write_String(out, "AB");
   Write_String(out, "");
-  EXPECT_EQ(out.str(), std::string("\x02\x00" "AB" "\x00\x00", 6));
+  EXPECT_EQ(out.str(), std::string("\x02\x00"
+                                   "AB"
+                                   "\x00\x00",
+                                   6));
 
   std::istringstream in(out.str());
   std::string s;
@@ -125,7 +127,10 @@ TEST(LogAndStrings, CountedStrings) {
   ASSERT_TRUE(Read_String(negative, s));
   EXPECT_EQ(s, "");
 
-  std::istringstream short_data(std::string("\x05\x00" "ab", 4));
+  std::istringstream short_data(
+      std::string("\x05\x00"
+                  "ab",
+                  4));
   EXPECT_FALSE(Read_String(short_data, s));
   EXPECT_EQ(s, "ab");
 }

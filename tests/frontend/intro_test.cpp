@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "support/screen_fixture.h"
 #include "frontend/modIntro.h"
+#include "support/screen_fixture.h"
 
 namespace {
 class Intro : public ScreenTest {

@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "support/screen_fixture.h"
 #include "frontend/modMainScr.h"
+#include "support/screen_fixture.h"
 
 using modMainScr::ButtonSlide;
 
@@ -28,7 +28,9 @@ class Menu : public ScreenTest {
   int ended_at = 0;
 };
 
-struct Menu800 : Menu { Menu800() : Menu(800, 600) {} };
+struct Menu800 : Menu {
+  Menu800() : Menu(800, 600) {}
+};
 }  // namespace
 
 TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfterIt) {
@@ -49,8 +51,13 @@ TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfter
 }
 
 TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
-  struct Case { float x, y; int state, opponents; bool running; };
-  for (const Case& c : {Case{226, 150, 3, 0, true}, Case{415, 238, 3, 4, true}, Case{320, 270, 4, -1, true}, Case{320, 338, 0, -1, false}}) {
+  struct Case {
+    float x, y;
+    int state, opponents;
+    bool running;
+  };
+  for (const Case& c : {Case{226, 150, 3, 0, true}, Case{415, 238, 3, 4, true}, Case{320, 270, 4, -1, true},
+                        Case{320, 338, 0, -1, false}}) {
     modMain::NumOpponents = -1;
     modMain::Running = kTrue;
     Run([&](int f) {

@@ -52,7 +52,8 @@ TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll)
   }
   // Nearly opaque yellow-white sprites pile up on the pointer; blending is off again.
   const uint32_t centre = At(300, 200);
-  EXPECT_TRUE((centre >> 16 & 0xFF) > 0xC0 && (centre >> 8 & 0xFF) > 0x80 && (centre & 0xFF) < 0x40) << std::hex << centre;
+  EXPECT_TRUE((centre >> 16 & 0xFF) > 0xC0 && (centre >> 8 & 0xFF) > 0x80 && (centre & 0xFF) < 0x40)
+      << std::hex << centre;
   EXPECT_EQ(At(300, 100), kClear) << "the sprite is 20 x 20, unscaled";
   EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::AlphaBlendEnable), 0u);
 }

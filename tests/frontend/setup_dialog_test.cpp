@@ -67,7 +67,10 @@ TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
   ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
   const Rect start = frmSetup::Control_Rect("lblStart");
   const uint32_t px = picture[size_t(start.top + 4) * size_t(w) + size_t(start.left + 4)];
-  EXPECT_LT(std::abs(int(px >> 16 & 0xFF) - 0xE8) + std::abs(int(px >> 8 & 0xFF) - 0x7A) + std::abs(int(px & 0xFF) - 0x18), 30) << "Start in the accent orange";
+  EXPECT_LT(
+      std::abs(int(px >> 16 & 0xFF) - 0xE8) + std::abs(int(px >> 8 & 0xFF) - 0x7A) + std::abs(int(px & 0xFF) - 0x18),
+      30)
+      << "Start in the accent orange";
   for (uint32_t& p : picture) p = 0xFF000000u | (p & 0xFF) << 16 | (p & 0xFF00) | (p >> 16 & 0xFF);  // to RGBA bytes
   const std::string png = testenv::Game_Dir() + "/../setup_dialog.png";
   EXPECT_NE(stbi_write_png(png.c_str(), w, h, 4, picture.data(), w * 4), 0);
@@ -75,15 +78,25 @@ TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
 
 TEST_F(SetupDialog, DraggingClickingAndStartGoThroughTheWindow) {
   // Drag the resolution thumb from the left end to the right end of its bar, check the box, Start.
-  Script({{"HScrollRes", -90}, {"HScrollRes", -90, true}, {"HScrollRes", -30, true}, {"HScrollRes", 30, true},
-          {"HScrollRes", 95, true}, {"HScrollRes", 95}, {"Label1"}, {"Label1", 0, true}, {"Label1"}, {"lblStart"},
-          {"lblStart", 0, true}, {"lblStart"}});
+  Script({{"HScrollRes", -90},
+          {"HScrollRes", -90, true},
+          {"HScrollRes", -30, true},
+          {"HScrollRes", 30, true},
+          {"HScrollRes", 95, true},
+          {"HScrollRes", 95},
+          {"Label1"},
+          {"Label1", 0, true},
+          {"Label1"},
+          {"lblStart"},
+          {"lblStart", 0, true},
+          {"lblStart"}});
   std::vector<std::string> captions;
   frmSetup::Set_Frame_Hook([&](const frmSetup::SetupForm& f, int) {
     if (captions.empty() || captions.back() != f.lblRes) captions.push_back(f.lblRes);
   });
   EXPECT_TRUE(frmSetup::Show());
-  EXPECT_EQ(captions, (std::vector<std::string>{"640x480", "320x240", "640x400", "640x480", "800x600"})) << "follows the drag";
+  EXPECT_EQ(captions, (std::vector<std::string>{"640x480", "320x240", "640x400", "640x480", "800x600"}))
+      << "follows the drag";
   const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 5),

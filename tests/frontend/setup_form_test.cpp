@@ -12,7 +12,8 @@ const platform::DeviceInfo kHal{platform::kHardwareDevice, "GPU - hardware raste
 const platform::DeviceInfo kTnl{platform::kTnLHardwareDevice, "GPU - hardware transform and lighting", false};
 
 frmSetup::SetupForm Loaded(std::vector<platform::DeviceInfo> devices,
-                           std::vector<platform::SoundDeviceInfo> sounds = {{"Speakers", "Speakers"}, {"Headphones", "Headphones"}}) {
+                           std::vector<platform::SoundDeviceInfo> sounds = {{"Speakers", "Speakers"},
+                                                                            {"Headphones", "Headphones"}}) {
   frmSetup::SetupForm f;
   f.Form_Load(std::move(devices), std::move(sounds));
   return f;
@@ -60,8 +61,8 @@ TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
   f.Label1_Click();
   f.lblStart_Click();
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Settings_Path()),
-            (std::vector<std::string>{"1", "800", "600", "32", platform::kSoftwareDevice, "Headphones", "3", "", "0", "38",
-                                      "40", "37", "39"}));
+            (std::vector<std::string>{"1", "800", "600", "32", platform::kSoftwareDevice, "Headphones", "3", "", "0",
+                                      "38", "40", "37", "39"}));
   EXPECT_FLOAT_EQ(modMain::ScaleX, 1.25f);
   Loaded({}, {}).lblStart_Click();  // empty lists store "<none>"
   const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());

@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/screen_fixture.h"
 #include "mathmesh/modMATH.h"
+#include "support/screen_fixture.h"
 
 using namespace mod3Denhance;
 using platform::PixelFormat;
@@ -37,7 +37,10 @@ platform::Device3D& Unlit_On_Clear_Screen() {
 }  // namespace
 
 TEST_F(DisplayTest, StartUpSetsTheScreenAndFontsAndPicksTheBestDevice) {
-  { std::string missing; ASSERT_TRUE(modText::Load_Fonts(missing)) << missing; }
+  {
+    std::string missing;
+    ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
+  }
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
   EXPECT_EQ(D3DDevice->GetRenderState(rs::Lighting), uint32_t(-1));
   EXPECT_EQ(D3DDevice->GetRenderState(rs::SrcBlend), platform::blend::SrcAlpha);
@@ -88,14 +91,18 @@ TEST_F(DisplayTest, BlitsOntoTheBackBufferLeaveKeyPixelsAndClipAtTheEdges) {
 }
 
 TEST_F(DisplayTest, DrawTextPutsEachGlyphInItsCell) {
-  { std::string missing; modText::Load_Fonts(missing); }
+  {
+    std::string missing;
+    modText::Load_Fonts(missing);
+  }
   const Surface& font = modText::Fonts[0];
   ASSERT_TRUE(font);
   Clear_Screen();
   modText::Draw_Text(10, 10, 0, "Lap 1/3");
   const auto px = Read(0, 0, 200, 50);
   // Screen x of each cell and the glyph's source left/top; the space (sx < 0) leaves its cell empty.
-  const std::array<int, 3> cells[] = {{10, 220, 0}, {30, 0, 30}, {50, 300, 30}, {70, -1, 0}, {90, 220, 60}, {110, 180, 60}, {130, 260, 60}};
+  const std::array<int, 3> cells[] = {{10, 220, 0},  {30, 0, 30},    {50, 300, 30}, {70, -1, 0},
+                                      {90, 220, 60}, {110, 180, 60}, {130, 260, 60}};
   int glyph_pixels = 0;
   for (const auto& [x, sx, sy] : cells)
     for (int i = 0; i < 600; ++i) {
@@ -154,9 +161,8 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
   d.SetTransform(platform::TransformKind::View, view);
   Clear_Screen();
   // Two triangles in front of the eye (+z), one facing up towards the light, one down.
-  const MeshVertex v[] = {
-      {-4, 0, 10, 0, 1, 0, 0, 0}, {-1, 2, 10, 0, 1, 0, 0, 0}, {-1, -2, 10, 0, 1, 0, 0, 0},
-      {1, 0, 10, 0, -1, 0, 0, 0}, {4, 2, 10, 0, -1, 0, 0, 0}, {4, -2, 10, 0, -1, 0, 0, 0}};
+  const MeshVertex v[] = {{-4, 0, 10, 0, 1, 0, 0, 0}, {-1, 2, 10, 0, 1, 0, 0, 0}, {-1, -2, 10, 0, 1, 0, 0, 0},
+                          {1, 0, 10, 0, -1, 0, 0, 0}, {4, 2, 10, 0, -1, 0, 0, 0}, {4, -2, 10, 0, -1, 0, 0, 0}};
   const uint16_t idx[] = {0, 1, 2, 3, 4, 5};
   d.SetRenderState(rs::CullMode, platform::cull::None);
   d.BeginScene();
@@ -193,8 +199,10 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrap) {
   Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
   d.EndScene();
   const uint32_t p = At(50, 50);  // alpha 0x88 of red over blue
-  EXPECT_TRUE(std::abs(int(Red(p)) - 0x88) <= 1 && std::abs(int(p & 0xFF) - 0x77) <= 1 && !(p & 0xFF00)) << std::hex << p;
-  EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}), (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
+  EXPECT_TRUE(std::abs(int(Red(p)) - 0x88) <= 1 && std::abs(int(p & 0xFF) - 0x77) <= 1 && !(p & 0xFF00))
+      << std::hex << p;
+  EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}),
+            (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
 }
 
 // A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (additive blend shows it).

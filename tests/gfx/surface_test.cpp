@@ -43,7 +43,10 @@ std::string Bmp(int w, int h, const std::vector<uint32_t>& rgb) {
 }
 
 // Blit_Clipped of the whole source, with the source rectangle and position as it leaves them.
-struct Blitted { Rect r; i16 x, y; };
+struct Blitted {
+  Rect r;
+  i16 x, y;
+};
 Blitted Blit(const Surface& dst, const Surface& src, int x, int y, u8 transparent) {
   Blitted b{Make_Rect(0, 0, i16(src->Width()), i16(src->Height())), i16(x), i16(y)};
   Blit_Clipped(dst, src, b.r, b.x, b.y, transparent);
@@ -76,7 +79,8 @@ TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
   // Two of three rows present, the second one half.
   Surface t = Decode(Dds(2, 3, {0x1111, 0x2222, 0x3333}));
   ASSERT_TRUE(t);
-  EXPECT_EQ((std::array{t->Pixel(1, 0), t->Pixel(0, 1), t->Pixel(1, 1), t->Pixel(0, 2)}), (std::array{0x2222u, 0x3333u, 0u, 0u}));
+  EXPECT_EQ((std::array{t->Pixel(1, 0), t->Pixel(0, 1), t->Pixel(1, 1), t->Pixel(0, 2)}),
+            (std::array{0x2222u, 0x3333u, 0u, 0u}));
   // A pitch far beyond the data is ignored: rows are read unpadded.
   t = Decode(Dds(2, 2, {0x1111, 0x2222, 0x3333, 0x4444}, 4000));
   ASSERT_TRUE(t);
@@ -128,8 +132,12 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
 
 TEST(SurfaceTest, PointInRectExcludesRightAndBottomEdges) {
   const Rect r = Make_Rect(10, 20, 30, 40);
-  for (const auto& [x, y, in] : {std::tuple{10, 20, kTrue}, {29, 39, kTrue}, {30, 25, kFalse}, {15, 40, kFalse},
-                                 {9, 25, kFalse}, {15, 19, kFalse}})
+  for (const auto& [x, y, in] : {std::tuple{10, 20, kTrue},
+                                 {29, 39, kTrue},
+                                 {30, 25, kFalse},
+                                 {15, 40, kFalse},
+                                 {9, 25, kFalse},
+                                 {15, 19, kFalse}})
     EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
 }
 
@@ -159,7 +167,8 @@ TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPix
   keyed->Set_Pixel(2, 0, 0x00000000);  // black is not the key here
   Fill_Rect(dst, 0, 40, 8, 48, 0x00777777);
   Blit(dst, keyed, 2, 42, 1);
-  EXPECT_EQ((std::array{dst->Pixel(2, 42), dst->Pixel(3, 42), dst->Pixel(4, 42)}), (std::array{0x777777u, 0x123456u, 0u}));
+  EXPECT_EQ((std::array{dst->Pixel(2, 42), dst->Pixel(3, 42), dst->Pixel(4, 42)}),
+            (std::array{0x777777u, 0x123456u, 0u}));
   Blit(dst, keyed, 2, 42, 0);
   EXPECT_EQ(dst->Pixel(2, 42), 0xFF00FFu);
 }

@@ -7,9 +7,12 @@
 using namespace modMATH;
 
 TEST(VectorAngle, QuadrantsUseTheGamesPiAndStayInRange) {
-  const std::pair<std::array<float, 2>, float> cases[] = {
-      {{0, 0}, 0.0f},        {{1, 0}, 1.570795f}, {{-1, 0}, 4.712385f}, {{0, -1}, 3.14159f},
-      {{-1, 1}, float(std::atan(-1.0) + 6.28318)}, {{1, -1}, float(std::atan(-1.0) + 3.14159)}};
+  const std::pair<std::array<float, 2>, float> cases[] = {{{0, 0}, 0.0f},
+                                                          {{1, 0}, 1.570795f},
+                                                          {{-1, 0}, 4.712385f},
+                                                          {{0, -1}, 3.14159f},
+                                                          {{-1, 1}, float(std::atan(-1.0) + 6.28318)},
+                                                          {{1, -1}, float(std::atan(-1.0) + 3.14159)}};
   for (const auto& [v, angle] : cases) EXPECT_FLOAT_EQ(Vector_Angle(v[0], v[1]), angle) << v[0] << "," << v[1];
   // The game's own pi, not the true one: heading pi - tiny stays below 6.28318.
   for (float a = -3; a <= 3; a += 0.25f)

@@ -26,7 +26,9 @@ Mesh ship { 7; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, 2;0;1;, 2;0;0;, 3;0;0.5;; 3; 4;0,
 
 Vector3 Apply(const Matrix4& m, Vector3 p) { return modMATH::Transform_Point(p, m); }
 
-void Expect_Near(const Vector3& a, const Vector3& b) { EXPECT_LT(std::hypot(a.x - b.x, a.y - b.y, a.z - b.z), 2e-4f) << a.x << "," << a.y << "," << a.z; }
+void Expect_Near(const Vector3& a, const Vector3& b) {
+  EXPECT_LT(std::hypot(a.x - b.x, a.y - b.y, a.z - b.z), 2e-4f) << a.x << "," << a.y << "," << a.z;
+}
 
 TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
   XFileClass x;
@@ -93,7 +95,8 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTexturesAndOnlyALoaded
   ASSERT_EQ(device.draws.size(), 2u);
   EXPECT_EQ(device.draws[0].texture, x.Parts[0].PartTexture);
   EXPECT_EQ(std::pair(device.draws[0].material.diffuse.g, device.draws[0].material.power), std::pair(0.8f, 20.0f));
-  EXPECT_EQ(std::pair(device.draws[0].indices, device.draws[0].vertices), std::pair(15, int(x.Parts[0].PartVertices.size())));
+  EXPECT_EQ(std::pair(device.draws[0].indices, device.draws[0].vertices),
+            std::pair(15, int(x.Parts[0].PartVertices.size())));
   EXPECT_LT(device.draws[0].max_index, device.draws[0].vertices);
   EXPECT_EQ(device.draws[1].texture, nullptr);
 
@@ -137,7 +140,9 @@ TEST(XFileClass, FansFaceDataAndRefusesDataThatOverruns) {
 }
 
 TEST(XFileClass, TextureNamesResolveBesideTheMesh) {
-  EXPECT_EQ(XFileClass::Get_Path("/g/Objects/a.x") + "|" + XFileClass::Get_Path("C:\\game\\a.x") + "|" + XFileClass::Get_Path("a.x"), "/g/Objects/|C:\\game\\|");
+  EXPECT_EQ(XFileClass::Get_Path("/g/Objects/a.x") + "|" + XFileClass::Get_Path("C:\\game\\a.x") + "|" +
+                XFileClass::Get_Path("a.x"),
+            "/g/Objects/|C:\\game\\|");
   const std::string folder = "/g/Objects/";
   EXPECT_EQ(XFileClass::Texture_Path(folder, "..\\\\Textures\\\\Arrow1.bmp"), "/g/Objects/../Textures/Arrow1.bmp");
   EXPECT_EQ(XFileClass::Texture_Path(folder, "..\\Textures\\Arrow1.bmp"), "/g/Objects/../Textures/Arrow1.bmp");

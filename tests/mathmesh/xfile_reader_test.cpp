@@ -1,4 +1,6 @@
 // The text .x reader: groups, faces, normals, transforms, and refusal of bad data.
+#include "mathmesh/xfile_reader.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -7,7 +9,6 @@
 #include <string>
 #include <tuple>
 
-#include "mathmesh/xfile_reader.h"
 #include "support/test_env.h"
 
 namespace {
@@ -27,7 +28,8 @@ xfile::Model Read_Ok(const std::string& text) {
 }
 
 size_t Triangles(const xfile::Group& g) {
-  if (g.vertices_per_face > 0) return g.face_data.size() / size_t(g.vertices_per_face) * size_t(g.vertices_per_face - 2);
+  if (g.vertices_per_face > 0)
+    return g.face_data.size() / size_t(g.vertices_per_face) * size_t(g.vertices_per_face - 2);
   size_t n = 0;
   for (size_t i = 0; i < g.face_data.size(); i += size_t(g.face_data[i]) + 1) n += size_t(g.face_data[i]) - 2;
   return n;
@@ -111,7 +113,8 @@ AnimationSet run { Animation { { m } AnimationKey { 0; 1; 0; 3; 1,2,3;;; } } }
 }
 
 TEST(XFileReader, MixedFaceSizesCarryTheirCounts) {
-  const xfile::Model m = Read_Ok(kHeader + "Mesh { 5; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;, 2;0;0;; 2; 3;0,1,2;, 4;0,2,4,3;; }");
+  const xfile::Model m =
+      Read_Ok(kHeader + "Mesh { 5; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;, 2;0;0;; 2; 3;0,1,2;, 4;0,2,4,3;; }");
   ASSERT_EQ(m.groups.size(), 1u);
   ASSERT_EQ(Shape(m.groups[0]), (std::array<size_t, 4>{0, 9, 5, 3}));
   EXPECT_EQ(std::pair(m.groups[0].face_data[0], m.groups[0].face_data[4]), std::pair(3, 4));
@@ -120,8 +123,9 @@ TEST(XFileReader, MixedFaceSizesCarryTheirCounts) {
 
 TEST(XFileReader, FrameTransformsAreAppliedAndMirrorsKeepFacesOutward) {
   // The outer frame swaps y and z (a mirror), the inner one moves by (10, 0, 0).
-  const std::string text = kHeader + "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
-                                     "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
+  const std::string text = kHeader +
+                           "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
+                           "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
                            kSharedCube + "} }";
   const xfile::Model m = Read_Ok(text);
   EXPECT_EQ((std::array{m.box_min.x, m.box_max.x, m.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
@@ -155,8 +159,9 @@ TEST(XFileReader, TheFirstMeshIsReadAndFramesOnlyWhenThereIsNone) {
 
 TEST(XFileReader, AShortMaterialListCarriesItsLastIndexOn) {
   const std::string mat = "Material { 1;1;1;1;; 0; 0;0;0;; 0;0;0;; }";
-  const xfile::Model m = Read_Ok(kHeader + "Mesh { 4; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;; 3; 3;0,1,2;, 3;0,2,3;, 3;1,2,3;;" +
-                                 " MeshMaterialList { 2; 2; 0, 1;; " + mat + mat + " } }");
+  const xfile::Model m =
+      Read_Ok(kHeader + "Mesh { 4; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;; 3; 3;0,1,2;, 3;0,2,3;, 3;1,2,3;;" +
+              " MeshMaterialList { 2; 2; 0, 1;; " + mat + mat + " } }");
   ASSERT_EQ(m.groups.size(), 2u);
   EXPECT_EQ(std::pair(Triangles(m.groups[0]), Triangles(m.groups[1])), std::pair(size_t{1}, size_t{2}));
 }

@@ -2,9 +2,9 @@
 #include <set>
 #include <vector>
 
-#include "support/screen_fixture.h"
 #include "mathmesh/XFileClass.h"
 #include "mathmesh/modMATH.h"
+#include "support/screen_fixture.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
 // The platform layer's own rules that the game relies on: the key table, Shift carried by
 // each event, the pump hook's count, and pointer positions inside the back buffer.
+#include "platform/platform.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/platform.h"
 #include "platform/sdl_internal.h"
 #include "platform/testing.h"
 
@@ -14,10 +15,10 @@ namespace {
 
 TEST(VirtualKeys, TableCoversTheGameKeys) {
   const std::pair<SDL_Keycode, int16_t> cases[] = {
-      {SDLK_a, 65},       {SDLK_z, 90},      {SDLK_0, 48},      {SDLK_9, 57},       {SDLK_RETURN, 13},
-      {SDLK_ESCAPE, 27},  {SDLK_SPACE, 32},  {SDLK_BACKSPACE, 8}, {SDLK_SEMICOLON, 186}, {SDLK_QUOTE, 222},
-      {SDLK_LEFT, 37},    {SDLK_UP, 38},     {SDLK_RIGHT, 39},  {SDLK_DOWN, 40},    {SDLK_F1, 112},
-      {SDLK_F12, 123},    {SDLK_KP_0, 96},   {SDLK_KP_9, 105},  {SDLK_LSHIFT, 16},  {SDLK_RSHIFT, 16},
+      {SDLK_a, 65},       {SDLK_z, 90},     {SDLK_0, 48},        {SDLK_9, 57},          {SDLK_RETURN, 13},
+      {SDLK_ESCAPE, 27},  {SDLK_SPACE, 32}, {SDLK_BACKSPACE, 8}, {SDLK_SEMICOLON, 186}, {SDLK_QUOTE, 222},
+      {SDLK_LEFT, 37},    {SDLK_UP, 38},    {SDLK_RIGHT, 39},    {SDLK_DOWN, 40},       {SDLK_F1, 112},
+      {SDLK_F12, 123},    {SDLK_KP_0, 96},  {SDLK_KP_9, 105},    {SDLK_LSHIFT, 16},     {SDLK_RSHIFT, 16},
       {SDLK_KP_ENTER, 13}};
   for (const auto& [sdl, vk] : cases) EXPECT_EQ(platform::detail::Virtual_Key(sdl), vk) << sdl;
   EXPECT_EQ(platform::detail::Shift_Bits(KMOD_RSHIFT), 1);

@@ -84,7 +84,8 @@ TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
   modTracks::Build_MiniMap(map);
   auto pixel = [&](int x, int y) { return map->Argb(x, y) & 0xFFFFFF; };
   // Road about 25 pixels of each edge of the 127-pixel square.
-  for (const auto& [x, y] : std::vector<std::pair<int, int>>{{5, 5}, {10, 64}, {64, 10}, {120, 64}, {64, 120}, {121, 121}})
+  for (const auto& [x, y] :
+       std::vector<std::pair<int, int>>{{5, 5}, {10, 64}, {64, 10}, {120, 64}, {64, 120}, {121, 121}})
     EXPECT_EQ(pixel(x, y), 0xFFFFFFu) << x << ", " << y;
   for (const auto& [x, y] : std::vector<std::pair<int, int>>{{64, 64}, {40, 40}, {90, 90}, {127, 127}, {127, 0}})
     EXPECT_EQ(pixel(x, y), 0u) << x << ", " << y;

@@ -12,23 +12,31 @@ using race_test::Strip;
 
 TEST(RaceTimes, SplitTimeHudTextAndStartLightFrames) {
   // ms, minutes, hundredths, text; 5999.5 hundredths rounds to even.
-  for (const auto& [ms, m, h, text] : std::vector<std::tuple<i32, i16, i16, std::string>>{
-           {59995, 0, 6000, "00:60:00"}, {59994, 0, 5999, "00:59:99"}, {60000, 1, 0, "01:00:00"},
-           {5, 0, 0, "00:00:00"}, {15, 0, 2, "00:00:02"}, {83456, 1, 2346, "01:23:46"}, {3599999, 59, 6000, "59:60:00"}}) {
+  for (const auto& [ms, m, h, text] :
+       std::vector<std::tuple<i32, i16, i16, std::string>>{{59995, 0, 6000, "00:60:00"},
+                                                           {59994, 0, 5999, "00:59:99"},
+                                                           {60000, 1, 0, "01:00:00"},
+                                                           {5, 0, 0, "00:00:00"},
+                                                           {15, 0, 2, "00:00:02"},
+                                                           {83456, 1, 2346, "01:23:46"},
+                                                           {3599999, 59, 6000, "59:60:00"}}) {
     i16 minutes = -1, hundredths = -1;
     modGameLoop::Split_Time(minutes, hundredths, ms);
     EXPECT_EQ(std::make_pair(minutes, hundredths), std::make_pair(m, h)) << ms;
     EXPECT_EQ(modGameLoop::Time_Text(ms), text) << ms;
   }
-  for (const auto& [elapsed, left] : std::vector<std::pair<i32, int>>{{1000, 0}, {1001, 53}, {2001, 106}, {3000, 106}, {3001, 159}})
+  for (const auto& [elapsed, left] :
+       std::vector<std::pair<i32, int>>{{1000, 0}, {1001, 53}, {2001, 106}, {3000, 106}, {3001, 159}})
     EXPECT_EQ(modGameLoop::Start_Light_Left(elapsed), left) << elapsed;
 }
 
 TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
-  Set_Road({Strip({{10, 0}, {20, 0}, {10, 30}, {20, 30}, {-5, 60}, {15, 70}}), Strip({{-5, 60}, {15, 70}, {0, 90}, {40, 100}})});
+  Set_Road({Strip({{10, 0}, {20, 0}, {10, 30}, {20, 30}, {-5, 60}, {15, 70}}),
+            Strip({{-5, 60}, {15, 70}, {0, 90}, {40, 100}})});
   modTracks::Build_MiniMap(nullptr);  // no device: bounds only
-  EXPECT_EQ(std::vector<float>({modTracks::TrackMinX, modTracks::TrackMaxX, modTracks::TrackMinZ, modTracks::TrackMaxZ}),
-            std::vector<float>({-5, 40, 0, 100}));
+  EXPECT_EQ(
+      std::vector<float>({modTracks::TrackMinX, modTracks::TrackMaxX, modTracks::TrackMinZ, modTracks::TrackMaxZ}),
+      std::vector<float>({-5, 40, 0, 100}));
   float c = -1, r = -1;
   ASSERT_TRUE(modTracks::MiniMap_Point(40, 100, c, r));
   EXPECT_EQ(std::make_pair(c, r), std::make_pair(127.0f, 127.0f));
@@ -64,7 +72,9 @@ class FramePasses : public ::testing::Test {
   }
   static platform::ImageRef Tex() { return platform::Image::Create(1, 1, platform::PixelFormat::A8R8G8B8); }
   // A strip whose first vertex's x (1000 + id) names it in the recorded lit draws.
-  static modTracks::TrackStrip Id(int id, i16 texture) { return Strip({{1000.0f + id, 0}, {0, 0}, {0, 1}, {1, 1}}, texture); }
+  static modTracks::TrackStrip Id(int id, i16 texture) {
+    return Strip({{1000.0f + id, 0}, {0, 0}, {0, 1}, {1, 1}}, texture);
+  }
   std::vector<int> Strips() const {
     std::vector<int> ids;
     for (float x : device_.lit_first_x)
@@ -94,8 +104,8 @@ TEST_F(FramePasses, TexturesBindOnlyOnANameChangeAndSeeThroughWallsWaitForTheRac
     if (t) named.push_back(t);
   const auto& thrust = modGameLoop::CarThrustSurf;
   EXPECT_EQ(named, (std::vector<platform::ImageRef>{modGameLoop::SkySurf, TrackTexture(0).Texture,
-                                                     TrackTexture(1).Texture, TrackTexture(2).Texture, thrust, thrust,
-                                                     TrackTexture(3).Texture, modGameLoop::MiniMapSurf}));
+                                                    TrackTexture(1).Texture, TrackTexture(2).Texture, thrust, thrust,
+                                                    TrackTexture(3).Texture, modGameLoop::MiniMapSurf}));
   EXPECT_EQ(modGameLoop::TransparentWalls.Items(), (std::vector<i16>{1, 2}));
   // The map quad is added, then blending is back to source alpha.
   const auto& s = device_.states;

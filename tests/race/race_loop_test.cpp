@@ -6,11 +6,23 @@ using namespace race_test;
 namespace {
 
 std::vector<std::string> Race_Log_Lines(int textures) {
-  std::vector<std::string> lines{"", "Initialising Race...", "LightSurface Made", "Grey2x2Surf Made", "CarThrustSurf Made",
-                                 "SkySurf Made", "MiniMapSurf Made", "MiniMapShipsSurf Made", "StatsBGSurf Made",
-                                 "   Loading Track...", "   ...Done", "...Done", "", "Destroying Race Objects..."};
+  std::vector<std::string> lines{"",
+                                 "Initialising Race...",
+                                 "LightSurface Made",
+                                 "Grey2x2Surf Made",
+                                 "CarThrustSurf Made",
+                                 "SkySurf Made",
+                                 "MiniMapSurf Made",
+                                 "MiniMapShipsSurf Made",
+                                 "StatsBGSurf Made",
+                                 "   Loading Track...",
+                                 "   ...Done",
+                                 "...Done",
+                                 "",
+                                 "Destroying Race Objects..."};
   for (int i = 0; i < textures; ++i) lines.push_back("TrackTexture(" + std::to_string(i) + ").Texture = Nothing");
-  for (const char* s : {"StatsBGSurf", "MiniMapShipsSurf", "MiniMapSurf", "CarThrustSurf", "Grey2x2Surf", "LightSurface"})
+  for (const char* s :
+       {"StatsBGSurf", "MiniMapShipsSurf", "MiniMapSurf", "CarThrustSurf", "Grey2x2Surf", "LightSurface"})
     lines.push_back(std::string(s) + " = Nothing");
   for (const char* s : {"Track", "TrackWalls", "Grass", "TrackTexture", "TrackBlock", "TrackSector", "...Done", ""})
     lines.push_back(s);
@@ -78,7 +90,8 @@ TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal
     for (int i = int(grid_z.size()); i <= 4; ++i) grid_z.push_back(Player(i).PositionZ);
     if (drawn < modGameLoop::kCountdownMs) {
       EXPECT_EQ(modMain::GameClock, 0) << drawn;
-      for (int i = 0; i <= 4; ++i) EXPECT_EQ(Player(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " at " << drawn;
+      for (int i = 0; i <= 4; ++i)
+        EXPECT_EQ(Player(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " at " << drawn;
     }
     // The signal frame resets the clock after its timer step; the next frame counts 16.
     if (drawn >= modGameLoop::kCountdownMs && clock_after_start < 0) {
@@ -120,9 +133,21 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
     if (Reached(t, 4600)) resumed = !Is_Set(modGameLoop::Paused) && modMain::GameClock > paused_clock;
     if (Reached(t, 4650)) selection_kept = modGameLoop::PauseSelection == 1;
     // Escape in the countdown; pause, Down, Up, Resume; pause again, Down, Enter quits.
-    Keys(t, {{1000, kEscape}, {1500, -kEscape}, {3904, kEscape}, {3920, -kEscape}, {4400, kDown}, {4448, -kDown},
-             {4464, kUp}, {4480, -kUp}, {4496, kEnter}, {4512, -kEnter}, {4600, kEscape}, {4600, kDown},
-             {4616, -kEscape}, {4650, -kDown}, {4650, kEnter}});
+    Keys(t, {{1000, kEscape},
+             {1500, -kEscape},
+             {3904, kEscape},
+             {3920, -kEscape},
+             {4400, kDown},
+             {4448, -kDown},
+             {4464, kUp},
+             {4480, -kUp},
+             {4496, kEnter},
+             {4512, -kEnter},
+             {4600, kEscape},
+             {4600, kDown},
+             {4616, -kEscape},
+             {4650, -kDown},
+             {4650, kEnter}});
   });
   EXPECT_TRUE(escape_in_countdown_ignored && resumed && selection_kept);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);

@@ -4,8 +4,8 @@
 #include <cstdio>
 
 #include "race/modGameLoop.h"
-#include "vehicle/racer_fixture.h"
 #include "support/test_env.h"
+#include "vehicle/racer_fixture.h"
 #include "vehicle/ships_dat.h"
 
 using namespace vehicle_test;
@@ -88,7 +88,8 @@ TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrac
     for (int i = 0; i < kRacers; ++i)
       for (int lap = 1; lap <= 3; ++lap) EXPECT_GT(P(i).cLapTime(lap), 0) << "racer " << i << " lap " << lap;
   }
-  std::printf("frames off the blocks in a row, at most: player %d, computer %d\n", most_frames_off[1], most_frames_off[2]);
+  std::printf("frames off the blocks in a row, at most: player %d, computer %d\n", most_frames_off[1],
+              most_frames_off[2]);
   modMain::Players.clear();
 }
 

@@ -27,7 +27,12 @@ const HiScoreTable kShort{230, "Al", 40000, "", 125000, "Bo"};
 
 TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndian) {
   // 95, "Ann", 40000, "", -435832, "Bo"
-  const std::string expected("\x5F\x00\x03\x00" "Ann" "\x40\x9C\x00\x00\x00\x00\x88\x59\xF9\xFF\x02\x00" "Bo", 21);
+  const std::string expected(
+      "\x5F\x00\x03\x00"
+      "Ann"
+      "\x40\x9C\x00\x00\x00\x00\x88\x59\xF9\xFF\x02\x00"
+      "Bo",
+      21);
   const HiScoreTable t{95, "Ann", 40000, "", -435832, "Bo"};
   EXPECT_EQ(modHiScore::Encode_HiScores(t), expected);
   EXPECT_EQ(Decode(expected), t);
@@ -92,8 +97,8 @@ TEST(HiScoreRules, TiesNeverCountAndEmptyTablesAlwaysFall) {
 }
 
 TEST(HiScoreRules, TimeTextRoundsHundredthsToEvenAndGrowsPastAnHour) {
-  for (const auto& [ms, text] : {std::pair{83456, "01:23:46"}, {59996, "00:60:00"}, {60000, "01:00:00"},
-                                 {6000000, "100:00:00"}})
+  for (const auto& [ms, text] :
+       {std::pair{83456, "01:23:46"}, {59996, "00:60:00"}, {60000, "01:00:00"}, {6000000, "100:00:00"}})
     EXPECT_EQ(modHiScore::Time_Text(ms), text) << ms;
 }
 

@@ -27,8 +27,9 @@ class HiScoreScreenTest : public ScreenTest {
 TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
   // One key a frame, typed the frame after: Backspace on nothing, Shift A, A, Shift keypad 1,
   // F12, keypad 0 (nothing), 5, Space, Backspace; then B up to 23 characters.
-  const std::vector<std::pair<int, int16_t>> keys = {{-1, 8}, {1, 65}, {0, 65}, {1, 97}, {0, 123},
-                                                     {-1, 96}, {-1, 53}, {-1, 32}, {-1, 8}};  // shift: held, up, as it was
+  const std::vector<std::pair<int, int16_t>> keys = {
+      {-1, 8},  {1, 65},  {0, 65},  {1, 97}, {0, 123},
+      {-1, 96}, {-1, 53}, {-1, 32}, {-1, 8}};  // shift: held, up, as it was
   std::vector<std::string> names;
   std::string saved_bytes;
   bool still_entering = true;
@@ -42,7 +43,7 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
     if (f >= 12 && f < 30) Key(66);
     if (f == 20) Screenshot("hiscores");
     if (f == 30 || f == 31) names.push_back(modHiScore::EnteredName);  // 31: no key, cut to 22
-    if (f == 32) Key(13);  // saving pumps twice more: frames 34 and 35
+    if (f == 32) Key(13);                                              // saving pumps twice more: frames 34 and 35
     if (f == 38) {
       still_entering = Is_Set(modHiScore::NewHiScore);
       saved_bytes = testenv::Read_File(Path());
@@ -65,8 +66,9 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
   ASSERT_EQ(modMain::Players.size(), 1u);
   EXPECT_FALSE(modMain::Players[0]);
   const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
-  const std::vector<std::string> lines = {"Initialising HiScores...", "   Loading Surfaces...", "   ...Surfaces Loaded", "",
-                                          "   Reading Scores...", "   ...Done"};
+  const std::vector<std::string> lines = {"Initialising HiScores...", "   Loading Surfaces...",
+                                          "   ...Surfaces Loaded",    "",
+                                          "   Reading Scores...",     "   ...Done"};
   EXPECT_NE(std::search(log.begin(), log.end(), lines.begin(), lines.end()), log.end());
 }
 
@@ -91,11 +93,14 @@ TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders
 
 TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
   // A top speed of 300, then a name said to be 30000 bytes long in a 7-byte file.
-  testenv::Write_File(Path(), std::string("\x2C\x01\x30\x75" "abc", 7));
+  testenv::Write_File(Path(), std::string("\x2C\x01\x30\x75"
+                                          "abc",
+                                          7));
   modMain::PlayerName = "Kit";
   bool read_as_far_as_held = false;
   on_frame = [&](int f) {
-    if (f == 3) read_as_far_as_held = modHiScore::Scores == HiScoreTable{300, "", 0, "", 0, ""} && Is_Set(modHiScore::NewHiScore);
+    if (f == 3)
+      read_as_far_as_held = modHiScore::Scores == HiScoreTable{300, "", 0, "", 0, ""} && Is_Set(modHiScore::NewHiScore);
     if (f % 6 == 3) Key(13);
   };
   modHiScore::Init_HiScore_Screen();

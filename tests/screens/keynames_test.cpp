@@ -8,8 +8,16 @@
 using modDInput::Get_Key_Name;
 
 TEST(KeyNames, NamedCodesAndFiftyTwoUniqueNamesAllBelow124) {
-  for (const auto& [code, name] : {std::pair{13, "Enter"}, {32, "Spacebar"}, {37, "Left Arrow"}, {39, "Right Arrow"},
-                                   {40, "Down Arrow"}, {48, "0"}, {65, "A"}, {86, "V"}, {90, "Z"}, {96, "Numpad 0"},
+  for (const auto& [code, name] : {std::pair{13, "Enter"},
+                                   {32, "Spacebar"},
+                                   {37, "Left Arrow"},
+                                   {39, "Right Arrow"},
+                                   {40, "Down Arrow"},
+                                   {48, "0"},
+                                   {65, "A"},
+                                   {86, "V"},
+                                   {90, "Z"},
+                                   {96, "Numpad 0"},
                                    {105, "Numpad 9"}})
     EXPECT_EQ(Get_Key_Name(static_cast<i16>(code)), name) << code;
   // The 51 of the table plus V; every other code (Escape, Shift, punctuation, each range's

@@ -29,7 +29,8 @@ class Options : public ScreenTest {
   }
   static std::vector<std::string> Saved_Lines() { return testenv::Read_Lines_CRLF(modMain::Settings_Path()); }
   uint32_t Sheet_Pixel(int x, int y) const {
-    const auto pic = platform::Load_BMP(dir_.path() + "/Gfx/OptionScr_buttons.bmp", 115, 97, platform::PixelFormat::X8R8G8B8);
+    const auto pic =
+        platform::Load_BMP(dir_.path() + "/Gfx/OptionScr_buttons.bmp", 115, 97, platform::PixelFormat::X8R8G8B8);
     return pic ? pic->Argb(x, y) & 0xFFFFFF : 0xFFFFFFFF;
   }
 };
@@ -111,8 +112,8 @@ TEST_F(Options, DifficultyStaysInRangeTheTickTogglesThenDefaultsAreStored) {
   Run();
   EXPECT_TRUE(hard && easy && no_tick && tick);
   EXPECT_TRUE(lit) << "the defaults button lights under the pointer, the store button does not";
-  EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "Vex", "0",
-                                                     "38", "40", "37", "39"}));
+  EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "Vex", "0", "38",
+                                                     "40", "37", "39"}));
 }
 
 TEST_F(Options, AnUnnamedKeyFromTheFileShowsAsItsDefaultAndIsStoredSo) {
@@ -121,7 +122,9 @@ TEST_F(Options, AnUnnamedKeyFromTheFileShowsAsItsDefaultAndIsStoredSo) {
   modMain::Read_Settings();
   ASSERT_EQ(modMain::KeyRight, 27);
   bool shown = false;
-  steps[2] = [&] { shown = modMain::KeyRight == 39 && Shows_Text(295, 351, 2, "Right Arrow") && Shows_Text(171, 254, 2, "Keyboard"); };
+  steps[2] = [&] {
+    shown = modMain::KeyRight == 39 && Shows_Text(295, 351, 2, "Right Arrow") && Shows_Text(171, 254, 2, "Keyboard");
+  };
   Click(3, kStore);
   Run();
   EXPECT_TRUE(shown);

@@ -34,7 +34,9 @@ class ShipSelectionTest : public ScreenTest {
       if (f == at + 1) Release();
     }
   }
-  static Choice Current() { return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin}; }
+  static Choice Current() {
+    return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin};
+  }
 };
 
 TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWaysAndStartKeepsTheRacers) {
@@ -44,8 +46,14 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   on_frame = [&](int f) {
     for (int at : {10, 60, 64, 68, 72, 76, 80})
       if (f == at + 2) seen.push_back(Current());
-    Clicks(f, {{kPrevShip, 10}, {kPrevShip, 60}, {kNextShip, 64}, {kPrevSkin, 68}, {kNextSkin, 72}, {kPrevSkin, 76},
-               {kNextShip, 80}, {kStart, 150}});
+    Clicks(f, {{kPrevShip, 10},
+               {kPrevShip, 60},
+               {kNextShip, 64},
+               {kPrevSkin, 68},
+               {kNextSkin, 72},
+               {kPrevSkin, 76},
+               {kNextShip, 80},
+               {kStart, 150}});
     if (f == 148) Screenshot("ship_selection");
   };
   modShipSelection::Init_Ship_Selection();

@@ -19,8 +19,7 @@ namespace testenv {
 
 ScratchAppDir::ScratchAppDir() {
   static int counter = 0;
-  path_ = (fs::temp_directory_path() /
-           ("quorval-test-" + std::to_string(::getpid()) + "-" + std::to_string(counter++)))
+  path_ = (fs::temp_directory_path() / ("quorval-test-" + std::to_string(::getpid()) + "-" + std::to_string(counter++)))
               .string();
   fs::remove_all(path_);
   fs::create_directories(path_);

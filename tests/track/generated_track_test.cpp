@@ -98,8 +98,11 @@ TEST_F(GeneratedTrack, EveryGridSlotStartsOnItsBlockFacingForward) {
   for (const Vector3& n : {TrackBlock(0).EdgeNormal[3], TrackBlock(1).EdgeNormal[3]})
     EXPECT_TRUE(n.x == 0 && std::fabs(n.z + 1) < 1e-6f) << n.x << ", " << n.z;
   // Placement rule of the racers: block, fz, fx per slot.
-  struct Slot { int block; float fz, fx; };
-  const Slot slots[7] = {{0, 0.54f, 1.3f}, {0, 0.5f, -0.3f}, {0, 0.46f, 1.3f}, {0, 0.42f, -0.3f},
+  struct Slot {
+    int block;
+    float fz, fx;
+  };
+  const Slot slots[7] = {{0, 0.54f, 1.3f}, {0, 0.5f, -0.3f},  {0, 0.46f, 1.3f}, {0, 0.42f, -0.3f},
                          {0, 0.38f, 1.3f}, {1, 0.64f, -0.3f}, {1, 0.6f, 1.3f}};
   float px[7], pz[7];
   for (int s = 0; s < 7; ++s) {

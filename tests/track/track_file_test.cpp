@@ -29,8 +29,15 @@ struct FileBytes {
   }
   FileBytes& I16(int v) { return Raw(static_cast<int16_t>(v)); }
   FileBytes& I32(long long v) { return Raw(static_cast<int32_t>(v)); }
-  FileBytes& Fill(size_t n, char c) { b.append(n, c); return *this; }
-  FileBytes& Text(const std::string& s) { I16(static_cast<int>(s.size())); b += s; return *this; }
+  FileBytes& Fill(size_t n, char c) {
+    b.append(n, c);
+    return *this;
+  }
+  FileBytes& Text(const std::string& s) {
+    I16(static_cast<int>(s.size()));
+    b += s;
+    return *this;
+  }
   // A strip of (x, z) points at height 1, with dimension count and lower bound as given.
   FileBytes& Strip(const Points& xz, int texture, int dims = 1, int lower = 0) {
     I16(dims).I32(static_cast<long long>(xz.size())).I32(lower);
@@ -75,20 +82,23 @@ TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcros
   ASSERT_TRUE(Load_Track_From_Bytes(Small_Track(), "mem.MXT", &error)) << error;
   EXPECT_EQ(std::pair(Track.Lower(), Track.Upper()), std::pair(0, 1));
   EXPECT_EQ(Grass.Upper(), 0);  // a count of 0 is one record
-  EXPECT_EQ(std::tuple(Track(0).Vertices.Count(), Track(1).TextureIndex, Track(0).Vertices(0).tv), std::tuple(6, 1, 0.25f));
+  EXPECT_EQ(std::tuple(Track(0).Vertices.Count(), Track(1).TextureIndex, Track(0).Vertices(0).tv),
+            std::tuple(6, 1, 0.25f));
   // -1 walls: one record consumed and kept at index -1, so what follows still lines up.
   EXPECT_EQ(std::pair(TrackWalls.Lower(), TrackWalls.Upper()), std::pair(-1, -1));
   EXPECT_EQ(TrackWalls(-1).TextureIndex, 99);
   ASSERT_EQ(std::pair(TrackSector.Count(), TrackTexture.Upper()), std::pair(1, 1));
   const auto& list = TrackSector(0).Lists[2];
-  EXPECT_EQ((std::array{int(TrackSector(0).Fixed[15]), list.Lower(), int(list(5)), int(list(6))}), (std::array{7, 5, 102, -3}));
+  EXPECT_EQ((std::array{int(TrackSector(0).Fixed[15]), list.Lower(), int(list(5)), int(list(6))}),
+            (std::array{7, 5, 102, -3}));
   EXPECT_EQ(TrackTexture(0).TextureName + TrackTexture(1).TextureName, "Road.BMPglass.dds");  // exactly as stored
   EXPECT_FALSE(TrackTexture(0).Texture);  // bytes-only loads create no textures
 
   Build_Track_Blocks();
   ASSERT_EQ(TrackBlock.Upper(), 2);
   const auto z = [](int k, int j) { return TrackBlock(k).Corner[j].z; };  // block 2 is Track(1)'s first quad
-  EXPECT_EQ((std::array{z(1, 0), z(1, 3), z(2, 0), z(2, 3), TrackBlock(2).Corner[3].y}), (std::array{10.0f, 20.0f, 20.0f, 30.0f, 1.0f}));
+  EXPECT_EQ((std::array{z(1, 0), z(1, 3), z(2, 0), z(2, 3), TrackBlock(2).Corner[3].y}),
+            (std::array{10.0f, 20.0f, 20.0f, 30.0f, 1.0f}));
 
   // An empty sector list may start at any index, even the extremes.
   FileBytes f = Road().I32(0).Fill(16, 0).I16(1).I32(0).I32(std::numeric_limits<int32_t>::min());
@@ -191,8 +201,15 @@ TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
   Clear_Track();
   EXPECT_TRUE(road.expired());
   EXPECT_TRUE(Model_Is_Empty() && TrackWalls.Lower() == 0);
-  const std::vector<std::string> want = {"Program Started", " ", "TrackTexture(0).Texture = Nothing",
-                                         "TrackTexture(1).Texture = Nothing", "Track", "TrackWalls", "Grass",
-                                         "TrackTexture", "TrackBlock", "TrackSector"};
+  const std::vector<std::string> want = {"Program Started",
+                                         " ",
+                                         "TrackTexture(0).Texture = Nothing",
+                                         "TrackTexture(1).Texture = Nothing",
+                                         "Track",
+                                         "TrackWalls",
+                                         "Grass",
+                                         "TrackTexture",
+                                         "TrackBlock",
+                                         "TrackSector"};
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), want);
 }

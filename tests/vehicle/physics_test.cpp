@@ -77,7 +77,7 @@ TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
   RA::Force(r) = {5, 0, 5};
   RA::Torque(r) = 1;
   const auto state = [this] {
-    return std::array{r.PositionX, r.PositionY,  r.PositionZ, r.cOrientation,
+    return std::array{r.PositionX, r.PositionY, r.PositionZ, r.cOrientation,
                       r.VelocityX, r.VelocityY, r.VelocityZ, RA::AngularVelocity(r)};
   };
   const auto before = state();
@@ -104,13 +104,14 @@ TEST_F(Physics, ComputerTurnsTheShortWayRoundAndWeaves) {
     }
     return left / 4000.0;
   };
-  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);         // gap 6.0 > pi: left, unless forced right
+  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);          // gap 6.0 > pi: left, unless forced right
   EXPECT_NEAR(left_share(-2.5f), 0.89 * 0.11, 0.02);  // target to the right: only weaving goes left
 }
 
 TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
   const auto expect_corners = [this](const float(&want)[4][2]) {
-    for (int i = 0; i < 4; ++i) EXPECT_NEAR(std::hypot(RA::Corners(r)[i].x - want[i][0], RA::Corners(r)[i].z - want[i][1]), 0, 1e-5) << i;
+    for (int i = 0; i < 4; ++i)
+      EXPECT_NEAR(std::hypot(RA::Corners(r)[i].x - want[i][0], RA::Corners(r)[i].z - want[i][1]), 0, 1e-5) << i;
   };
   RA::Corners(r)[2].y = 7;
   r.PositionY = 4;
@@ -133,7 +134,7 @@ TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
   EXPECT_EQ((std::array{shadow[0].x, shadow[1].x, shadow[3].x}), (std::array{corner[1].x, corner[0].x, corner[2].x}));
 
   r.cOrientation = 1.570795f;
-  r.Calculate_Vertices(5);  // no RacerBox record 5: the corners still move
+  r.Calculate_Vertices(5);                               // no RacerBox record 5: the corners still move
   expect_corners({{-2, 1}, {-2, -1}, {2, 1}, {2, -1}});  // the nose points to -x
   EXPECT_EQ(std::pair(RA::PrevCorners(r)[0].x, box.MaxX), std::pair(1.0f, 1.0f));
 }

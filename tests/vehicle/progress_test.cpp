@@ -31,7 +31,8 @@ TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
     return std::array<int, 4>{r.cOnLap, r.cFinishedRace, r.cRaceTime, r.cCurrentTrackBlock()};
   };
   // Laps after the finish change no time.
-  for (const auto& [clock, lap, done, time] : {std::array{300, 2, 0, 0}, {650, 3, 0, 0}, {990, 4, 1, 990}, {1400, 5, 1, 990}}) {
+  for (const auto& [clock, lap, done, time] :
+       {std::array{300, 2, 0, 0}, {650, 3, 0, 0}, {990, 4, 1, 990}, {1400, 5, 1, 990}}) {
     Cross_Line(clock);
     EXPECT_EQ(state(), (std::array{lap, done, time, 0})) << clock;
   }
@@ -64,7 +65,10 @@ TEST_F(Progress, RacePositionByLapsThenBlockThenDistance) {
     q.cOnLap = lap, q.PositionX = x, q.PositionZ = z;
     RA::Set_Blocks(q, block);
   };
-  auto position = [](clsHumanPlayer& q) { q.Get_Race_Position(); return q.cRace_Position; };
+  auto position = [](clsHumanPlayer& q) {
+    q.Get_Race_Position();
+    return q.cRace_Position;
+  };
   put(a, 1, 1, 0, 12);
   put(b, 2, 0, 0, 5);
   put(c, 1, 0, 0, 5);

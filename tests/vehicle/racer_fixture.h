@@ -8,8 +8,8 @@
 #include "core/modMain.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
-#include "vehicle/racer_box.h"
 #include "vehicle/players.h"
+#include "vehicle/racer_box.h"
 
 struct RacerTestAccess {
   static float& HalfWidth(clsHumanPlayer& r) { return r.HalfWidth; }
@@ -28,7 +28,9 @@ struct RacerTestAccess {
   static LitVertex* Shadow(clsHumanPlayer& r) { return r.ShadowVertices; }
   static LitVertex* Flame(clsHumanPlayer& r) { return r.ThrustVertices; }
   static i16& GridSlot(clsHumanPlayer& r) { return r.GridSlot; }
-  static void Set_Blocks(clsHumanPlayer& r, i16 b) { for (i16& x : r.BlockOfCorner) x = b; }
+  static void Set_Blocks(clsHumanPlayer& r, i16 b) {
+    for (i16& x : r.BlockOfCorner) x = b;
+  }
   static i16 BlockOf(clsHumanPlayer& r, int j) { return r.BlockOfCorner[j]; }
   static void Steer(clsHumanPlayer& r) { r.Computer_Steering(); }
 };

@@ -9,8 +9,8 @@
 #include "core/settings.h"
 #include "racer_fixture.h"
 #include "support/test_env.h"
-#include "vehicle/ships_dat.h"
 #include "vehicle/players.h"
+#include "vehicle/ships_dat.h"
 
 using namespace vehicle_test;
 
@@ -62,7 +62,7 @@ TEST_F(Ships, PlayerShipAndSkinRequestsWrapAndLoadTheirNumbers) {
 
 TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
   // x, z and block of each slot; the back rows wrap round to the last block.
-  const float want[7][3] = {{2.6f, 5.4f, 0}, {-0.6f, 5, 0},    {2.6f, 4.6f, 0}, {-0.6f, 4.2f, 0},
+  const float want[7][3] = {{2.6f, 5.4f, 0}, {-0.6f, 5, 0},     {2.6f, 4.6f, 0}, {-0.6f, 4.2f, 0},
                             {2.6f, 3.8f, 0}, {-0.6f, 19.2f, 1}, {2.6f, 18, 1}};
   modMain::Randomize(11);
   for (i16 slot = 0; slot < 7; ++slot) {
@@ -74,7 +74,9 @@ TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
     EXPECT_EQ(r.cCurrentTrackBlock(), want[slot][2]);
     EXPECT_FLOAT_EQ(RA::WallGrip(r), slot / 40.0f + 0.8f);
     // A fresh race record; the computer's random ship pick is not stored.
-    EXPECT_EQ(std::tuple(r.cOrientation, r.cOnLap, r.cFinishedRace, r.cLapTime(2), r.cRaceTime, r.cCurrentlySelectedShip), std::tuple(0.0f, 1, 0, 0, 0, 1));
+    EXPECT_EQ(
+        std::tuple(r.cOrientation, r.cOnLap, r.cFinishedRace, r.cLapTime(2), r.cRaceTime, r.cCurrentlySelectedShip),
+        std::tuple(0.0f, 1, 0, 0, 0, 1));
     EXPECT_PRED3(Between, r.cCurrentlySelectedSkin, 1, 3);
   }
   r.PositionX = 42;
@@ -95,7 +97,8 @@ TEST_F(Ships, BrokenCataloguesAreReportedAndLeaveAnInertRacer) {
   std::string zero_mass = good, zero_inertia = good;
   zero_mass.replace(zero_mass.find("\r\n20\r\n"), 6, "\r\n0 kg\r\n");
   zero_inertia.replace(zero_inertia.rfind("\r\n5\r\n"), 5, "\r\nnone\r\n");
-  const std::pair<std::string, const char*> cases[] = {  // catalogue ("" for none), log line
+  const std::pair<std::string, const char*> cases[] = {
+      // catalogue ("" for none), log line
       {zero_mass, "line 11: ship 1 (Ship 1) has a mass of '0 kg'"},
       {zero_inertia, "line 19: ship 2 (Ship 2) has a moment of inertia of 'none'"},
       {good.substr(0, good.size() - 4), "promises 3 ships (22 lines) but has only 21"},
