@@ -21,7 +21,10 @@ bool Display() {
     modMain::ScreenHeight = 480;
     if (!platform::Open_Window("bench")) return false;
     if (!mod3Denhance::Init_DDraw(modMain::ScreenWidth, modMain::ScreenHeight, modMain::ScreenBPP)) return false;
-    { std::string missing; modText::Load_Fonts(missing); }
+    {
+      std::string missing;
+      modText::Load_Fonts(missing);
+    }
     return true;
   }();
   return ready;

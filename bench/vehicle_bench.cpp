@@ -9,8 +9,8 @@
 #include "platform/testing.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
-#include "vehicle/racer_box.h"
 #include "vehicle/players.h"
+#include "vehicle/racer_box.h"
 
 namespace {
 

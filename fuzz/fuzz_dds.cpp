@@ -16,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Touch the first and last byte of every row: the whole image must be backed by memory.
   const uint8_t* bytes = t->Bytes();
   uint32_t sum = 0;
-  for (int y = 0; y < t->Height(); ++y) sum += bytes[size_t(y) * size_t(t->Pitch())] + bytes[size_t(y + 1) * size_t(t->Pitch()) - 1];
+  for (int y = 0; y < t->Height(); ++y)
+    sum += bytes[size_t(y) * size_t(t->Pitch())] + bytes[size_t(y + 1) * size_t(t->Pitch()) - 1];
   g_sink = sum;
   return 0;
 }

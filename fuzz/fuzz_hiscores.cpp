@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // A table read whole came from the data's first bytes: writing it back takes no more.
   if (fields == 6 && bytes.size() > size) __builtin_trap();
   volatile size_t sink = modHiScore::Time_Text(table.BestLap).size() + modHiScore::Time_Text(table.BestRace).size() +
-                        numbers::Format(table.BestTopSpeed, "000").size();
+                         numbers::Format(table.BestTopSpeed, "000").size();
   (void)sink;
   return 0;
 }

@@ -21,8 +21,8 @@ struct Snapshot {
 };
 Snapshot Take() {
   using namespace modMain;
-  return {SkipSetup, ScreenWidth, ScreenHeight, ScreenBPP, Difficulty, ControlDevice, KeyUp, KeyDown,
-          KeyLeft,   KeyRight,    D3DDeviceGuid, SoundDeviceGuid, PlayerName};
+  return {SkipSetup, ScreenWidth, ScreenHeight, ScreenBPP,     Difficulty,      ControlDevice, KeyUp,
+          KeyDown,   KeyLeft,     KeyRight,     D3DDeviceGuid, SoundDeviceGuid, PlayerName};
 }
 
 // A private folder in memory when there is one: every input is written and synced.

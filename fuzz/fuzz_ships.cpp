@@ -26,8 +26,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Whatever a caller asks for, the ship and skin used are inside the catalogue.
   const float u = size > 0 ? static_cast<float>(data[0]) / 256.0f : 0.0f;
   const float v = size > 1 ? static_cast<float>(data[1]) / 256.0f : 0.0f;
-  for (const int16_t request : {shipsdat::kRandomShip, int16_t{-32768}, int16_t{-1}, int16_t{0}, cat.Count,
-                                int16_t{32767}}) {
+  for (const int16_t request :
+       {shipsdat::kRandomShip, int16_t{-32768}, int16_t{-1}, int16_t{0}, cat.Count, int16_t{32767}}) {
     int16_t ship = request, skin = static_cast<int16_t>(size);
     shipsdat::Resolve_Request(cat.Count, u, v, ship, skin);
     if (ship < 0 || ship >= cat.Count || skin < 1 || skin > 3) __builtin_trap();

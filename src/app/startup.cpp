@@ -1,14 +1,15 @@
 // Start-up, the game-state loop and shutdown.
+#include "app/startup.h"
+
 #include <ctime>
 #include <string>
 
 #include "audio_input/frmMain.h"
-#include "app/startup.h"
+#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "frontend/frmSetup.h"
 #include "frontend/modIntro.h"
 #include "frontend/modMainScr.h"
-#include "audio_input/modMouseParticles.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
@@ -29,13 +30,26 @@ u32 Seconds_Since_Midnight() {
 
 void Run_Screen(u8 state) {
   switch (state) {
-    case kStateMainMenu: modMainScr::Main_Menu(); break;
-    case kStateRace: modGameLoop::Init_Race(); break;
-    case kStateHiScore: modHiScore::Init_HiScore_Screen(); break;
-    case kStateShipSelection: modShipSelection::Init_Ship_Selection(); break;
-    case kStateOptions: modOptions::Init_Options_Screen(); break;
-    case kStateIntro: modIntro::Intro(); break;
-    default: break;  // no screen: the loop only times, flips and pumps
+    case kStateMainMenu:
+      modMainScr::Main_Menu();
+      break;
+    case kStateRace:
+      modGameLoop::Init_Race();
+      break;
+    case kStateHiScore:
+      modHiScore::Init_HiScore_Screen();
+      break;
+    case kStateShipSelection:
+      modShipSelection::Init_Ship_Selection();
+      break;
+    case kStateOptions:
+      modOptions::Init_Options_Screen();
+      break;
+    case kStateIntro:
+      modIntro::Intro();
+      break;
+    default:
+      break;  // no screen: the loop only times, flips and pumps
   }
 }
 }  // namespace

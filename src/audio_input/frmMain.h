@@ -45,9 +45,9 @@ extern i32 StreamEvents[2];  // event 0: middle of the buffer; event 1: its last
 extern i32 BufferBytes;      // 2 x samples per second
 extern i32 HalfBytes;
 extern i32 DataBytes;
-extern i32 WholeChunksEnd;   // DataBytes rounded down to whole buffers
+extern i32 WholeChunksEnd;  // DataBytes rounded down to whole buffers
 extern std::vector<std::uint8_t> Chunk;
-extern i32 EndCount;         // refills that found the end of the data
+extern i32 EndCount;  // refills that found the end of the data
 extern std::string StreamFile;
 
 // Starts the sound system for the default device; without one the game stays silent.

@@ -21,9 +21,9 @@ std::string StreamFile;
 
 namespace {
 
-bool g_sound = false;             // the sound system started for the default device
-std::FILE* g_file = nullptr;      // the open music file
-bool g_in_refill = false;         // the refill is running (on the sound thread)
+bool g_sound = false;         // the sound system started for the default device
+std::FILE* g_file = nullptr;  // the open music file
+bool g_in_refill = false;     // the refill is running (on the sound thread)
 
 // Rates whose buffer of 2 x samples per second the stream can hold.
 constexpr u32 kMinRate = 1000, kMaxRate = 384000;

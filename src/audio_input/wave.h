@@ -30,10 +30,10 @@ enum class HeaderResult : u8 {
 
 struct WaveHeader {
   HeaderResult result = HeaderResult::NotWave;
-  WaveFormat format;           // FormatTag 0 unless result is Ok
-  i32 DataBytes = 0;           // size of the "data" chunk
+  WaveFormat format;            // FormatTag 0 unless result is Ok
+  i32 DataBytes = 0;            // size of the "data" chunk
   std::int64_t DataOffset = 0;  // file offset of the first sample byte
-  const char* problem = "";    // why a Damaged header was refused
+  const char* problem = "";     // why a Damaged header was refused
 };
 
 // Random-access bytes the header walk reads; it never asks beyond Size().

@@ -8,8 +8,8 @@
 namespace modMain {
 
 // Screens by GameState: 0 menu, 1 race, 2 hi-scores, 3 ship selection, 4 options, 5 intro.
-inline constexpr u8 kStateMainMenu = 0, kStateRace = 1, kStateHiScore = 2, kStateShipSelection = 3,
-                    kStateOptions = 4, kStateIntro = 5;
+inline constexpr u8 kStateMainMenu = 0, kStateRace = 1, kStateHiScore = 2, kStateShipSelection = 3, kStateOptions = 4,
+                    kStateIntro = 5;
 
 extern u8 GameState;
 extern Bool16 Running;

@@ -18,8 +18,7 @@ template <class T>
 bool Convert_Round(double v, T& out) {
   if (!std::isfinite(v)) return false;
   const double r = Round_Half_Even(v);
-  if (r < static_cast<double>(std::numeric_limits<T>::min()) ||
-      r > static_cast<double>(std::numeric_limits<T>::max()))
+  if (r < static_cast<double>(std::numeric_limits<T>::min()) || r > static_cast<double>(std::numeric_limits<T>::max()))
     return false;
   out = static_cast<T>(r);
   return true;

@@ -16,9 +16,7 @@ class IndexedArray {
     items_.assign(upper >= lower ? static_cast<size_t>(upper - lower + 1) : 0, T{});
   }
   // Keeps the existing elements and the lower bound, grows or shrinks to upper.
-  void Resize_Keep(int upper) {
-    items_.resize(upper >= lower_ ? static_cast<size_t>(upper - lower_ + 1) : 0);
-  }
+  void Resize_Keep(int upper) { items_.resize(upper >= lower_ ? static_cast<size_t>(upper - lower_ + 1) : 0); }
   int Lower() const { return lower_; }
   int Upper() const { return lower_ + static_cast<int>(items_.size()) - 1; }
   int Count() const { return static_cast<int>(items_.size()); }

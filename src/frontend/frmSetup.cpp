@@ -18,8 +18,9 @@ constexpr float kBanner = 78.0f, kMargin = 24.0f, kLabelWidth = 122.0f;
 
 enum class Action { None, Start, Exit };
 
-constexpr std::array<const char*, 10> kControls = {"HScrollRes", "lblRes", "HScrollBPP", "lblBPP", "cmb3DDevice",
-                                                   "cmbSoundDriver", "chkShowAgain", "Label1", "lblStart", "lblExit"};
+constexpr std::array<const char*, 10> kControls = {"HScrollRes",  "lblRes",         "HScrollBPP",   "lblBPP",
+                                                   "cmb3DDevice", "cmbSoundDriver", "chkShowAgain", "Label1",
+                                                   "lblStart",    "lblExit"};
 std::array<Rect, kControls.size()> g_rects;
 std::function<void(const SetupForm&, int)> g_hook;
 
@@ -106,8 +107,9 @@ void Banner() {
   ImGui::PopStyleColor();
 }
 
-void Scroll_Row(const char* label, const char* id, const char* caption_id, int& value, int max, const std::string& caption,
-                const char* unit, SetupForm& f, void (SetupForm::*scroll)(), void (SetupForm::*change)()) {
+void Scroll_Row(const char* label, const char* id, const char* caption_id, int& value, int max,
+                const std::string& caption, const char* unit, SetupForm& f, void (SetupForm::*scroll)(),
+                void (SetupForm::*change)()) {
   Row_Label(label);
   ImGui::SetNextItemWidth(190);
   if (ImGui::SliderInt(id, &value, 0, max, "")) (f.*scroll)();
@@ -150,10 +152,10 @@ Action Draw(SetupForm& f) {
 
   ImGui::SetCursorPosY(kBanner + 22);
   Section("DISPLAY");
-  Scroll_Row("Resolution", "##HScrollRes", "lblRes", f.HScrollRes, 3, f.lblRes, nullptr, f, &SetupForm::HScrollRes_Scroll,
-             &SetupForm::HScrollRes_Change);
-  Scroll_Row("Colour depth", "##HScrollBPP", "lblBPP", f.HScrollBPP, 2, f.lblBPP, "bits", f, &SetupForm::HScrollBPP_Scroll,
-             &SetupForm::HScrollBPP_Change);
+  Scroll_Row("Resolution", "##HScrollRes", "lblRes", f.HScrollRes, 3, f.lblRes, nullptr, f,
+             &SetupForm::HScrollRes_Scroll, &SetupForm::HScrollRes_Change);
+  Scroll_Row("Colour depth", "##HScrollBPP", "lblBPP", f.HScrollBPP, 2, f.lblBPP, "bits", f,
+             &SetupForm::HScrollBPP_Scroll, &SetupForm::HScrollBPP_Change);
 
   ImGui::Dummy(ImVec2(0, 4));
   Section("DEVICES");
@@ -176,7 +178,8 @@ Action Draw(SetupForm& f) {
   // Start and Exit along the bottom edge, Start in the accent colour.
   const ImVec2 button(112, 34);
   const float y = kHeight - kMargin - button.y;
-  ImGui::GetWindowDrawList()->AddLine(ImVec2(0, y - 16), ImVec2(kWidth, y - 16), ImGui::GetColorU32(ImGuiCol_Separator));
+  ImGui::GetWindowDrawList()->AddLine(ImVec2(0, y - 16), ImVec2(kWidth, y - 16),
+                                      ImGui::GetColorU32(ImGuiCol_Separator));
   ImGui::SetCursorPos(ImVec2(kWidth - kMargin - button.x * 2 - 10, y));
   if (ImGui::Button("Exit", button)) action = Action::Exit;
   Record("lblExit");

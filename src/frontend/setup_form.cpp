@@ -73,7 +73,8 @@ void SetupForm::lblStart_Click() {
   if (HScrollBPP >= 0 && HScrollBPP < 3) ScreenBPP = kDepths[HScrollBPP];
   SkipSetup = chkShowAgain ? 1 : 0;
   // An empty list leaves nothing chosen, which the settings file writes as "<none>".
-  D3DDeviceGuid = cmb3DDevice >= 0 && cmb3DDevice < int(Devices.size()) ? Devices[size_t(cmb3DDevice)].identifier : "<none>";
+  D3DDeviceGuid =
+      cmb3DDevice >= 0 && cmb3DDevice < int(Devices.size()) ? Devices[size_t(cmb3DDevice)].identifier : "<none>";
   SoundDeviceGuid = cmbSoundDriver >= 0 && cmbSoundDriver < int(SoundDevices.size())
                         ? SoundDevices[size_t(cmbSoundDriver)].identifier
                         : "<none>";
@@ -87,8 +88,9 @@ std::string SetupForm::Device_Caption() const {
 }
 
 std::string SetupForm::Sound_Caption() const {
-  return cmbSoundDriver >= 0 && cmbSoundDriver < int(SoundDevices.size()) ? SoundDevices[size_t(cmbSoundDriver)].description
-                                                                           : "Sound Devices";
+  return cmbSoundDriver >= 0 && cmbSoundDriver < int(SoundDevices.size())
+             ? SoundDevices[size_t(cmbSoundDriver)].description
+             : "Sound Devices";
 }
 
 }  // namespace frmSetup

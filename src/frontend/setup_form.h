@@ -27,7 +27,7 @@ struct SetupForm {
   // The enumerations, kept while the dialog is open; list index i is entry i + 1.
   std::vector<platform::DeviceInfo> Devices;
   std::vector<platform::SoundDeviceInfo> SoundDevices;
-  int cmb3DDevice = -1;     // selected list index, -1 while the list is empty
+  int cmb3DDevice = -1;  // selected list index, -1 while the list is empty
   int cmbSoundDriver = -1;
   bool chkShowAgain = false;
 

@@ -17,7 +17,9 @@ constexpr uint32_t kFourCCFlag = 0x4;
 // Far above any texture the game uses, and a bound on what a lying header can make us allocate.
 constexpr int kMaxSide = 4096;
 
-uint32_t Read32(const uint8_t* p) { return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24; }
+uint32_t Read32(const uint8_t* p) {
+  return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+}
 
 struct DdsHeader {
   uint32_t flags, height, width, pitch, depth, mip_maps;
@@ -62,8 +64,7 @@ Surface Decode_DDS(const uint8_t* data, size_t size) {
   // Rows are unpadded in the game's files; a larger pitch is honoured only when the data
   // really is that long, so a lying pitch can never send the copy past the end.
   size_t stride = row_bytes;
-  if ((h.flags & kPitchFlag) != 0 && h.pitch > row_bytes &&
-      size_t(h.pitch) * (h.height - 1) + row_bytes <= available)
+  if ((h.flags & kPitchFlag) != 0 && h.pitch > row_bytes && size_t(h.pitch) * (h.height - 1) + row_bytes <= available)
     stride = h.pitch;
   uint8_t* dst = texture->Lock();
   for (size_t y = 0; y < h.height; ++y) {

@@ -51,7 +51,8 @@ bool Init_DDraw(i16& width, i16& height, u8& bpp) {
   Write_Log("Exclusive mode set, at " + std::to_string(width) + "x" + std::to_string(height) + "x" +
             std::to_string(bpp));
   Primary = platform::Create_Primary(width, height);
-  if (!Primary) return Fail("The screen could not be set to " + std::to_string(width) + "x" + std::to_string(height) + ".");
+  if (!Primary)
+    return Fail("The screen could not be set to " + std::to_string(width) + "x" + std::to_string(height) + ".");
   Write_Log("Primary Surface Created");
   BackBuffer = platform::Create_Backbuffer(width, height);
   if (!BackBuffer) return Fail("The back buffer could not be created.");

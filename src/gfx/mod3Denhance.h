@@ -17,7 +17,7 @@ namespace mod3Denhance {
 using Surface = platform::ImageRef;
 
 // The display objects, in creation order; each is set while it exists.
-struct RootObject {};  // DX: the clock, matrix and colour services need no state of their own
+struct RootObject {};   // DX: the clock, matrix and colour services need no state of their own
 struct DisplayDriver {  // DD: the GL context on the game window
   std::string renderer;
 };
@@ -32,8 +32,8 @@ extern std::unique_ptr<Direct3DObject> D3D;
 extern Surface ZBuffer;
 // The 3D device of the run; null until Init_D3D has created it. Owned by this module.
 extern platform::Device3D* D3DDevice;
-extern Rect ScreenRect;          // 0, 0, ScreenWidth, ScreenHeight
-extern D3DMaterial Material;     // the one material: diffuse and ambient white
+extern Rect ScreenRect;       // 0, 0, ScreenWidth, ScreenHeight
+extern D3DMaterial Material;  // the one material: diffuse and ambient white
 
 // --- display and device, created once by Init_DDraw, released by Kill_Everything ---
 // Opens the display (back buffer exactly width x height), then runs Init_D3D, logging each

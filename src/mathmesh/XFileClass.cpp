@@ -28,7 +28,11 @@ Matrix4 Rotation_XZY(float x, float y, float z) {
 }  // namespace
 
 XFileClass::XFileClass()
-    : WorkMatrix(Identity()), PositionMatrix(Identity()), RotationMatrix(Identity()), ScaleMatrix(Identity()), Parts(1) {}
+    : WorkMatrix(Identity()),
+      PositionMatrix(Identity()),
+      RotationMatrix(Identity()),
+      ScaleMatrix(Identity()),
+      Parts(1) {}
 
 XFileClass::~XFileClass() {
   for (MeshPart& p : Parts) p.PartTexture = nullptr;

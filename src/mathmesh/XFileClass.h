@@ -5,7 +5,8 @@
 // Load takes only the file path: our device needs no display object to create textures,
 // and nothing device-specific is decided at load time. Texture names in the file are
 // resolved against the .x file's folder; parts naming the same file share one texture, and
-// a texture that cannot be loaded leaves its part untextured. A part's lists hold exactly its vertices and indices (no spare element).
+// a texture that cannot be loaded leaves its part untextured. A part's lists hold exactly its vertices and indices (no
+// spare element).
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,11 +19,11 @@
 
 // One material group.
 struct MeshPart {
-  std::vector<uint16_t> PartIndices;     // three per triangle
+  std::vector<uint16_t> PartIndices;  // three per triangle
   std::vector<MeshVertex> PartVertices;
   D3DMaterial PartMaterial;
-  mod3Denhance::Surface PartTexture;     // null: drawn untextured
-  std::string PartTextureFile;           // full path of the file's texture, "" when none
+  mod3Denhance::Surface PartTexture;  // null: drawn untextured
+  std::string PartTextureFile;        // full path of the file's texture, "" when none
 };
 
 class XFileClass {
@@ -75,8 +76,8 @@ class XFileClass {
   // Appends the triangles of face data: each face of n vertices (n from the data when
   // vertices_per_face is 0) becomes the fan (i0 i1 i2) (i0 i2 i3) ... False, with `out`
   // unspecified, when the data is short or an index is not below vertex_count.
-  static bool Append_Fan_Indices(const std::vector<int32_t>& face_data, int32_t vertices_per_face,
-                                 int32_t vertex_count, std::vector<uint16_t>& out);
+  static bool Append_Fan_Indices(const std::vector<int32_t>& face_data, int32_t vertices_per_face, int32_t vertex_count,
+                                 std::vector<uint16_t>& out);
 
  private:
   std::string Build_Parts(const xfile::Model& model, const std::string& folder);

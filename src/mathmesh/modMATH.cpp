@@ -33,8 +33,7 @@ float Vector_Angle(float a, float b) {
   return static_cast<float>(r);
 }
 
-Bool16 Segment_Crosses_Plane(const Vector3& p0, const Vector3& p1, const Vector3& q, const Vector3& n,
-                             Vector3& hit) {
+Bool16 Segment_Crosses_Plane(const Vector3& p0, const Vector3& p1, const Vector3& q, const Vector3& n, Vector3& hit) {
   const Vector3 d{p1.x - p0.x, p1.y - p0.y, p1.z - p0.z};
   const float denom = Vector_Dot(d, n);
   // Only movement out along the normal counts; grazing and inward movement never hit.
@@ -105,9 +104,15 @@ void View_Matrix(Matrix4& m, const Vector3& from, const Vector3& to, const Vecto
   Vector_Normalize(yaxis);
   const Vector3 xaxis = Cross(yaxis, zaxis);
   Identity_Matrix(m);
-  m._11 = xaxis.x; m._12 = yaxis.x; m._13 = zaxis.x;
-  m._21 = xaxis.y; m._22 = yaxis.y; m._23 = zaxis.y;
-  m._31 = xaxis.z; m._32 = yaxis.z; m._33 = zaxis.z;
+  m._11 = xaxis.x;
+  m._12 = yaxis.x;
+  m._13 = zaxis.x;
+  m._21 = xaxis.y;
+  m._22 = yaxis.y;
+  m._23 = zaxis.y;
+  m._31 = xaxis.z;
+  m._32 = yaxis.z;
+  m._33 = zaxis.z;
   m._41 = -Vector_Dot(from, xaxis);
   m._42 = -Vector_Dot(from, yaxis);
   m._43 = -Vector_Dot(from, zaxis);

@@ -24,8 +24,7 @@ double Vector_Length_2D(double a, double b);
 float Vector_Angle(float a, float b);
 // True when p0 -> p1 crosses the plane through q with normal n, moving along n
 // (t in [0, 1], both ends inclusive); hit is written only then.
-Bool16 Segment_Crosses_Plane(const Vector3& p0, const Vector3& p1, const Vector3& q, const Vector3& n,
-                             Vector3& hit);
+Bool16 Segment_Crosses_Plane(const Vector3& p0, const Vector3& p1, const Vector3& q, const Vector3& n, Vector3& hit);
 
 // --- root-object operations ------------------------------------------------------
 void Identity_Matrix(Matrix4& m);

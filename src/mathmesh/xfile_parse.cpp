@@ -18,7 +18,9 @@ struct Token {
   double number = 0;
 };
 
-bool Is_Name_Start(unsigned char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80; }
+bool Is_Name_Start(unsigned char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80;
+}
 bool Is_Name_Char(unsigned char c) {
   return Is_Name_Start(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == '+';
 }

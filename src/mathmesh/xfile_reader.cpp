@@ -65,8 +65,8 @@ struct Material {
 // One mesh after checking: positions already transformed, polygons in front order.
 struct MeshData {
   std::vector<Vec> positions;
-  std::vector<float> uv;                   // two per vertex
-  std::vector<uint32_t> face_start;        // into face_index; one extra entry at the end
+  std::vector<float> uv;             // two per vertex
+  std::vector<uint32_t> face_start;  // into face_index; one extra entry at the end
   std::vector<uint32_t> face_index;
   std::vector<uint32_t> face_material;
   std::vector<Material> materials;
@@ -314,7 +314,8 @@ class Builder {
       if (e - s >= 3) {
         const Vec& p0 = mesh.positions[mesh.face_index[s]];
         for (uint32_t k = s + 1; k + 1 < e; ++k) {
-          const Vec c = Cross(Sub(mesh.positions[mesh.face_index[k]], p0), Sub(mesh.positions[mesh.face_index[k + 1]], p0));
+          const Vec c =
+              Cross(Sub(mesh.positions[mesh.face_index[k]], p0), Sub(mesh.positions[mesh.face_index[k + 1]], p0));
           sum = {sum.x + c.x, sum.y + c.y, sum.z + c.z};
         }
       }
@@ -340,7 +341,8 @@ class Builder {
     {
       std::vector<uint32_t> fill(start.begin(), start.end() - 1);
       for (size_t f = 0; f < nf; ++f)
-        for (uint32_t k = mesh.face_start[f]; k < mesh.face_start[f + 1]; ++k) faces[fill[place[mesh.face_index[k]]]++] = uint32_t(f);
+        for (uint32_t k = mesh.face_start[f]; k < mesh.face_start[f + 1]; ++k)
+          faces[fill[place[mesh.face_index[k]]]++] = uint32_t(f);
     }
     const float limit = std::cos(kCreaseAngle);
     std::vector<Vec> normals(mesh.face_index.size());

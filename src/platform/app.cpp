@@ -36,8 +36,7 @@ std::string Game_Path(const std::string& relative) {
 
 void Message_Box(const std::string& text) {
   if (detail::Headless() ||
-      SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, "Brindlex Quorval", text.c_str(),
-                               detail::Window()) != 0) {
+      SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, "Brindlex Quorval", text.c_str(), detail::Window()) != 0) {
     std::fprintf(stderr, "Brindlex Quorval: %s\n", text.c_str());
   }
 }

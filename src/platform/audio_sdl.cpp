@@ -42,10 +42,14 @@ bool Same(const PcmFormat& a, const PcmFormat& b) {
 
 SDL_AudioFormat Sdl_Format(uint16_t bits) {
   switch (bits) {
-    case 8: return AUDIO_U8;
-    case 16: return AUDIO_S16LSB;
-    case 32: return AUDIO_S32LSB;
-    default: return 0;
+    case 8:
+      return AUDIO_U8;
+    case 16:
+      return AUDIO_S16LSB;
+    case 32:
+      return AUDIO_S32LSB;
+    default:
+      return 0;
   }
 }
 
@@ -204,7 +208,8 @@ bool Write_Stream(int32_t offset, const uint8_t* bytes, int32_t count) {
 
 void Set_Stream_Position(int32_t offset) {
   std::lock_guard<std::recursive_mutex> lock(g_mutex);
-  if (g_stream.exists && offset >= 0 && offset < static_cast<int32_t>(g_stream.bytes.size())) g_stream.position = offset;
+  if (g_stream.exists && offset >= 0 && offset < static_cast<int32_t>(g_stream.bytes.size()))
+    g_stream.position = offset;
 }
 
 bool Play_Stream() {

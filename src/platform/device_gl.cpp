@@ -35,15 +35,35 @@ constexpr int kIndexCapacity = 3 * 65536;
 constexpr int kRingBatches = 4;
 
 enum Uniform : int {
-  uKind, uWvp, uNormalMatrix, uViewport, uLighting, uNormalize, uAmbient, uMatDiffuse, uMatAmbient,
-  uMatEmissive, uLightOn, uLightTo, uLightDiffuse, uLightAmbient, uTextured, uFlat, uSpecularOn,
-  uColorStage, uAlphaStage, uColorKey, uAlphaFunc, uAlphaRef, kUniformCount
+  uKind,
+  uWvp,
+  uNormalMatrix,
+  uViewport,
+  uLighting,
+  uNormalize,
+  uAmbient,
+  uMatDiffuse,
+  uMatAmbient,
+  uMatEmissive,
+  uLightOn,
+  uLightTo,
+  uLightDiffuse,
+  uLightAmbient,
+  uTextured,
+  uFlat,
+  uSpecularOn,
+  uColorStage,
+  uAlphaStage,
+  uColorKey,
+  uAlphaFunc,
+  uAlphaRef,
+  kUniformCount
 };
 const char* const kUniformNames[kUniformCount] = {
-    "u_kind", "u_wvp", "u_normal_matrix", "u_viewport", "u_lighting", "u_normalize", "u_ambient",
-    "u_mat_diffuse", "u_mat_ambient", "u_mat_emissive", "u_light_on", "u_light_to", "u_light_diffuse",
-    "u_light_ambient", "u_textured", "u_flat", "u_specular_on", "u_color_stage", "u_alpha_stage",
-    "u_color_key", "u_alpha_func", "u_alpha_ref"};
+    "u_kind",          "u_wvp",           "u_normal_matrix", "u_viewport",     "u_lighting",    "u_normalize",
+    "u_ambient",       "u_mat_diffuse",   "u_mat_ambient",   "u_mat_emissive", "u_light_on",    "u_light_to",
+    "u_light_diffuse", "u_light_ambient", "u_textured",      "u_flat",         "u_specular_on", "u_color_stage",
+    "u_alpha_stage",   "u_color_key",     "u_alpha_func",    "u_alpha_ref"};
 
 enum Kind : int { kScreen = 0, kLit = 1, kMesh = 2 };
 
@@ -75,45 +95,66 @@ std::array<float, 9> Normal_Matrix(const Matrix4& w) {
   if (std::fabs(det) < 1e-12f) return {a, b, c, d, e, f, g, h, i};
   const float s = 1.0f / det;
   // Rows of (W^-1)^T, stored row-major: n' = n x result.
-  return {(e * i - f * h) * s, -(d * i - f * g) * s, (d * h - e * g) * s,
-          -(b * i - c * h) * s, (a * i - c * g) * s,  -(a * h - b * g) * s,
-          (b * f - c * e) * s,  -(a * f - c * d) * s, (a * e - b * d) * s};
+  return {(e * i - f * h) * s,  -(d * i - f * g) * s, (d * h - e * g) * s,  -(b * i - c * h) * s, (a * i - c * g) * s,
+          -(a * h - b * g) * s, (b * f - c * e) * s,  -(a * f - c * d) * s, (a * e - b * d) * s};
 }
 
 GLenum Blend_Factor(uint32_t v) {
   switch (v) {
-    case blend::Zero: return GL_ZERO;
-    case blend::One: return GL_ONE;
-    case blend::SrcColor: return GL_SRC_COLOR;
-    case blend::InvSrcColor: return GL_ONE_MINUS_SRC_COLOR;
-    case blend::SrcAlpha: return GL_SRC_ALPHA;
-    case blend::InvSrcAlpha: return GL_ONE_MINUS_SRC_ALPHA;
-    case blend::DestAlpha: return GL_DST_ALPHA;
-    case blend::InvDestAlpha: return GL_ONE_MINUS_DST_ALPHA;
-    case blend::DestColor: return GL_DST_COLOR;
-    case blend::InvDestColor: return GL_ONE_MINUS_DST_COLOR;
-    default: return GL_ONE;
+    case blend::Zero:
+      return GL_ZERO;
+    case blend::One:
+      return GL_ONE;
+    case blend::SrcColor:
+      return GL_SRC_COLOR;
+    case blend::InvSrcColor:
+      return GL_ONE_MINUS_SRC_COLOR;
+    case blend::SrcAlpha:
+      return GL_SRC_ALPHA;
+    case blend::InvSrcAlpha:
+      return GL_ONE_MINUS_SRC_ALPHA;
+    case blend::DestAlpha:
+      return GL_DST_ALPHA;
+    case blend::InvDestAlpha:
+      return GL_ONE_MINUS_DST_ALPHA;
+    case blend::DestColor:
+      return GL_DST_COLOR;
+    case blend::InvDestColor:
+      return GL_ONE_MINUS_DST_COLOR;
+    default:
+      return GL_ONE;
   }
 }
 
 GLenum Compare_Func(uint32_t v) {
   switch (v) {
-    case cmp::Never: return GL_NEVER;
-    case cmp::Less: return GL_LESS;
-    case cmp::Equal: return GL_EQUAL;
-    case cmp::LessEqual: return GL_LEQUAL;
-    case cmp::Greater: return GL_GREATER;
-    case cmp::NotEqual: return GL_NOTEQUAL;
-    case cmp::GreaterEqual: return GL_GEQUAL;
-    default: return GL_ALWAYS;
+    case cmp::Never:
+      return GL_NEVER;
+    case cmp::Less:
+      return GL_LESS;
+    case cmp::Equal:
+      return GL_EQUAL;
+    case cmp::LessEqual:
+      return GL_LEQUAL;
+    case cmp::Greater:
+      return GL_GREATER;
+    case cmp::NotEqual:
+      return GL_NOTEQUAL;
+    case cmp::GreaterEqual:
+      return GL_GEQUAL;
+    default:
+      return GL_ALWAYS;
   }
 }
 
 GLint Address_Mode(uint32_t v) {
   switch (v) {
-    case tss::Mirror: return GL_MIRRORED_REPEAT;
-    case tss::Clamp: return GL_CLAMP_TO_EDGE;
-    default: return GL_REPEAT;
+    case tss::Mirror:
+      return GL_MIRRORED_REPEAT;
+    case tss::Clamp:
+      return GL_CLAMP_TO_EDGE;
+    default:
+      return GL_REPEAT;
   }
 }
 
@@ -134,12 +175,22 @@ class GlDevice final : public Device3D {
     indices_.resize(kIndexCapacity);
     transforms_[0] = transforms_[1] = transforms_[2] = Identity();
     // The device's defaults; the game sets the rest at start-up.
-    render_states_ = {{rs::ZEnable, 1},          {rs::ShadeMode, 2},       {rs::ZWriteEnable, 1},
-                      {rs::AlphaTestEnable, 0},  {rs::SrcBlend, blend::One}, {rs::DestBlend, blend::Zero},
-                      {rs::CullMode, cull::CounterClockwise}, {rs::ZFunc, cmp::LessEqual},
-                      {rs::AlphaRef, 0},         {rs::AlphaFunc, cmp::Always}, {rs::AlphaBlendEnable, 0},
-                      {rs::SpecularEnable, 0},   {rs::ColorKeyEnable, 0},   {rs::Lighting, 1},
-                      {rs::Ambient, 0},          {rs::NormalizeNormals, 0}};
+    render_states_ = {{rs::ZEnable, 1},
+                      {rs::ShadeMode, 2},
+                      {rs::ZWriteEnable, 1},
+                      {rs::AlphaTestEnable, 0},
+                      {rs::SrcBlend, blend::One},
+                      {rs::DestBlend, blend::Zero},
+                      {rs::CullMode, cull::CounterClockwise},
+                      {rs::ZFunc, cmp::LessEqual},
+                      {rs::AlphaRef, 0},
+                      {rs::AlphaFunc, cmp::Always},
+                      {rs::AlphaBlendEnable, 0},
+                      {rs::SpecularEnable, 0},
+                      {rs::ColorKeyEnable, 0},
+                      {rs::Lighting, 1},
+                      {rs::Ambient, 0},
+                      {rs::NormalizeNormals, 0}};
     stage_ = {{tss::ColorOp, tss::OpModulate},   {tss::ColorArg1, tss::ArgTexture}, {tss::ColorArg2, tss::ArgCurrent},
               {tss::AlphaOp, tss::OpSelectArg1}, {tss::AlphaArg1, tss::ArgTexture}, {tss::AlphaArg2, tss::ArgCurrent},
               {tss::AddressU, tss::Wrap},        {tss::AddressV, tss::Wrap},        {tss::MagFilter, tss::Point},
@@ -374,13 +425,21 @@ class GlDevice final : public Device3D {
       for (int t = 0; t < triangles; ++t) {
         uint32_t a, b, c;
         if (type == Primitive::TriangleList) {
-          a = 3 * t; b = 3 * t + 1; c = 3 * t + 2;
+          a = 3 * t;
+          b = 3 * t + 1;
+          c = 3 * t + 2;
         } else if (type == Primitive::TriangleFan) {
-          a = 0; b = t + 1; c = t + 2;
+          a = 0;
+          b = t + 1;
+          c = t + 2;
         } else if (t % 2 == 0) {
-          a = t; b = t + 1; c = t + 2;
+          a = t;
+          b = t + 1;
+          c = t + 2;
         } else {
-          a = t; b = t + 2; c = t + 1;
+          a = t;
+          b = t + 2;
+          c = t + 1;
         }
         indices_[size_t(index_used_++)] = base + a;
         indices_[size_t(index_used_++)] = base + b;
@@ -413,9 +472,11 @@ class GlDevice final : public Device3D {
     glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, normal)));
     // Packed 0xAARRGGBB colours are B, G, R, A in memory: GL reads them as BGRA.
     glEnableVertexAttribArray(2);
-    glVertexAttribPointer(2, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, color)));
+    glVertexAttribPointer(2, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride,
+                          reinterpret_cast<void*>(offsetof(GpuVertex, color)));
     glEnableVertexAttribArray(3);
-    glVertexAttribPointer(3, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, specular)));
+    glVertexAttribPointer(3, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride,
+                          reinterpret_cast<void*>(offsetof(GpuVertex, specular)));
     glEnableVertexAttribArray(4);
     glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, uv)));
     glBindVertexArray(0);

@@ -1,10 +1,10 @@
 // The dialog window: SDL window, its GL 3.3 context and ImGui with its SDL2 and OpenGL3
 // backends (compiled from the system's ImGui package).
 #include <SDL.h>
-#include <epoxy/gl.h>
-#include <imgui.h>
 #include <backends/imgui_impl_opengl3.h>
 #include <backends/imgui_impl_sdl.h>
+#include <epoxy/gl.h>
+#include <imgui.h>
 
 #include <filesystem>
 
@@ -113,8 +113,7 @@ void End_Dialog_Frame() {
     glReadPixels(0, 0, w, h, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, rows.data());
     g_pixels.resize(rows.size());
     // GL's first row is the bottom one.
-    for (int y = 0; y < h; ++y)
-      std::copy_n(rows.begin() + long(h - 1 - y) * w, w, g_pixels.begin() + long(y) * w);
+    for (int y = 0; y < h; ++y) std::copy_n(rows.begin() + long(h - 1 - y) * w, w, g_pixels.begin() + long(y) * w);
     g_pixels_w = w;
     g_pixels_h = h;
   }

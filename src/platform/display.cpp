@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <thread>
 
 #include "platform/gl_internal.h"
 #include "platform/gl_state.h"
@@ -81,7 +81,8 @@ bool Bind_Backbuffer() {
 }
 
 void Forget_Texture(GpuState& gpu) {
-  if (gpu.texture != 0 && gpu.generation == Gl().generation && Gl().context != nullptr) glDeleteTextures(1, &gpu.texture);
+  if (gpu.texture != 0 && gpu.generation == Gl().generation && Gl().context != nullptr)
+    glDeleteTextures(1, &gpu.texture);
   gpu.texture = 0;
   gpu.stale = true;
 }
@@ -106,8 +107,8 @@ uint32_t Texture_Of(Image& image) {
   glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
   if (direct) {
     // Both memory layouts match a GL packed type bit for bit, so they upload as they stand.
-    const GLenum type = image.Format() == PixelFormat::A4R4G4B4 ? GL_UNSIGNED_SHORT_4_4_4_4_REV
-                                                                  : GL_UNSIGNED_INT_8_8_8_8_REV;
+    const GLenum type =
+        image.Format() == PixelFormat::A4R4G4B4 ? GL_UNSIGNED_SHORT_4_4_4_4_REV : GL_UNSIGNED_INT_8_8_8_8_REV;
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA, type, image.Bytes());
   } else {
     // The colour key becomes alpha 0; 2D surfaces are otherwise opaque.
@@ -117,11 +118,12 @@ uint32_t Texture_Of(Image& image) {
     for (int y = 0; y < image.Height(); ++y) {
       for (int x = 0; x < image.Width(); ++x, ++i) {
         const uint32_t raw = image.Pixel(x, y);
-        scratch[i] = image.Is_Key_Pixel(raw) ? To_Argb(image.Format(), raw) & 0x00FFFFFFu : To_Argb(image.Format(), raw);
+        scratch[i] =
+            image.Is_Key_Pixel(raw) ? To_Argb(image.Format(), raw) & 0x00FFFFFFu : To_Argb(image.Format(), raw);
       }
     }
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA,
-                 GL_UNSIGNED_INT_8_8_8_8_REV, scratch.data());
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV,
+                 scratch.data());
   }
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
   gpu.stale = false;
@@ -181,7 +183,8 @@ std::vector<DeviceInfo> Device_List() {
     list.push_back({kHardwareDevice, "Hardware - " + renderer, false});
   }
   // The software device is Mesa's rasteriser; when it is the default its own name is known.
-  list.push_back({kSoftwareDevice, "Software - " + (Is_Software_Renderer(renderer) ? renderer : std::string("llvmpipe (Mesa)")), true});
+  list.push_back({kSoftwareDevice,
+                  "Software - " + (Is_Software_Renderer(renderer) ? renderer : std::string("llvmpipe (Mesa)")), true});
   return list;
 }
 

@@ -8,13 +8,13 @@
 namespace platform::detail {
 
 struct GlDisplay {
-  void* context = nullptr;   // SDL_GLContext
-  uint64_t generation = 0;   // bumps with every context, so stale texture names are never freed
-  GLuint fbo = 0;            // the back buffer
-  GLuint color = 0;          // its colour texture
-  GLuint depth = 0;          // its depth renderbuffer (the z-buffer)
+  void* context = nullptr;  // SDL_GLContext
+  uint64_t generation = 0;  // bumps with every context, so stale texture names are never freed
+  GLuint fbo = 0;           // the back buffer
+  GLuint color = 0;         // its colour texture
+  GLuint depth = 0;         // its depth renderbuffer (the z-buffer)
   int width = 0, height = 0;
-  bool primary = false;      // the window's own framebuffer is in use
+  bool primary = false;  // the window's own framebuffer is in use
 };
 GlDisplay& Gl();
 

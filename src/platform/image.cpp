@@ -12,17 +12,22 @@ namespace platform {
 
 PixelMasks Masks_Of(PixelFormat format) {
   switch (format) {
-    case PixelFormat::X8R8G8B8: return {0x00FF0000u, 0x0000FF00u, 0x000000FFu, 0, 4};
-    case PixelFormat::A8R8G8B8: return {0x00FF0000u, 0x0000FF00u, 0x000000FFu, 0xFF000000u, 4};
-    case PixelFormat::A4R4G4B4: return {0x0F00u, 0x00F0u, 0x000Fu, 0xF000u, 2};
+    case PixelFormat::X8R8G8B8:
+      return {0x00FF0000u, 0x0000FF00u, 0x000000FFu, 0, 4};
+    case PixelFormat::A8R8G8B8:
+      return {0x00FF0000u, 0x0000FF00u, 0x000000FFu, 0xFF000000u, 4};
+    case PixelFormat::A4R4G4B4:
+      return {0x0F00u, 0x00F0u, 0x000Fu, 0xF000u, 2};
   }
   return {0, 0, 0, 0, 4};
 }
 
 uint32_t To_Argb(PixelFormat format, uint32_t raw) {
   switch (format) {
-    case PixelFormat::X8R8G8B8: return 0xFF000000u | (raw & 0x00FFFFFFu);
-    case PixelFormat::A8R8G8B8: return raw;
+    case PixelFormat::X8R8G8B8:
+      return 0xFF000000u | (raw & 0x00FFFFFFu);
+    case PixelFormat::A8R8G8B8:
+      return raw;
     case PixelFormat::A4R4G4B4: {
       // Each nibble n widens to n * 17, so 0xF is full scale.
       uint32_t out = 0;
@@ -35,8 +40,10 @@ uint32_t To_Argb(PixelFormat format, uint32_t raw) {
 
 uint32_t From_Argb(PixelFormat format, uint32_t argb) {
   switch (format) {
-    case PixelFormat::X8R8G8B8: return argb & 0x00FFFFFFu;
-    case PixelFormat::A8R8G8B8: return argb;
+    case PixelFormat::X8R8G8B8:
+      return argb & 0x00FFFFFFu;
+    case PixelFormat::A8R8G8B8:
+      return argb;
     case PixelFormat::A4R4G4B4: {
       uint32_t out = 0;
       for (int shift = 0; shift < 32; shift += 8) out |= (((argb >> shift) & 0xFFu) + 8) / 17 << (shift / 2);
@@ -118,12 +125,24 @@ bool Image::Is_Key_Pixel(uint32_t raw) const {
 namespace {
 // Cuts the source rectangle to both images; false when nothing is left.
 bool Cut(const Image& dst, const Image& src, Rect& r, int& x, int& y) {
-  if (r.left < 0) { x -= r.left; r.left = 0; }
-  if (r.top < 0) { y -= r.top; r.top = 0; }
+  if (r.left < 0) {
+    x -= r.left;
+    r.left = 0;
+  }
+  if (r.top < 0) {
+    y -= r.top;
+    r.top = 0;
+  }
   r.right = std::min(r.right, src.Width());
   r.bottom = std::min(r.bottom, src.Height());
-  if (x < 0) { r.left -= x; x = 0; }
-  if (y < 0) { r.top -= y; y = 0; }
+  if (x < 0) {
+    r.left -= x;
+    x = 0;
+  }
+  if (y < 0) {
+    r.top -= y;
+    y = 0;
+  }
   r.right = std::min<int32_t>(r.right, r.left + (dst.Width() - x));
   r.bottom = std::min<int32_t>(r.bottom, r.top + (dst.Height() - y));
   return r.right > r.left && r.bottom > r.top;
@@ -136,7 +155,8 @@ void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool
     for (int j = 0; j < h; ++j)
       for (int i = 0; i < w; ++i) {
         const uint32_t v = src.Pixel(r.left + i, r.top + j);
-        if (!(keyed && src.Is_Key_Pixel(v))) dst.Set_Pixel(x + i, y + j, From_Argb(dst.Format(), To_Argb(src.Format(), v)));
+        if (!(keyed && src.Is_Key_Pixel(v)))
+          dst.Set_Pixel(x + i, y + j, From_Argb(dst.Format(), To_Argb(src.Format(), v)));
       }
     return;
   }

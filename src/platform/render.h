@@ -73,7 +73,6 @@ class Image {
   uint32_t Color_Key() const { return key_; }
   bool Is_Key_Pixel(uint32_t raw) const;
 
-
  private:
   Image(int width, int height, PixelFormat format, ImageKind kind);
   int width_, height_;
@@ -151,10 +150,10 @@ enum class TransformKind : int { World = 1, View = 2, Projection = 3 };
 
 // Render states by the game's numbers, and the values it passes.
 namespace rs {
-inline constexpr uint32_t ZEnable = 7, ShadeMode = 9, ZWriteEnable = 14, AlphaTestEnable = 15,
-                          SrcBlend = 19, DestBlend = 20, CullMode = 22, ZFunc = 23, AlphaRef = 24,
-                          AlphaFunc = 25, AlphaBlendEnable = 27, SpecularEnable = 29,
-                          ColorKeyEnable = 41, Lighting = 137, Ambient = 139, NormalizeNormals = 143;
+inline constexpr uint32_t ZEnable = 7, ShadeMode = 9, ZWriteEnable = 14, AlphaTestEnable = 15, SrcBlend = 19,
+                          DestBlend = 20, CullMode = 22, ZFunc = 23, AlphaRef = 24, AlphaFunc = 25,
+                          AlphaBlendEnable = 27, SpecularEnable = 29, ColorKeyEnable = 41, Lighting = 137,
+                          Ambient = 139, NormalizeNormals = 143;
 }
 namespace blend {
 inline constexpr uint32_t Zero = 1, One = 2, SrcColor = 3, InvSrcColor = 4, SrcAlpha = 5, InvSrcAlpha = 6,
@@ -165,16 +164,15 @@ inline constexpr uint32_t None = 1, Clockwise = 2, CounterClockwise = 3;
 }
 // Comparison functions (z and alpha tests).
 namespace cmp {
-inline constexpr uint32_t Never = 1, Less = 2, Equal = 3, LessEqual = 4, Greater = 5, NotEqual = 6,
-                          GreaterEqual = 7, Always = 8;
+inline constexpr uint32_t Never = 1, Less = 2, Equal = 3, LessEqual = 4, Greater = 5, NotEqual = 6, GreaterEqual = 7,
+                          Always = 8;
 }
 // Texture stage states and their values.
 namespace tss {
-inline constexpr uint32_t ColorOp = 1, ColorArg1 = 2, ColorArg2 = 3, AlphaOp = 4, AlphaArg1 = 5,
-                          AlphaArg2 = 6, Address = 12, AddressU = 13, AddressV = 14, MagFilter = 16,
-                          MinFilter = 17;
-inline constexpr uint32_t OpDisable = 1, OpSelectArg1 = 2, OpSelectArg2 = 3, OpModulate = 4,
-                          OpModulate2x = 5, OpModulate4x = 6, OpAdd = 7;
+inline constexpr uint32_t ColorOp = 1, ColorArg1 = 2, ColorArg2 = 3, AlphaOp = 4, AlphaArg1 = 5, AlphaArg2 = 6,
+                          Address = 12, AddressU = 13, AddressV = 14, MagFilter = 16, MinFilter = 17;
+inline constexpr uint32_t OpDisable = 1, OpSelectArg1 = 2, OpSelectArg2 = 3, OpModulate = 4, OpModulate2x = 5,
+                          OpModulate4x = 6, OpAdd = 7;
 inline constexpr uint32_t ArgDiffuse = 0, ArgCurrent = 1, ArgTexture = 2;
 inline constexpr uint32_t Wrap = 1, Mirror = 2, Clamp = 3;
 inline constexpr uint32_t Point = 1, Linear = 2;

@@ -25,8 +25,7 @@ bool Headless() {
 
 bool Open_Window(const char* caption) {
   if (g_window != nullptr) return true;
-  if (!SDL_WasInit(SDL_INIT_VIDEO) && SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0)
-    return false;
+  if (!SDL_WasInit(SDL_INIT_VIDEO) && SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) return false;
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
@@ -36,7 +35,8 @@ bool Open_Window(const char* caption) {
   SDL_DisplayMode desktop{};
   int w = 640, h = 480;
   if (SDL_GetDesktopDisplayMode(0, &desktop) == 0 && desktop.w > 0 && desktop.h > 0) w = desktop.w, h = desktop.h;
-  g_window = SDL_CreateWindow(caption, 0, 0, w, h, SDL_WINDOW_OPENGL | SDL_WINDOW_FULLSCREEN_DESKTOP | SDL_WINDOW_BORDERLESS);
+  g_window =
+      SDL_CreateWindow(caption, 0, 0, w, h, SDL_WINDOW_OPENGL | SDL_WINDOW_FULLSCREEN_DESKTOP | SDL_WINDOW_BORDERLESS);
   return g_window != nullptr;
 }
 
@@ -64,8 +64,7 @@ const Letterbox& Current_Letterbox() {
     SDL_GL_GetDrawableSize(g_window, &dw, &dh);
     SDL_GetWindowSize(g_window, &ww, &wh);
   }
-  if (dw == g_seen_dw && dh == g_seen_dh && g_bb_width == g_seen_bw && g_bb_height == g_seen_bh)
-    return g_letterbox;
+  if (dw == g_seen_dw && dh == g_seen_dh && g_bb_width == g_seen_bw && g_bb_height == g_seen_bh) return g_letterbox;
   g_seen_dw = dw, g_seen_dh = dh, g_seen_bw = g_bb_width, g_seen_bh = g_bb_height;
   g_letterbox = Letterbox{};
   if (dw > 0 && dh > 0 && g_bb_width > 0 && g_bb_height > 0) {

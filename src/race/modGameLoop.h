@@ -21,7 +21,7 @@ extern Surface MiniMapSurf;       // 128 x 128, the road silhouette
 extern Surface MiniMapShipsSurf;  // 10 x 20: computer marker on top, player marker below
 extern Surface StatsBGSurf;       // 234 x 157 HUD artwork
 
-extern float CameraDistance;               // smoothed chase distance, 20 at the start
+extern float CameraDistance;                // smoothed chase distance, 20 at the start
 extern IndexedArray<i16> TransparentWalls;  // wall entries deferred to the see-through pass
 extern u8 WallsDeferred;
 extern Bool16 RaceRunning;

@@ -48,10 +48,14 @@ void Draw_Racing(const clsHumanPlayer& p) {
   Blit(StatsBGSurf, Rect{0, 0, 234, 33}, static_cast<i16>(w - 238), 0);
   Text(static_cast<i16>(w - 150), static_cast<i16>(h - 40), kLargeFont,
        Line().append(numbers::Format(p.cVelocityMag * 60.0, "000")).append(" MPH"));
-  Text(13, 20, kLargeFont, Line().append("Lap ").append(std::to_string(p.cOnLap)).append("/").append(std::to_string(kLaps)));
+  Text(13, 20, kLargeFont,
+       Line().append("Lap ").append(std::to_string(p.cOnLap)).append("/").append(std::to_string(kLaps)));
   Text(13, 53, kLargeFont,
-       Line().append("Pos ").append(std::to_string(p.cRace_Position)).append("/").append(
-           std::to_string(modMain::NumOpponents + 1)));
+       Line()
+           .append("Pos ")
+           .append(std::to_string(p.cRace_Position))
+           .append("/")
+           .append(std::to_string(modMain::NumOpponents + 1)));
   Text(static_cast<i16>(w - 225), 12, kSmallFont, Line().append("Race Time ").append(Time_Text(modMain::GameClock)));
 }
 

@@ -81,8 +81,8 @@ bool Set_Up_Race() {
   MiniMapSurf = mod3Denhance::Create_Texture("", 128, 128, mod3Denhance::kKeyNone);
   Write_Log("MiniMapSurf Made");
   mod3Denhance::Fill_Rect(MiniMapSurf, 0, 0, 128, 128, modMATH::Create_Color_RGBA(0, 0, 0, 0));
-  mod3Denhance::Create_Surface(MiniMapShipsSurf, 10, 20, Game_File("\\Gfx\\MiniMapShips.bmp"),
-                               mod3Denhance::kKeyBlack, kFalse);
+  mod3Denhance::Create_Surface(MiniMapShipsSurf, 10, 20, Game_File("\\Gfx\\MiniMapShips.bmp"), mod3Denhance::kKeyBlack,
+                               kFalse);
   Write_Log("MiniMapShipsSurf Made");
   mod3Denhance::Create_Surface(StatsBGSurf, 234, 157, Game_File("\\Gfx\\Stats1.bmp"), mod3Denhance::kKeyBlack, kFalse);
   Write_Log("StatsBGSurf Made");

@@ -42,9 +42,7 @@ i16 Target(double v) {
   return out;
 }
 
-void Set_Up_Light() {
-  mod3Denhance::Set_Scene_Light(ColorValue{1, 1, 1, 1}, Vector3{-0.2f, -0.8f, 0.2f});
-}
+void Set_Up_Light() { mod3Denhance::Set_Scene_Light(ColorValue{1, 1, 1, 1}, Vector3{-0.2f, -0.8f, 0.2f}); }
 
 bool Clicked(int i) {
   return Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY)) &&

@@ -117,8 +117,7 @@ class Parser {
     const long long bytes = static_cast<long long>(count) * static_cast<long long>(sizeof(LitVertex));
     if (bytes + 2 > in_.Left()) return Short(what + " (" + std::to_string(count) + " vertices)", bytes + 2);
     if (road && (count < 4 || count % 2 != 0))
-      return Fail(what + " has " + std::to_string(count) +
-                  " vertices (a road strip needs an even number, at least 4)");
+      return Fail(what + " has " + std::to_string(count) + " vertices (a road strip needs an even number, at least 4)");
     strip.Vertices.Resize(0, count - 1);
     in_.Take(strip.Vertices.Items().data(), static_cast<size_t>(bytes));
     in_.I16(strip.TextureIndex);

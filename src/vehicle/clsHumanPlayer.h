@@ -35,15 +35,15 @@ class clsHumanPlayer {
   Bool16 Brake = kFalse;
   Bool16 SteerLeft = kFalse;
   Bool16 SteerRight = kFalse;
-  i16 cTopSpeed = 0;       // highest displayed speed of this race, whole MPH
-  i16 cRace_Position = 0;  // 1 = leading; kept current for the player only
-  i16 cOnLap = 1;          // 1..3 while racing, 4 after the finish
+  i16 cTopSpeed = 0;                 // highest displayed speed of this race, whole MPH
+  i16 cRace_Position = 0;            // 1 = leading; kept current for the player only
+  i16 cOnLap = 1;                    // 1..3 while racing, 4 after the finish
   IndexedArray<i32> cLapTime{1, 3};  // ms per lap
   i32 cRaceTime = 0;                 // ms, set at the finish
-  i16 cCheatMinusLaps = 0;  // backward start-line crossings not yet driven again (<= 0)
-  u8 cFinishedRace = 0;     // 1 once the third lap is complete
-  i16 cCurrentlySelectedShip = 0;  // 0-based index into Ships.Dat
-  i16 cCurrentlySelectedSkin = 1;  // 1..3
+  i16 cCheatMinusLaps = 0;           // backward start-line crossings not yet driven again (<= 0)
+  u8 cFinishedRace = 0;              // 1 once the third lap is complete
+  i16 cCurrentlySelectedShip = 0;    // 0-based index into Ships.Dat
+  i16 cCurrentlySelectedSkin = 1;    // 1..3
   float PositionX = 0, PositionY = 0, PositionZ = 0;
   float cOrientation = 0;  // heading; the nose points along (-sin, 0, cos)
   // World units per 10 ms; other racers write VelocityX / VelocityZ in a car bounce.

@@ -32,7 +32,8 @@ void clsHumanPlayer::DrawThrust() {
   const Vector3& left = ShipCorners[3];
   const Vector3& right = ShipCorners[2];
   const float low = PositionY - kFlameBelow, high = PositionY + kFlameAbove;
-  const Vector3 at[4] = {{left.x, low, left.z}, {left.x, high, left.z}, {right.x, low, right.z}, {right.x, high, right.z}};
+  const Vector3 at[4] = {
+      {left.x, low, left.z}, {left.x, high, left.z}, {right.x, low, right.z}, {right.x, high, right.z}};
   for (int i = 0; i < 4; ++i) {
     ThrustVertices[i].x = at[i].x;
     ThrustVertices[i].y = at[i].y;

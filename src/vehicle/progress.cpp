@@ -22,9 +22,8 @@ void clsHumanPlayer::Track_Corner_Blocks() {
     // Forward first, so a corner that has just entered a block is tested against that
     // block's back edge, which its forward move cannot cross: nothing counts twice.
     if (const auto* block = Block_At(BlockOfCorner[j]);
-        block != nullptr &&
-        modMATH::Segment_Crosses_Plane(PrevShipCorners[j], ShipCorners[j], block->Corner[2], block->EdgeNormal[2],
-                                       hit)) {
+        block != nullptr && modMATH::Segment_Crosses_Plane(PrevShipCorners[j], ShipCorners[j], block->Corner[2],
+                                                           block->EdgeNormal[2], hit)) {
       ++BlockOfCorner[j];
       if (BlockOfCorner[j] > last_block) {
         BlockOfCorner[j] = 0;
@@ -50,9 +49,8 @@ void clsHumanPlayer::Track_Corner_Blocks() {
     }
 
     if (const auto* block = Block_At(BlockOfCorner[j]);
-        block != nullptr &&
-        modMATH::Segment_Crosses_Plane(PrevShipCorners[j], ShipCorners[j], block->Corner[0], block->EdgeNormal[3],
-                                       hit)) {
+        block != nullptr && modMATH::Segment_Crosses_Plane(PrevShipCorners[j], ShipCorners[j], block->Corner[0],
+                                                           block->EdgeNormal[3], hit)) {
       --BlockOfCorner[j];
       if (BlockOfCorner[j] < 0) {
         BlockOfCorner[j] = static_cast<i16>(last_block);

@@ -28,7 +28,7 @@ struct GridSlotPlace {
   float fz, fx;
 };
 constexpr GridSlotPlace kGrid[] = {
-    {0, 0.54f, 1.3f}, {0, 0.5f, -0.3f}, {0, 0.46f, 1.3f}, {0, 0.42f, -0.3f},
+    {0, 0.54f, 1.3f}, {0, 0.5f, -0.3f},  {0, 0.46f, 1.3f}, {0, 0.42f, -0.3f},
     {0, 0.38f, 1.3f}, {1, 0.64f, -0.3f}, {1, 0.6f, 1.3f},
 };
 
@@ -36,11 +36,21 @@ constexpr GridSlotPlace kGrid[] = {
 float Computer_Wall_Grip(i16 slot) {
   float base = 0.8f;
   switch (modMain::Difficulty) {
-    case 0: base = 0.76f; break;
-    case 1: base = 0.8f; break;
-    case 2: base = 0.84f; break;
-    case 3: base = 0.88f; break;
-    default: modMain::Difficulty = 1; break;
+    case 0:
+      base = 0.76f;
+      break;
+    case 1:
+      base = 0.8f;
+      break;
+    case 2:
+      base = 0.84f;
+      break;
+    case 3:
+      base = 0.88f;
+      break;
+    default:
+      modMain::Difficulty = 1;
+      break;
   }
   return static_cast<float>(slot) / 40.0f + base;
 }

@@ -26,9 +26,7 @@ std::vector<std::string_view> Split_Lines(std::string_view text) {
   return lines;
 }
 
-std::string Describe(int ship, const std::string& name) {
-  return "ship " + std::to_string(ship) + " (" + name + ")";
-}
+std::string Describe(int ship, const std::string& name) { return "ship " + std::to_string(ship) + " (" + name + ")"; }
 
 }  // namespace
 

@@ -161,8 +161,7 @@ void Line(Picture& p, Point a, Point b, double width, uint32_t colour, double op
   const double dx = b.x - a.x, dy = b.y - a.y, len = std::hypot(dx, dy);
   if (len <= 0) return;
   const double nx = -dy / len * width / 2, ny = dx / len * width / 2;
-  Polygon(p, {{a.x + nx, a.y + ny}, {b.x + nx, b.y + ny}, {b.x - nx, b.y - ny}, {a.x - nx, a.y - ny}}, colour,
-          opacity);
+  Polygon(p, {{a.x + nx, a.y + ny}, {b.x + nx, b.y + ny}, {b.x - nx, b.y - ny}, {a.x - nx, a.y - ny}}, colour, opacity);
 }
 
 void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, double strength) {

@@ -42,8 +42,7 @@ double Value_Noise(double fx, double fy, int wrap_x, int wrap_y, uint32_t seed);
 // Octaves of value noise at (x, y) of a width x height area, in [0, 1): octave o has
 // base_cells << o cells across, wrapping across the width, and as many square cells down
 // as fit, wrapping down only when wrap_down (otherwise the noise runs on below).
-double Fbm(double x, double y, double width, double height, int base_cells, int octaves, bool wrap_down,
-           uint32_t seed);
+double Fbm(double x, double y, double width, double height, int base_cells, int octaves, bool wrap_down, uint32_t seed);
 
 // ---- Fills ----
 // Blends colour over the pixel with coverage 0..1; outside the picture does nothing.

@@ -16,7 +16,7 @@ struct FontFace {
   const char* file_name;  // written into Gfx/
   const char* face;       // DejaVu file
   int cell_w, cell_h;
-  uint32_t top, bottom;   // glyph colour at the top and bottom of the cell (vertical gradient)
+  uint32_t top, bottom;  // glyph colour at the top and bottom of the cell (vertical gradient)
 };
 
 // Two large faces (plain and highlighted) and one small one, in the game's cool palette.

@@ -63,7 +63,7 @@ bool Write_BMP(const std::string& path, const Picture& p) {
 
 bool Write_DDS4444(const std::string& path, const Picture& p) {
   std::string b = "DDS ";
-  Put32(b, 124);                         // header size
+  Put32(b, 124);                             // header size
   Put32(b, 0x1 | 0x2 | 0x4 | 0x8 | 0x1000);  // caps, height, width, pitch, pixel format
   Put32(b, uint32_t(p.height));
   Put32(b, uint32_t(p.width));
@@ -71,9 +71,9 @@ bool Write_DDS4444(const std::string& path, const Picture& p) {
   Put32(b, 0);                      // depth
   Put32(b, 0);                      // mip-map count
   for (int i = 0; i < 11; ++i) Put32(b, 0);
-  Put32(b, 32);         // pixel format size
+  Put32(b, 32);          // pixel format size
   Put32(b, 0x40 | 0x1);  // RGB + alpha pixels
-  Put32(b, 0);          // four-character code
+  Put32(b, 0);           // four-character code
   Put32(b, 16);
   Put32(b, 0x0F00);
   Put32(b, 0x00F0);

@@ -80,8 +80,8 @@ void Hat(Track& t, long at, float gain, double decay, Noise& noise) {
 }
 
 // A tone with attack, decay to sustain and release after `steps` sixteenths.
-void Tone(Track& t, long at, int steps, int note, float gain, int harmonics, double roll, double attack,
-          double release, double vibrato) {
+void Tone(Track& t, long at, int steps, int note, float gain, int harmonics, double roll, double attack, double release,
+          double vibrato) {
   const double hz = Midi_Hz(note);
   const int held = steps * kStep;
   const int total = held + int(release * kRate);
@@ -103,15 +103,13 @@ struct Note {
 
 // Two four-bar phrases over Am, F, C, G; steps count sixteenths from the phrase start.
 const std::vector<Note> kPhraseA = {
-    {0, 3, 69},  {3, 1, 72},  {4, 2, 76},  {6, 2, 81},  {8, 4, 79},  {12, 2, 76}, {14, 2, 72},
-    {16, 3, 77}, {19, 1, 76}, {20, 2, 72}, {22, 2, 69}, {24, 6, 72}, {30, 2, 74},
-    {32, 3, 76}, {35, 1, 79}, {36, 2, 84}, {38, 2, 79}, {40, 4, 76}, {44, 2, 74}, {46, 2, 72},
-    {48, 4, 74}, {52, 2, 71}, {54, 2, 67}, {56, 6, 71}, {62, 2, 74}};
-const std::vector<Note> kPhraseB = {
-    {0, 2, 76},  {2, 2, 81},  {4, 2, 84},  {6, 2, 83},  {8, 6, 81},  {14, 2, 76},
-    {16, 2, 77}, {18, 2, 81}, {20, 2, 84}, {22, 2, 81}, {24, 4, 77}, {28, 4, 81},
-    {32, 2, 79}, {34, 2, 84}, {36, 2, 88}, {38, 2, 86}, {40, 6, 84}, {46, 2, 79},
-    {48, 3, 83}, {51, 3, 86}, {54, 2, 83}, {56, 8, 79}};
+    {0, 3, 69},  {3, 1, 72},  {4, 2, 76},  {6, 2, 81},  {8, 4, 79},  {12, 2, 76}, {14, 2, 72}, {16, 3, 77}, {19, 1, 76},
+    {20, 2, 72}, {22, 2, 69}, {24, 6, 72}, {30, 2, 74}, {32, 3, 76}, {35, 1, 79}, {36, 2, 84}, {38, 2, 79}, {40, 4, 76},
+    {44, 2, 74}, {46, 2, 72}, {48, 4, 74}, {52, 2, 71}, {54, 2, 67}, {56, 6, 71}, {62, 2, 74}};
+const std::vector<Note> kPhraseB = {{0, 2, 76},  {2, 2, 81},  {4, 2, 84},  {6, 2, 83},  {8, 6, 81},  {14, 2, 76},
+                                    {16, 2, 77}, {18, 2, 81}, {20, 2, 84}, {22, 2, 81}, {24, 4, 77}, {28, 4, 81},
+                                    {32, 2, 79}, {34, 2, 84}, {36, 2, 88}, {38, 2, 86}, {40, 6, 84}, {46, 2, 79},
+                                    {48, 3, 83}, {51, 3, 86}, {54, 2, 83}, {56, 8, 79}};
 
 // Root (bass octave) and the chord's three notes, bar by bar of the four-bar cycle.
 const int kRoots[4] = {45, 41, 48, 43};  // A2 F2 C3 G2
@@ -132,8 +130,10 @@ std::vector<int16_t> Render() {
     }
     for (int s = 0; s < kStepsPerBar; ++s) {
       const bool off_beat = s % 4 == 2;
-      if (off_beat) Hat(drums, Step_At(bar, s), 0.30f, 28.0, noise);
-      else if (section >= 2 && s % 2 == 1) Hat(drums, Step_At(bar, s), 0.14f, 60.0, noise);
+      if (off_beat)
+        Hat(drums, Step_At(bar, s), 0.30f, 28.0, noise);
+      else if (section >= 2 && s % 2 == 1)
+        Hat(drums, Step_At(bar, s), 0.14f, 60.0, noise);
     }
     if (bar == kBars - 1)  // a fill into the loop point
       for (int s = 8; s < 16; s += 1) Clap(drums, Step_At(bar, s), 0.16f + 0.025f * float(s - 8), noise);
@@ -150,9 +150,11 @@ std::vector<int16_t> Render() {
         Tone(arp, Step_At(bar, s), 1, kChords[chord][s % 3] + 12 * (1 + (s / 3) % 2), 0.05f, 6, 1.4, 0.003, 0.06, 0.0);
   }
   // The lead: phrase A twice, B twice, then A and B.
-  const std::vector<const std::vector<Note>*> phrases = {&kPhraseA, &kPhraseA, &kPhraseB, &kPhraseB, &kPhraseA, &kPhraseB};
+  const std::vector<const std::vector<Note>*> phrases = {&kPhraseA, &kPhraseA, &kPhraseB,
+                                                         &kPhraseB, &kPhraseA, &kPhraseB};
   for (size_t p = 0; p < phrases.size(); ++p)
-    for (const Note& n : *phrases[p]) Tone(lead, Step_At(8 + int(p) * 4, n.step), n.length, n.midi, 0.2f, 7, 1.3, 0.012, 0.12, 0.006);
+    for (const Note& n : *phrases[p])
+      Tone(lead, Step_At(8 + int(p) * 4, n.step), n.length, n.midi, 0.2f, 7, 1.3, 0.012, 0.12, 0.006);
 
   // A dotted-eighth echo on the lead, run twice round the loop so its tail wraps too.
   Track echo(kLength, 0.0f);
@@ -165,7 +167,8 @@ std::vector<int16_t> Render() {
 
   std::vector<double> mix(kLength);
   for (int i = 0; i < kLength; ++i)
-    mix[size_t(i)] = drums[size_t(i)] + bass[size_t(i)] + pad[size_t(i)] + lead[size_t(i)] + 0.6 * echo[size_t(i)] + arp[size_t(i)];
+    mix[size_t(i)] =
+        drums[size_t(i)] + bass[size_t(i)] + pad[size_t(i)] + lead[size_t(i)] + 0.6 * echo[size_t(i)] + arp[size_t(i)];
   // Gentle saturation, then the peak scaled to 85 % of full range.
   double peak = 1e-9;
   for (double& v : mix) {

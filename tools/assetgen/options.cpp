@@ -23,8 +23,7 @@ void Arrow(Picture& p, int x, int y, bool left, uint32_t colour) {
 }
 
 // A caption bar: fill and centred text over exactly the given rectangle.
-void Caption_Bar(Picture& p, int left, int top, int right, int bottom, const char* text, uint32_t fill,
-                 uint32_t ink) {
+void Caption_Bar(Picture& p, int left, int top, int right, int bottom, const char* text, uint32_t fill, uint32_t ink) {
   Fill(p, left, top, right, bottom, fill);
   TextStyle s = Label(11, ink);
   s.bottom = ink;

@@ -50,8 +50,10 @@ void Panel(Picture& p, int x0, int y0, int x1, int y1, double radius) {
       c = Mix(c, kHudSteel, 0.10 * (1 - Smooth(0.0, 0.35, v)));
       // Fine scan lines read as a display.
       if (y % 3 == 0) c = Scale(c, 0.9);
-      if (d > -1.5) c = kHudSteel;
-      else if (d > -3.0) c = Scale(kHudSteel, 0.45);
+      if (d > -1.5)
+        c = kHudSteel;
+      else if (d > -3.0)
+        c = Scale(kHudSteel, 0.45);
       if (y >= y1 - 4 && y < y1 - 2 && d < -3.0) c = kHudAmber;
       p.at(x, y) = Pack_Opaque(c);
     }
@@ -106,7 +108,7 @@ void Marker(Picture& p, int top, Rgb fill, Rgb rim) {
 
 Picture MiniMap_Ships() {
   Picture p(10, 20);
-  Marker(p, 0, Rgb{230, 70, 40}, Rgb{120, 24, 16});   // computer racers: red
+  Marker(p, 0, Rgb{230, 70, 40}, Rgb{120, 24, 16});    // computer racers: red
   Marker(p, 10, Rgb{255, 214, 40}, Rgb{20, 60, 160});  // the player: amber with a blue ring
   return p;
 }

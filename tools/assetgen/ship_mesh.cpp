@@ -92,7 +92,8 @@ void Add_Loft(Part& part, const std::vector<Station>& st, int sides, const UvRec
       }
       const float s = st[j].half_w > 0 ? (ring.p.x - st[j].cx) / (2 * st[j].half_w) + 0.5f : 0.5f;
       const float t = st[j].half_h > 0 ? (st[j].cy - ring.p.y) / (2 * st[j].half_h) + 0.5f : 0.5f;
-      cap.push_back(Add_Vertex(part, ring.p, cap_uv->u0 + (cap_uv->u1 - cap_uv->u0) * s, cap_uv->v0 + (cap_uv->v1 - cap_uv->v0) * t));
+      cap.push_back(Add_Vertex(part, ring.p, cap_uv->u0 + (cap_uv->u1 - cap_uv->u0) * s,
+                               cap_uv->v0 + (cap_uv->v1 - cap_uv->v0) * t));
     }
     const float dir = (j == 0) == (st[0].z > st[n - 1].z) ? 1.0f : -1.0f;
     Add_Face(part, cap, P3{0, 0, dir});

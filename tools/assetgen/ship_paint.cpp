@@ -8,7 +8,9 @@ namespace {
 
 constexpr float kTwoPi = 6.2831853f;
 
-Rgb Mix(const Rgb& a, const Rgb& b, float t) { return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t}; }
+Rgb Mix(const Rgb& a, const Rgb& b, float t) {
+  return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t};
+}
 Rgb Mul(const Rgb& a, float k) { return {a.r * k, a.g * k, a.b * k}; }
 float Frac(float x) { return x - std::floor(x); }
 float Clamp01(float x) { return std::clamp(x, 0.0f, 1.0f); }
@@ -20,12 +22,12 @@ bool Digit_Ink(int digit, float x, float y) {
   const unsigned s = kSegments[digit % 10];
   const float w = 0.2f;
   const bool top_half = y >= 0.5f;
-  return ((s & 0x01) && y > 1 - w) ||                    // a
-         ((s & 0x02) && x > 1 - w && top_half) ||        // b
-         ((s & 0x04) && x > 1 - w && !top_half) ||       // c
-         ((s & 0x08) && y < w) ||                        // d
-         ((s & 0x10) && x < w && !top_half) ||           // e
-         ((s & 0x20) && x < w && top_half) ||            // f
+  return ((s & 0x01) && y > 1 - w) ||                  // a
+         ((s & 0x02) && x > 1 - w && top_half) ||      // b
+         ((s & 0x04) && x > 1 - w && !top_half) ||     // c
+         ((s & 0x08) && y < w) ||                      // d
+         ((s & 0x10) && x < w && !top_half) ||         // e
+         ((s & 0x20) && x < w && top_half) ||          // f
          ((s & 0x40) && std::fabs(y - 0.5f) < w / 2);  // g
 }
 
@@ -56,8 +58,10 @@ Rgb Hull(const Livery& l, float s, float t) {
     case Pattern::Chevrons:
       if (d < 0.22f && t > 0.08f && t < 0.8f) {
         const float k = Frac(t * 7 + d * 9);
-        if (k < 0.3f) c = l.second;
-        else if (k < 0.36f) c = l.accent;
+        if (k < 0.3f)
+          c = l.second;
+        else if (k < 0.36f)
+          c = l.accent;
       }
       if (t < 0.06f) c = l.accent;
       break;
@@ -75,8 +79,10 @@ Rgb Hull(const Livery& l, float s, float t) {
     }
   }
   // Dark belly with a pinstripe where the paint ends.
-  if (elev < -0.45f) c = l.trim;
-  else if (elev < -0.38f) c = l.accent;
+  if (elev < -0.45f)
+    c = l.trim;
+  else if (elev < -0.38f)
+    c = l.accent;
   // Panel seams.
   if (elev > -0.45f && std::fabs(Frac(t * 4 + 0.5f) - 0.5f) < 0.012f) c = Mul(c, 0.72f);
   // Tail band with hazard dashes.
@@ -165,7 +171,9 @@ uint32_t Pack(const Rgb& c, float a = 1) {
 }
 
 bool Inside_Triangle(float px, float py, const float* a, const float* b, const float* c) {
-  const auto side = [&](const float* p, const float* q) { return (q[0] - p[0]) * (py - p[1]) - (q[1] - p[1]) * (px - p[0]); };
+  const auto side = [&](const float* p, const float* q) {
+    return (q[0] - p[0]) * (py - p[1]) - (q[1] - p[1]) * (px - p[0]);
+  };
   const float d0 = side(a, b), d1 = side(b, c), d2 = side(c, a);
   return (d0 >= 0 && d1 >= 0 && d2 >= 0) || (d0 <= 0 && d1 <= 0 && d2 <= 0);
 }
@@ -204,7 +212,9 @@ Picture Paint_Shadow(const std::vector<Part>& parts, int width, int height) {
   const int r = std::max(1, height / 32);
   const float margin_x = float(3 * r + 1) / float(width), margin_y = float(3 * r + 1) / float(height);
   const auto col = [&](float z) { return (margin_x + (1 - 2 * margin_x) * (hi.z - z) / (hi.z - lo.z)) * float(width); };
-  const auto row = [&](float x) { return (margin_y + (1 - 2 * margin_y) * (hi.x - x) / (hi.x - lo.x)) * float(height); };
+  const auto row = [&](float x) {
+    return (margin_y + (1 - 2 * margin_y) * (hi.x - x) / (hi.x - lo.x)) * float(height);
+  };
   // Union of every triangle on a finer grid, then averaged down: edges shared by two
   // triangles leave no seams.
   constexpr int kSamples = 4;
@@ -255,7 +265,8 @@ Picture Paint_Shadow(const std::vector<Part>& parts, int width, int height) {
   }
   Picture p(width, height);
   for (int y = 0; y < height; ++y)
-    for (int x = 0; x < width; ++x) p.at(x, y) = Pack(Rgb{0, 0, 0}, 0.9f * cover[size_t(y) * size_t(width) + size_t(x)]);
+    for (int x = 0; x < width; ++x)
+      p.at(x, y) = Pack(Rgb{0, 0, 0}, 0.9f * cover[size_t(y) * size_t(width) + size_t(x)]);
   return p;
 }
 

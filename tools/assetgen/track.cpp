@@ -69,14 +69,14 @@ uint32_t Lit(double nx, double ny, double nz, double floor) {
 
 Vertex Make(const Point3& p, uint32_t color, double tu, double tv) {
   return Vertex{static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z), 0, color, 0,
-                static_cast<float>(tu), static_cast<float>(tv)};
+                static_cast<float>(tu),  static_cast<float>(tv)};
 }
 
 // Road surface normal from the rung's edges and the grade toward its neighbour.
 uint32_t Road_Color(const Rung& r, const Rung& other, double sign) {
   const double ds = std::max(1e-6, std::fabs(other.s - r.s));
   const double grade = sign * (other.centre.y - r.centre.y) / ds;
-  const double ax = r.hx, ay = grade, az = r.hz;                                                     // along
+  const double ax = r.hx, ay = grade, az = r.hz;                                                 // along
   const double cx = r.right.x - r.left.x, cy = r.right.y - r.left.y, cz = r.right.z - r.left.z;  // across
   return Lit(ay * cz - az * cy, az * cx - ax * cz, ax * cy - ay * cx, 0.7);
 }
@@ -189,10 +189,9 @@ void Build_Ground(const Layout& layout, Built& out) {
     }
   }
   const double m = kGroundMargin, y = ground - 0.3;
-  const Vertex corners[4] = {planar({min_x - m, y, min_z - m}, Lit(0, 1, 0, 0)),
-                             planar({min_x - m, y, max_z + m}, Lit(0, 1, 0, 0)),
-                             planar({max_x + m, y, min_z - m}, Lit(0, 1, 0, 0)),
-                             planar({max_x + m, y, max_z + m}, Lit(0, 1, 0, 0))};
+  const Vertex corners[4] = {
+      planar({min_x - m, y, min_z - m}, Lit(0, 1, 0, 0)), planar({min_x - m, y, max_z + m}, Lit(0, 1, 0, 0)),
+      planar({max_x + m, y, min_z - m}, Lit(0, 1, 0, 0)), planar({max_x + m, y, max_z + m}, Lit(0, 1, 0, 0))};
   strip.v.push_back(strip.v.back());
   strip.v.push_back(corners[0]);
   strip.v.insert(strip.v.end(), corners, corners + 4);

@@ -37,21 +37,21 @@ Piece Curve(double turn, double radius, double bank, double end_height, double m
 // slips past the next block's edge unseen.
 std::vector<Piece> Design() {
   return {
-      Straight(880, 10),                // 0: main straight, grid on its first 300 units
-      Curve(90, 330, 5, 18),            // 1: banked right-hander, climbing
-      Straight(680, 16, 36),            // 2: crest
-      Curve(-60, 400, 0, 8),            // 3: level left kink
-      Curve(150, 300, 6, 0),            // 4: long banked right sweeper, down
-      Straight(0, 6, 34),               // 5: back straight over a big hill
-      Curve(45, 380, 0, 0),             // 6: level right
-      Straight(220, -8),                // 7: short link, dipping
-      Curve(45, 380, 3, -14),           // 8: right into the hollow
-      Straight(0, -4, -8),              // 9: return straight
-      Curve(-40, 420, 3, 2),            // 10: esses, left...
-      Curve(40, 420, 3, 4),             // 11: ...and right
-      Straight(160, 0),                 // 12
-      Curve(90, 330, 5, 0),             // 13: banked right onto the main straight
-      Straight(460, 0),                 // 14: run-up to the line, level
+      Straight(880, 10),       // 0: main straight, grid on its first 300 units
+      Curve(90, 330, 5, 18),   // 1: banked right-hander, climbing
+      Straight(680, 16, 36),   // 2: crest
+      Curve(-60, 400, 0, 8),   // 3: level left kink
+      Curve(150, 300, 6, 0),   // 4: long banked right sweeper, down
+      Straight(0, 6, 34),      // 5: back straight over a big hill
+      Curve(45, 380, 0, 0),    // 6: level right
+      Straight(220, -8),       // 7: short link, dipping
+      Curve(45, 380, 3, -14),  // 8: right into the hollow
+      Straight(0, -4, -8),     // 9: return straight
+      Curve(-40, 420, 3, 2),   // 10: esses, left...
+      Curve(40, 420, 3, 4),    // 11: ...and right
+      Straight(160, 0),        // 12
+      Curve(90, 330, 5, 0),    // 13: banked right onto the main straight
+      Straight(460, 0),        // 14: run-up to the line, level
   };
 }
 constexpr int kSolvedA = 5, kSolvedB = 9;
@@ -69,8 +69,7 @@ void Right_Of(double heading, double& nx, double& nz) {
 }
 
 Pose Advance(const Pose& p, const Piece& piece, double t) {
-  if (piece.turn == 0)
-    return Pose{p.x + std::sin(p.heading) * t, p.z + std::cos(p.heading) * t, p.heading};
+  if (piece.turn == 0) return Pose{p.x + std::sin(p.heading) * t, p.z + std::cos(p.heading) * t, p.heading};
   const double side = piece.turn > 0 ? 1.0 : -1.0;
   double nx, nz;
   Right_Of(p.heading, nx, nz);

@@ -10,10 +10,10 @@ struct Point3 {
 };
 
 struct Rung {
-  double s = 0;             // distance along the centre line from the start line
-  Point3 centre;            // centre line point (y = centre height)
-  double hx = 0, hz = 0;    // unit heading (horizontal)
-  Point3 right, left;       // road edges; right is +x when heading +z
+  double s = 0;           // distance along the centre line from the start line
+  Point3 centre;          // centre line point (y = centre height)
+  double hx = 0, hz = 0;  // unit heading (horizontal)
+  Point3 right, left;     // road edges; right is +x when heading +z
 };
 
 enum class Surface { Start, Straight, Curve };

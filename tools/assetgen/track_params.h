@@ -33,14 +33,14 @@ inline constexpr double kGroundBelow = 3.0;   // flat ground this far below the 
 inline constexpr double kGroundMargin = 3000.0;
 
 // Texture tiles in world units.
-inline constexpr double kRoadTile = 75.0;      // Road.bmp / RoadKerb.bmp, 256 px long
-inline constexpr double kGrassTile = 60.0;     // planar, in x and z
-inline constexpr double kWallTile = 10.0;      // one wall texture across 10 units of length
+inline constexpr double kRoadTile = 75.0;   // Road.bmp / RoadKerb.bmp, 256 px long
+inline constexpr double kGrassTile = 60.0;  // planar, in x and z
+inline constexpr double kWallTile = 10.0;   // one wall texture across 10 units of length
 
 // Texture table, in file order.
 enum TextureId { kTexRoadStart, kTexRoad, kTexRoadKerb, kTexGrass, kTexWallConcrete, kTexWallGlass, kTexCount };
-inline constexpr const char* kTextureNames[kTexCount] = {
-    "RoadStart.bmp", "Road.bmp", "RoadKerb.bmp", "Grass.bmp", "WallConcrete.bmp", "WallGlass.dds"};
+inline constexpr const char* kTextureNames[kTexCount] = {"RoadStart.bmp", "Road.bmp",         "RoadKerb.bmp",
+                                                         "Grass.bmp",     "WallConcrete.bmp", "WallGlass.dds"};
 
 inline constexpr const char* kTrackHeader = "Brindlex Quorval circuit: Quorval Ring";
 

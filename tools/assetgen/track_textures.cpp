@@ -64,7 +64,7 @@ void Road_Markings(Picture& p, bool kerbs) {
   const double kerb_w = kerbs ? 2.5 : 0.0;  // world units of kerb at each edge
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < 256; ++x) {
-      const double u = (x + 0.5) / kAcross;        // units from the left edge
+      const double u = (x + 0.5) / kAcross;                 // units from the left edge
       const double edge = std::min(u, 2 * kHalfWidth - u);  // units from the nearer edge
       const double along = (y % 256 + 0.5) / kAlong;
       if (edge < kerb_w) {
@@ -79,8 +79,7 @@ void Road_Markings(Picture& p, bool kerbs) {
       if (edge >= line_at && edge < line_at + 1.0) Paint(p, x, y, kEdgeLine, 0.95, 22);
       // Two amber lane dividers, dashed: 12 units painted in every 37.5.
       for (double lane_line : {2 * kHalfWidth / 3, 4 * kHalfWidth / 3})
-        if (std::fabs(u - lane_line) < 0.5 && std::fmod(along, kRoadTile / 2) < 12.0)
-          Paint(p, x, y, kAmber, 0.9, 23);
+        if (std::fabs(u - lane_line) < 0.5 && std::fmod(along, kRoadTile / 2) < 12.0) Paint(p, x, y, kAmber, 0.9, 23);
     }
 }
 
@@ -117,7 +116,7 @@ Picture Start_Picture() {
     double fz, fx;
     int block;
   };
-  const Slot slots[7] = {{0.54, 1.3, 0}, {0.5, -0.3, 0}, {0.46, 1.3, 0}, {0.42, -0.3, 0},
+  const Slot slots[7] = {{0.54, 1.3, 0}, {0.5, -0.3, 0},  {0.46, 1.3, 0}, {0.42, -0.3, 0},
                          {0.38, 1.3, 0}, {0.64, -0.3, 1}, {0.6, 1.3, 1}};
   const double left_x = kCentreX - kHalfWidth;
   for (const Slot& s : slots) {
@@ -158,10 +157,10 @@ Picture Concrete_Wall_Picture() {
       const double n = Fbm(x, y, 128, 64, 8, 51);
       const double pit = Noise(x, y, 52);
       double k = 1.0 + 0.08 * n - (pit > 0.985 ? 0.25 : 0.0);
-      if (y < 5) k += 0.12;                           // rounded cap catches the light
-      if (y == 5) k -= 0.25;                          // its shadow line
-      if (y > 50) k -= 0.22 * (y - 50) / 13.0;        // grime from the road spray
-      if (x < 2) k -= 0.35;                           // panel joint
+      if (y < 5) k += 0.12;                     // rounded cap catches the light
+      if (y == 5) k -= 0.25;                    // its shadow line
+      if (y > 50) k -= 0.22 * (y - 50) / 13.0;  // grime from the road spray
+      if (x < 2) k -= 0.35;                     // panel joint
       Rgb c = Scale(concrete, k);
       if (y >= 22 && y < 40) {
         // Amber and black chevrons, slanted toward the direction of travel.
