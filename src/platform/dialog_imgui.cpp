@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "platform/dialog.h"
+#include "platform/sdl_internal.h"
 #include "platform/testing.h"
 
 namespace platform {
@@ -38,11 +39,7 @@ void Load_Fonts(const std::string& font_file, const std::string& title_font_file
 bool Open_Dialog(const char* caption, int width, int height, const std::string& font_file,
                  const std::string& title_font_file) {
   if (g_window != nullptr) return true;
-  if (!SDL_WasInit(SDL_INIT_VIDEO) && SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) return false;
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
-  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+  if (!detail::Prepare_GL_Window()) return false;
   g_window = SDL_CreateWindow(caption, SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, width, height,
                               SDL_WINDOW_OPENGL | SDL_WINDOW_SHOWN);
   if (g_window == nullptr) return false;

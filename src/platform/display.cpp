@@ -141,13 +141,6 @@ bool Is_Software_Renderer(const std::string& renderer) {
   return false;
 }
 
-void Set_Context_Attributes() {
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
-  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
-}
-
 // The renderer of a context made the default way: from the live context when there is
 // one, otherwise from a hidden probe window. Empty when GL cannot be had at all.
 std::optional<std::string> g_default_renderer;
@@ -157,8 +150,7 @@ std::string Probe_Default_Renderer() {
   std::string renderer;
   if (Gl().context != nullptr) {
     renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-  } else if (SDL_WasInit(SDL_INIT_VIDEO) || SDL_InitSubSystem(SDL_INIT_VIDEO) == 0) {
-    Set_Context_Attributes();
+  } else if (detail::Prepare_GL_Window()) {
     SDL_Window* probe = SDL_CreateWindow("probe", 0, 0, 16, 16, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
     if (probe != nullptr) {
       SDL_GLContext context = SDL_GL_CreateContext(probe);
@@ -219,7 +211,7 @@ bool Open_Display(const std::string& device_identifier, std::string& error) {
       return false;
     }
   }
-  Set_Context_Attributes();
+  detail::Prepare_GL_Window();
   SDL_GLContext context = SDL_GL_CreateContext(detail::Window());
   if (context == nullptr) {
     error = std::string("OpenGL 3.3 could not be started: ") + SDL_GetError();

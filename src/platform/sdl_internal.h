@@ -6,6 +6,9 @@
 
 namespace platform::detail {
 SDL_Window* Window();
+// Starts SDL's video (and events) if need be and asks for the GL 3.3 core, double-buffered
+// context every window of the game uses. False when there is no video at all.
+bool Prepare_GL_Window();
 // True when SDL runs without a real display (offscreen or dummy driver, or none at all).
 bool Headless();
 

@@ -23,13 +23,20 @@ bool Headless() {
 }
 }  // namespace detail
 
-bool Open_Window(const char* caption) {
-  if (g_window != nullptr) return true;
+namespace detail {
+bool Prepare_GL_Window() {
   if (!SDL_WasInit(SDL_INIT_VIDEO) && SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) return false;
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
   SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+  return true;
+}
+}  // namespace detail
+
+bool Open_Window(const char* caption) {
+  if (g_window != nullptr) return true;
+  if (!detail::Prepare_GL_Window()) return false;
   // Made at the desktop's size from the start: without a window manager (a bare X server)
   // the full-screen request alone leaves the window at its first size.
   SDL_DisplayMode desktop{};
