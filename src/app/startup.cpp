@@ -6,6 +6,7 @@
 
 #include "audio_input/frmMain.h"
 #include "audio_input/modMouseParticles.h"
+#include "core/extras.h"
 #include "core/modMain.h"
 #include "frontend/frmSetup.h"
 #include "frontend/modIntro.h"
@@ -59,6 +60,7 @@ int Main() {
   Create_Log();
   Write_Log("Reading Quorval.ini...");
   Read_Settings();
+  extras::Load();
   Write_Log("...Done");
   if (SkipSetup != 0 || frmSetup::Show()) Init_Game();
   return 0;

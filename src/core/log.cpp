@@ -7,7 +7,7 @@
 
 namespace modMain {
 
-std::string Log_Path() { return platform::Game_Path("\\Brindlex Log File.txt"); }
+std::string Log_Path() { return platform::Player_Path("\\Brindlex Log File.txt"); }
 
 void Create_Log() {
   std::FILE* f = std::fopen(Log_Path().c_str(), "wb");

@@ -1,13 +1,10 @@
 #include "core/settings.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <vector>
 
+#include "core/files.h"
 #include "core/log.h"
 #include "core/numbers.h"
 #include "platform/platform.h"
@@ -49,7 +46,7 @@ void Compute_Scale() {
 }
 }  // namespace
 
-std::string Settings_Path() { return platform::Game_Path("\\Quorval.ini"); }
+std::string Settings_Path() { return platform::Player_Path("\\Quorval.ini"); }
 
 void Default_Settings() {
   SkipSetup = 0;
@@ -115,32 +112,8 @@ void Write_Settings() {
   line(std::to_string(KeyDown));
   line(std::to_string(KeyLeft));
   line(std::to_string(KeyRight));
-  // The new bytes go to a side file that is flushed to disk and then renamed over the
-  // old one: a crash or kill at any moment leaves either the whole old file or the
-  // whole new one, never a mix or an empty file.
-  const std::string path = Settings_Path();
-  const std::string temp = path + ".new";
-  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) return;
-  bool ok = true;
-  for (size_t done = 0; ok && done < bytes.size();) {
-    const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    ok = n > 0;
-    if (ok) done += static_cast<size_t>(n);
-  }
-  ok = ::fsync(fd) == 0 && ok;
-  ok = ::close(fd) == 0 && ok;
-  if (!ok || ::rename(temp.c_str(), path.c_str()) != 0) {
-    ::unlink(temp.c_str());
-    return;
-  }
-  // The rename itself reaches the disk with the folder's entry.
-  const int dir = ::open(std::filesystem::path(path).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (dir >= 0) {
-    ::fsync(dir);
-    ::close(dir);
-  }
+  // A crash or kill at any moment leaves either the whole old file or the whole new one.
+  Replace_File(Settings_Path(), bytes);
 }
 
 i16 Screen_X(double design) {

@@ -34,6 +34,8 @@ std::string Game_Path(const std::string& relative) {
   return App_Dir() + rel;
 }
 
+std::string Player_Path(const std::string& relative) { return Game_Path(relative); }
+
 void Message_Box(const std::string& text) {
   if (detail::Headless() ||
       SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, "Brindlex Quorval", text.c_str(), detail::Window()) != 0) {

@@ -12,6 +12,9 @@ namespace platform {
 std::string App_Dir();
 // Builds a path below the application folder from a game path such as "\Data\Ships.Dat".
 std::string Game_Path(const std::string& relative);
+// Builds the path of a file the player's runs write (settings, log, hi-scores, our own
+// settings) from a game path such as "\\Data\\Hiscores.Dat".
+std::string Player_Path(const std::string& relative);
 
 // Shows a modal message and returns when it is dismissed; with no display the text goes
 // to standard error.

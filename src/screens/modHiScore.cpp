@@ -64,7 +64,7 @@ void Take(std::string_view c) { EnteredName.append(c); }
 
 }  // namespace
 
-std::string HiScore_Path() { return platform::Game_Path("\\Data\\Hiscores.Dat"); }
+std::string HiScore_Path() { return platform::Player_Path("\\Data\\Hiscores.Dat"); }
 
 void Load_HiScores() {
   Scores = Read_HiScore_File(HiScore_Path());

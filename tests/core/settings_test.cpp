@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
 #include <sstream>
 
+#include "core/extras.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "support/test_env.h"
@@ -146,4 +148,25 @@ TEST(Numbers, RoundingParsingAndFormats) {
   EXPECT_EQ(numbers::Format(1234, "00"), "1234");
   EXPECT_EQ(numbers::Format(105, "00:00"), "01:05");
   EXPECT_EQ(numbers::Format(12345, "00:00"), "123:45");
+}
+
+TEST(Extras, AbsentFileWritesNothingBadLinesAreDroppedAndValuesRoundTrip) {
+  testenv::ScratchAppDir dir;
+  Create_Log();
+  extras::Load();
+  EXPECT_EQ(extras::Get("volume", 10, 0, 10), 10);
+  extras::Set("volume", 10);  // nothing remembered yet: written once
+  EXPECT_EQ(testenv::Read_File(extras::Path()), "volume=10\n");
+  testenv::Write_File(extras::Path(), "window=1\r\nnot a line\nvolume=99\n\nghost=0x\nghost=0\n");
+  extras::Load();
+  EXPECT_EQ(extras::Get("window", 0, 0, 1), 1) << "CR LF lines read";
+  EXPECT_EQ(extras::Get("volume", 7, 0, 10), 7) << "out of range gives the fallback";
+  EXPECT_EQ(extras::Get("ghost", 1, 0, 1), 0);
+  EXPECT_EQ(testenv::Read_Lines_CRLF(Log_Path()).back(), "Quorval.cfg: line 5 ignored");
+  extras::Set("window", 0);
+  extras::Load();
+  EXPECT_EQ(extras::Get("window", 1, 0, 1), 0);
+  EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=0\nvolume=99\nwindow=0\n") << "unknown values kept";
+  EXPECT_FALSE(std::filesystem::exists(extras::Path() + ".new"));
+  extras::Reset();
 }
