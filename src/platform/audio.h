@@ -51,6 +51,9 @@ bool Play_Stream();
 void Stop_Stream();
 bool Stream_Playing();
 void Release_Stream();
+// Scales what the stream plays from now on: 1 plays its bytes unchanged, 0 is silence.
+// Kept across streams; safe from any thread.
+void Set_Stream_Volume(float gain);
 
 // Holds the stream's lock (the one notifications run under) for the scope, so game-thread
 // code can change the music's state without a notification running meanwhile. Recursive.

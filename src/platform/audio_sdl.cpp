@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstring>
 #include <mutex>
 #include <thread>
@@ -35,6 +36,7 @@ PcmFormat g_device_format;
 uint8_t g_silence = 0;
 bool g_unpaused = false;
 Stream g_stream;
+std::atomic<float> g_gain{1.0f};
 
 bool Same(const PcmFormat& a, const PcmFormat& b) {
   return a.channels == b.channels && a.samples_per_sec == b.samples_per_sec && a.bits_per_sample == b.bits_per_sample;
@@ -62,7 +64,43 @@ bool Lock_From_Callback() {
   return true;
 }
 
+// Scales whole samples of the device's format about their silence; SDL hands the
+// callback whole sample frames, so no sample is split.
+void Apply_Gain(Uint8* out, int len, float gain) {
+  if (gain >= 1.0f) return;  // full volume plays the bytes as they are
+  if (gain <= 0.0f) {
+    std::memset(out, g_silence, size_t(len));
+    return;
+  }
+  const int64_t k = std::lround(gain * 65536.0f);
+  switch (g_device_format.bits_per_sample) {
+    case 8:
+      for (int i = 0; i < len; ++i) out[i] = Uint8(128 + (((int64_t(out[i]) - 128) * k) >> 16));
+      break;
+    case 16:
+      for (int i = 0; i + 1 < len; i += 2) {
+        int16_t s;
+        std::memcpy(&s, out + i, 2);
+        s = int16_t((s * k) >> 16);
+        std::memcpy(out + i, &s, 2);
+      }
+      break;
+    case 32:
+      for (int i = 0; i + 3 < len; i += 4) {
+        int32_t s;
+        std::memcpy(&s, out + i, 4);
+        s = int32_t((s * k) >> 16);
+        std::memcpy(out + i, &s, 4);
+      }
+      break;
+    default:
+      break;
+  }
+}
+
 void SDLCALL Mix(void* /*user*/, Uint8* out, int len) {
+  Uint8* const start = out;
+  const int whole = len;
   if (!Lock_From_Callback()) {
     std::memset(out, g_silence, size_t(len));
     return;
@@ -95,6 +133,7 @@ void SDLCALL Mix(void* /*user*/, Uint8* out, int len) {
     // The handler may rewrite, stop or recreate the stream; the loop re-reads it after.
     for (int i = 0; i < fired_count && handler != nullptr; ++i) handler(fired[i]);
   }
+  Apply_Gain(start, whole, g_gain.load());
   t_in_callback = false;
   g_mutex.unlock();
 }
@@ -241,6 +280,8 @@ void Release_Stream() {
   g_stream.note_count = 0;
   g_stream.handler = nullptr;
 }
+
+void Set_Stream_Volume(float gain) { g_gain.store(std::clamp(gain, 0.0f, 1.0f)); }
 
 StreamLock::StreamLock() : held_(true) { g_mutex.lock(); }
 StreamLock::~StreamLock() {

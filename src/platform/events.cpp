@@ -57,6 +57,7 @@ void Collect_SDL_Events() {
         out.kind = EventKind::Quit;
         break;
       default:
+        detail::Pad_Event(e);  // queues its own events
         continue;
     }
     g_queue.push_back(out);
@@ -78,15 +79,17 @@ void Pump_Messages() {
   // The screens poll held flags once a frame, so a press released within the same pump
   // would never be seen (a quick click on a slow frame). Such a release waits, with
   // everything behind it, for the next pump.
-  std::bitset<256> keys_down;
+  std::bitset<256> keys_down, pad_down;
   uint8_t buttons_down = 0;
   while (!g_queue.empty()) {
     const InputEvent e = g_queue.front();
     const uint8_t key = static_cast<uint8_t>(e.key), button = static_cast<uint8_t>(e.button);
     if (e.kind == EventKind::KeyUp && keys_down.test(key)) break;
     if (e.kind == EventKind::MouseUp && (buttons_down & button) != 0) break;
+    if (e.kind == EventKind::PadUp && pad_down.test(key)) break;
     if (e.kind == EventKind::KeyDown) keys_down.set(key);
     if (e.kind == EventKind::MouseDown) buttons_down |= button;
+    if (e.kind == EventKind::PadDown) pad_down.set(key);
     g_queue.pop_front();
     switch (e.kind) {
       case EventKind::KeyDown:
@@ -107,8 +110,20 @@ void Pump_Messages() {
       case EventKind::Quit:
         if (g_handlers.quit) g_handlers.quit();
         break;
+      case EventKind::PadDown:
+        if (g_handlers.pad_down) g_handlers.pad_down(e.key);
+        break;
+      case EventKind::PadUp:
+        if (g_handlers.pad_up) g_handlers.pad_up(e.key);
+        break;
+      case EventKind::PadPlug:
+        if (g_handlers.pad_plug) g_handlers.pad_plug(e.key != 0);
+        break;
     }
   }
+  // The stick is a position, not an event: it is read once a pump while it is held off centre.
+  float x = 0, y = 0;
+  if (g_handlers.pad_stick && detail::Pad_Stick(x, y)) g_handlers.pad_stick(x, y);
 }
 
 }  // namespace platform

@@ -43,11 +43,57 @@ struct InputHandlers {
   std::function<void(int16_t button, int16_t shift, float x, float y)> mouse_up;
   std::function<void(int16_t button, int16_t shift, float x, float y)> mouse_move;
   std::function<void()> quit;  // the window was closed or the process told to stop
+  // The gamepad: a control (PadControl) pressed or let go; a pad plugged in (true) or the
+  // one in use unplugged (false), after the release of every control it held.
+  std::function<void(int16_t control)> pad_down;
+  std::function<void(int16_t control)> pad_up;
+  std::function<void(bool connected)> pad_plug;
+  // Once a pump, after the queue, while the left stick is past its dead zone: where it
+  // points, -1..1 each way (x right, y down), measured from the edge of the dead zone.
+  std::function<void(float x, float y)> pad_stick;
 };
 void Set_Input_Handlers(const InputHandlers& handlers);
 
 // Collects the window system's events into the queue and dispatches every queued event
 // to the handlers, in order. Handlers run only here.
 void Pump_Messages();
+
+// --- gamepad -------------------------------------------------------------------
+// One gamepad at a time: the first plugged in, through SDL's game-controller mappings, so
+// every pad names its controls alike. Its controls as the pad events give them; a stick
+// direction or a trigger counts as pressed past its dead zone. The codes never change
+// (the game stores them).
+enum PadControl : int16_t {
+  kPadA = 0,
+  kPadB = 1,
+  kPadX = 2,
+  kPadY = 3,
+  kPadBack = 4,
+  kPadGuide = 5,
+  kPadStart = 6,
+  kPadLeftStickPress = 7,
+  kPadRightStickPress = 8,
+  kPadLeftShoulder = 9,
+  kPadRightShoulder = 10,
+  kPadDpadUp = 11,
+  kPadDpadDown = 12,
+  kPadDpadLeft = 13,
+  kPadDpadRight = 14,
+  kPadLeftStickLeft = 15,
+  kPadLeftStickRight = 16,
+  kPadLeftStickUp = 17,
+  kPadLeftStickDown = 18,
+  kPadRightStickLeft = 19,
+  kPadRightStickRight = 20,
+  kPadRightStickUp = 21,
+  kPadRightStickDown = 22,
+  kPadLeftTrigger = 23,
+  kPadRightTrigger = 24,
+  kPadControlCount = 25
+};
+bool Pad_Connected();
+// The pad's product name as its mapping gives it (empty without a pad); valid until the
+// next pump.
+const std::string& Pad_Name();
 
 }  // namespace platform

@@ -29,4 +29,12 @@ void Window_To_Backbuffer(float wx, float wy, float& bx, float& by);
 int16_t Virtual_Key(int32_t sdl_keycode);
 // The modifier bits of an SDL modifier state: 1 Shift, 2 Ctrl, 4 Alt.
 int16_t Shift_Bits(uint16_t sdl_mod);
+
+// The gamepad service: started with the game window, stopped when it closes. Pad_Event
+// turns a controller event into queued pad events (false: not a controller event);
+// Pad_Stick gives the left stick past its dead zone (false while inside it or no pad).
+void Start_Gamepads();
+void Stop_Gamepads();
+bool Pad_Event(const SDL_Event& e);
+bool Pad_Stick(float& x, float& y);
 }  // namespace platform::detail

@@ -17,10 +17,10 @@ bool Manual_Clock();
 void Advance_Manual_Clock(int32_t ms);
 void Set_Manual_Clock(int32_t ms);
 
-enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit };
+enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit, PadDown, PadUp, PadPlug };
 struct InputEvent {
   EventKind kind = EventKind::KeyDown;
-  int16_t key = 0;     // key events
+  int16_t key = 0;     // key events; the control of pad events; 1 plugged in, 0 out
   int16_t button = 0;  // mouse events: 1 left, 2 right, 4 middle
   int16_t shift = 0;   // 1 Shift, 2 Ctrl, 4 Alt, as held when the event happened
   float x = 0, y = 0;  // mouse events, back-buffer pixels
@@ -30,6 +30,17 @@ void Post_Event(const InputEvent& e);
 // Called at the start of every Pump_Messages with the number of pumps since the hook was
 // set (0 on the first); a script posts its events and advances the manual clock from here.
 void Set_Pump_Hook(std::function<void(uint64_t pump)> hook);
+
+// --- a virtual gamepad -----------------------------------------------------------
+// Plugs in SDL's virtual joystick as a game controller with every standard control, as if
+// a pad named `name` had been plugged in (the next pump sees it arrive). False when SDL
+// cannot make one. One at a time.
+bool Attach_Virtual_Pad(const std::string& name);
+// Unplugs it (the next pump sees it go).
+void Detach_Virtual_Pad();
+// Moves one control of the virtual pad: a button is held while amount >= 0.5; a stick
+// direction pushes its axis that way by amount (0 centres it); a trigger is pulled by amount.
+void Set_Virtual_Pad(int16_t control, float amount);
 
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {

@@ -44,10 +44,12 @@ bool Open_Window(const char* caption) {
   if (SDL_GetDesktopDisplayMode(0, &desktop) == 0 && desktop.w > 0 && desktop.h > 0) w = desktop.w, h = desktop.h;
   g_window =
       SDL_CreateWindow(caption, 0, 0, w, h, SDL_WINDOW_OPENGL | SDL_WINDOW_FULLSCREEN_DESKTOP | SDL_WINDOW_BORDERLESS);
+  if (g_window != nullptr) detail::Start_Gamepads();
   return g_window != nullptr;
 }
 
 void Close_Window() {
+  detail::Stop_Gamepads();
   if (g_window != nullptr) SDL_DestroyWindow(g_window);
   g_window = nullptr;
 }

@@ -1,9 +1,11 @@
 // The platform layer's own rules that the game relies on: the key table, Shift carried by
-// each event, the pump hook's count, and pointer positions inside the back buffer.
+// each event, the pump hook's count, pointer positions inside the back buffer, and the
+// gamepad's events.
 #include "platform/platform.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -121,6 +123,67 @@ TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
   platform::detail::Set_Backbuffer_Size(ww / 2, wh / 2);
   EXPECT_EQ(platform::detail::Current_Letterbox().width, ww);
   platform::detail::Set_Backbuffer_Size(0, 0);
+  platform::Close_Window();
+}
+
+TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
+  ASSERT_TRUE(platform::Open_Window("pad"));
+  std::vector<std::string> seen;
+  float stick_x = 0, stick_y = 0;
+  platform::InputHandlers h;
+  h.pad_down = [&](int16_t c) { seen.push_back("down " + std::to_string(c)); };
+  h.pad_up = [&](int16_t c) { seen.push_back("up " + std::to_string(c)); };
+  h.pad_plug = [&](bool in) { seen.push_back(in ? "plug" : "unplug"); };
+  h.pad_stick = [&](float x, float y) { stick_x = x, stick_y = y; };
+  platform::Set_Input_Handlers(h);
+  const auto step = [&] {
+    seen.clear();
+    platform::Pump_Messages();
+    return seen;
+  };
+  using V = std::vector<std::string>;
+  EXPECT_FALSE(platform::Pad_Connected());
+  ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
+  EXPECT_EQ(step(), V{"plug"});
+  EXPECT_TRUE(platform::Pad_Connected());
+  EXPECT_EQ(platform::Pad_Name(), "Test Pad");
+
+  platform::Set_Virtual_Pad(platform::kPadX, 1);
+  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.2f);  // inside the trigger's dead zone
+  EXPECT_EQ(step(), V{"down 2"});
+  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.4f);
+  EXPECT_EQ(step(), V{"down 24"});
+  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.25f);  // eased off, but not let go
+  EXPECT_EQ(step(), V{}) << "a trigger lets go lower than it presses";
+  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.1f);
+  EXPECT_EQ(step(), V{"up 24"});
+
+  // The stick: a press past half way, and the pointer's reading from the dead zone's edge.
+  platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0.2f);
+  EXPECT_EQ(step(), V{});
+  EXPECT_EQ(stick_y, 0.0f) << "inside the pointer's dead zone";
+  platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 1);
+  platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0);
+  EXPECT_EQ(step(), V{"down 15"});
+  EXPECT_NEAR(stick_x, -1.0f, 1e-3);
+  EXPECT_NEAR(stick_y, 0.0f, 1e-3);
+  platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 0.625f);
+  step();
+  EXPECT_NEAR(stick_x, -0.5f, 1e-3) << "(0.625 - 0.25) / 0.75";
+
+  platform::Detach_Virtual_Pad();
+  V gone = step();
+  ASSERT_EQ(gone.size(), 3u);
+  EXPECT_EQ(gone.back(), "unplug") << "after letting go of what it held";
+  std::sort(gone.begin(), gone.end() - 1);
+  EXPECT_EQ(gone, (V{"up 15", "up 2", "unplug"}));
+  EXPECT_FALSE(platform::Pad_Connected());
+  EXPECT_EQ(platform::Pad_Name(), "");
+  ASSERT_TRUE(platform::Attach_Virtual_Pad("Second Pad"));
+  EXPECT_EQ(step(), V{"plug"});
+  EXPECT_EQ(platform::Pad_Name(), "Second Pad");
+  platform::Detach_Virtual_Pad();
+  platform::Set_Input_Handlers({});
   platform::Close_Window();
 }
 
