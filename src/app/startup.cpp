@@ -61,6 +61,7 @@ int Main() {
   Write_Log("Reading Quorval.ini...");
   Read_Settings();
   extras::Load();
+  frmMain::Read_Pad_And_Volume();
   Write_Log("...Done");
   if (SkipSetup != 0 || frmSetup::Show()) Init_Game();
   return 0;

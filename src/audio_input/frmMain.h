@@ -1,12 +1,14 @@
 #pragma once
 // The main window: its key and mouse handlers, the input state the screens poll, and the
 // music stream it owns. Handlers run only while a loop pumps messages (between frames).
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "audio_input/wave.h"
 #include "core/types.h"
+#include "platform/platform.h"
 
 namespace frmMain {
 
@@ -36,6 +38,39 @@ void Form_MouseMove(i16 button, i16 shift, float x, float y);
 
 // Clears every input flag (a fresh run or a test).
 void Reset_Input();
+
+// --- the gamepad -------------------------------------------------------------------
+// Any pad: Start is Escape; A is Enter in a race and the left button elsewhere; the left
+// stick moves the pointer of the menu screens. While ControlDevice is 1 the bound pad
+// controls drive Players(0) first (a stick binding takes the D-pad's same direction too),
+// and a bound control never doubles as Start or A.
+extern Bool16 PadState[platform::kPadControlCount];  // held pad controls, as KeyState
+extern i16 PadPressed;  // the last control pressed, -1 for none; the options' binding takes it
+// The pad controls of thrust, brake, left and right.
+inline constexpr std::array<i16, 4> kDefaultPadBinding = {platform::kPadRightTrigger, platform::kPadLeftTrigger,
+                                                          platform::kPadLeftStickLeft, platform::kPadLeftStickRight};
+extern std::array<i16, 4> PadBinding;
+void Form_PadDown(i16 control);
+void Form_PadUp(i16 control);
+// The left stick (x, y in -1..1) moves the pointer over the last frame's time, outside races.
+void Form_PadStick(float x, float y);
+// A pad unplugged pauses the race.
+void Form_PadPlug(bool connected);
+
+// A pause asked for by something other than Escape: the race pauses as Escape pauses it,
+// at the first frame it may, and clears this; a race starts with it clear.
+extern Bool16 PauseRequested;
+void Request_Race_Pause();
+
+// --- the music volume ----------------------------------------------------------------
+extern u8 MusicVolume;  // 0 off, 1..10; 10 plays the music as recorded
+// Sets MusicVolume (at most 10) and applies it to the music at once.
+void Set_Music_Volume(u8 steps);
+
+// The pad bindings and the music volume remembered in Quorval.cfg (defaults when absent).
+void Read_Pad_And_Volume();
+// Remembers them; a value never changed from its default is not written.
+void Store_Pad_And_Volume();
 
 // The looping music stream. Its state below is written by these procedures and by the
 // refill, which runs on the sound system's thread; read it only with the stream locked

@@ -18,6 +18,7 @@ using modMain::Screen_Y;
 Bool16 OptionsRunning = kFalse;
 u8 CaptureSlot = 0;
 std::array<Rect, 9> OptionButtons;
+std::array<Rect, 3> AddedButtons;
 
 namespace {
 using mod3Denhance::BackBuffer;
@@ -50,9 +51,27 @@ struct Control {
 const std::array<Control, 4> kControls = {Control{&modMain::KeyUp, 38, 279}, Control{&modMain::KeyDown, 40, 303},
                                           Control{&modMain::KeyLeft, 37, 327}, Control{&modMain::KeyRight, 39, 351}};
 
+// The added areas, where the picture has room for them (design units).
+constexpr int kAddedAreas[3][4] = {{171, 251, 460, 271}, {223, 182, 243, 204}, {303, 182, 323, 204}};
+enum { kDeviceArea, kVolumeDownArea, kVolumeUpArea };
+constexpr Overlay kVolumeDownLit{0, 0, 10, 12, 228, 187}, kVolumeUpLit{10, 0, 20, 12, 308, 187},
+    kDeviceLit{10, 0, 20, 12, 444, 255};
+// The volume wedge: ten bars rising left to right, lit up to the volume.
+constexpr int kVolumeBarLeft = 244, kVolumeBarPitch = 6, kVolumeBarWidth = 4, kVolumeBarBottom = 200;
+constexpr u32 kVolumeLit = 0x38D8F0;
+constexpr size_t kDeviceTextCells = 24;  // of font 2 between 171 and the row's arrow
+std::string g_device_text;
+
+bool Pad_Chosen() { return modMain::ControlDevice == 1; }
+
 bool Mouse_Over(int area) {
   return Is_Set(
       mod3Denhance::Point_In_Rect(OptionButtons[static_cast<size_t>(area)], frmMain::MouseX, frmMain::MouseY));
+}
+
+bool Mouse_Over_Added(int area) {
+  return Is_Set(
+      mod3Denhance::Point_In_Rect(AddedButtons[static_cast<size_t>(area)], frmMain::MouseX, frmMain::MouseY));
 }
 
 void Draw_Overlay(const Overlay& o) {
@@ -66,12 +85,14 @@ void Set_Defaults() {
   modMain::Difficulty = 1;
   modMain::ControlDevice = 0;
   for (const Control& c : kControls) *c.key = c.default_key;
+  frmMain::PadBinding = frmMain::kDefaultPadBinding;
 }
 
 void Store_And_Leave() {
   modMain::Write_Settings();
   platform::Pump_Messages();
   modMain::Read_Settings();
+  frmMain::Store_Pad_And_Volume();
   OptionsRunning = kFalse;
   frmMain::MouseLeftDown = kFalse;
   modMain::GameState = modMain::kStateMainMenu;
@@ -97,12 +118,64 @@ void Act(int area) {
     default:
       frmMain::MouseLeftDown = kFalse;
       CaptureSlot = static_cast<u8>(area - 4);
+      frmMain::PadPressed = -1;  // only a press after the click binds
       break;
   }
+}
+
+void Act_Added(int area) {
+  switch (area) {
+    case kDeviceArea:
+      modMain::ControlDevice = modMain::ControlDevice == 0 ? 1 : 0;
+      break;
+    case kVolumeDownArea:
+      if (frmMain::MusicVolume > 0) frmMain::Set_Music_Volume(static_cast<u8>(frmMain::MusicVolume - 1));
+      break;
+    default:
+      frmMain::Set_Music_Volume(static_cast<u8>(frmMain::MusicVolume + 1));
+      break;
+  }
+}
+
+void Capture_Pad() {
+  const i16 control = frmMain::PadPressed;
+  if (control >= 0) {
+    frmMain::PadPressed = -1;
+    if (modDInput::Get_Pad_Control_Name(control) != kInvalid && CaptureSlot >= 1 && CaptureSlot <= 4)
+      frmMain::PadBinding[CaptureSlot - 1u] = control;
+    CaptureSlot = 0;
+    return;
+  }
+  // The keyboard's unnamed keys (Escape) still cancel; its named keys wait for the pad.
+  for (int code = 0; code < frmMain::kKeyStateCount; ++code)
+    if (Is_Set(frmMain::KeyState[code]) && modDInput::Get_Key_Name(static_cast<i16>(code)) == kInvalid) {
+      CaptureSlot = 0;
+      return;
+    }
+}
+
+const std::string& Device_Text() {
+  static const std::string kKeyboard = "Keyboard", kNoPad = "no gamepad connected", kOther;
+  if (modMain::ControlDevice == 0) return kKeyboard;
+  if (!Pad_Chosen()) return kOther;  // a value the game does not offer shows nothing
+  if (!platform::Pad_Connected()) return kNoPad;
+  g_device_text.assign(platform::Pad_Name(), 0, kDeviceTextCells);
+  return g_device_text;
+}
+
+void Draw_Volume() {
+  for (int i = 0; i < frmMain::MusicVolume; ++i) {
+    const int left = kVolumeBarLeft + kVolumeBarPitch * i;
+    mod3Denhance::Fill_Rect(BackBuffer, Screen_X(left), Screen_Y(kVolumeBarBottom - 4 - i),
+                            Screen_X(left + kVolumeBarWidth), Screen_Y(kVolumeBarBottom), kVolumeLit);
+  }
+  if (Mouse_Over_Added(kVolumeDownArea)) Draw_Overlay(kVolumeDownLit);
+  if (Mouse_Over_Added(kVolumeUpArea)) Draw_Overlay(kVolumeUpLit);
 }
 }  // namespace
 
 void Capture_Key() {
+  if (Pad_Chosen()) return Capture_Pad();
   for (int code = 0; code < frmMain::kKeyStateCount; ++code) {
     if (!Is_Set(frmMain::KeyState[code])) continue;
     const std::string name = modDInput::Get_Key_Name(static_cast<i16>(code));
@@ -129,15 +202,28 @@ void Draw_Options_Screen() {
   if (modMain::SkipSetup == 0) Draw_Overlay(kTick);
   if (Mouse_Over(3)) Draw_Overlay(kLeaveLit);
   if (Mouse_Over(4)) Draw_Overlay(kDefaultsLit);
-  modText::Draw_Text(Screen_X(171), Screen_Y(254), 2, modMain::ControlDevice == 0 ? "Keyboard" : "");
+  Draw_Volume();
+  if (Mouse_Over_Added(kDeviceArea)) Draw_Overlay(kDeviceLit);
+  modText::Draw_Text(Screen_X(171), Screen_Y(254), 2, Device_Text());
   for (size_t i = 0; i < kControls.size(); ++i) {
     const Control& c = kControls[i];
-    std::string text = modDInput::Get_Key_Name(*c.key);
-    // A key with no name (from a hand-edited settings file) falls back to the default,
-    // which is stored when the screen is left.
-    if (text == kInvalid) {
-      *c.key = c.default_key;
-      text = modDInput::Get_Key_Name(c.default_key);
+    std::string text;
+    if (Pad_Chosen()) {
+      i16& binding = frmMain::PadBinding[i];
+      text = modDInput::Get_Pad_Control_Name(binding);
+      // As for keys: a control with no name (from a hand-edited file) becomes the default.
+      if (text == kInvalid) {
+        binding = frmMain::kDefaultPadBinding[i];
+        text = modDInput::Get_Pad_Control_Name(binding);
+      }
+    } else {
+      text = modDInput::Get_Key_Name(*c.key);
+      // A key with no name (from a hand-edited settings file) falls back to the default,
+      // which is stored when the screen is left.
+      if (text == kInvalid) {
+        *c.key = c.default_key;
+        text = modDInput::Get_Key_Name(c.default_key);
+      }
     }
     if (CaptureSlot == i + 1) text = "-----";
     modText::Draw_Text(Screen_X(295), Screen_Y(c.row_y), 2, text);
@@ -155,6 +241,12 @@ void Options_Screen_Loop() {
         if (Mouse_Over(i) && Is_Set(frmMain::MouseLeftDown)) {
           Act(i);
           frmMain::MouseLeftDown = kFalse;  // one click acts once
+        }
+      }
+      for (int i = 0; i < static_cast<int>(AddedButtons.size()); ++i) {
+        if (Mouse_Over_Added(i) && Is_Set(frmMain::MouseLeftDown)) {
+          Act_Added(i);
+          frmMain::MouseLeftDown = kFalse;
         }
       }
     } else {
@@ -179,6 +271,11 @@ void Init_Options_Screen() {
     const int* a = kAreas[i];
     OptionButtons[i] = mod3Denhance::Make_Rect(Screen_X(a[0]), Screen_Y(a[1]), Screen_X(a[2]), Screen_Y(a[3]));
   }
+  for (size_t i = 0; i < AddedButtons.size(); ++i) {
+    const int* a = kAddedAreas[i];
+    AddedButtons[i] = mod3Denhance::Make_Rect(Screen_X(a[0]), Screen_Y(a[1]), Screen_X(a[2]), Screen_Y(a[3]));
+  }
+  g_device_text.reserve(kDeviceTextCells);
   CaptureSlot = 0;
   OptionsRunning = kTrue;
   modMain::Reset_Game_Clock();

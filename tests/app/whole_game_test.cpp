@@ -14,6 +14,7 @@
 
 #include "app/startup.h"
 #include "audio_input/frmMain.h"
+#include "core/extras.h"
 #include "core/modMain.h"
 #include "frontend/modIntro.h"
 #include "frontend/modMainScr.h"
@@ -246,6 +247,7 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
   // Thrust rebound to W, difficulty one up, the name kept.
   EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()),
             "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n87\r\n40\r\n37\r\n39\r\n");
+  EXPECT_FALSE(std::filesystem::exists(extras::Path())) << "nothing of the additions changed: no Quorval.cfg";
 
   std::vector<std::string> expected = {"Program Started", " ", "Reading Quorval.ini...", "...Done"};
   for (const auto& l : Start_Up_Lines("<none>")) expected.push_back(l);

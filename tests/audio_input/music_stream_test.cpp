@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <thread>
 
@@ -166,4 +167,24 @@ TEST_F(MusicStream, TheGamePlaysItsGeneratedMusicAndLogsTheSameWithoutSound) {
   setenv("SDL_AUDIODRIVER", "no-such-driver", 1);
   EXPECT_EQ(run(playing), with_sound);
   EXPECT_FALSE(playing);
+}
+
+TEST_F(MusicStream, TheVolumeScalesEverySampleTheDevicePlays) {
+  // 16-bit samples, the first loud in both bytes so the device's leading silence ends there.
+  wavetest::WaveLayout layout;
+  layout.rate = 8000;
+  std::vector<int16_t> samples(16000);
+  for (size_t i = 0; i < samples.size(); ++i) samples[i] = i == 0 ? 0x7F7F : int16_t(int(i * 977 % 60000) - 30000);
+  layout.data.assign(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
+  frmMain::Set_Music_Volume(5);  // a quarter of the amplitude
+  const std::string played = Capture(wavetest::Make_Wave(layout), 4000);
+  frmMain::Set_Music_Volume(10);
+  ASSERT_EQ(played.size(), 4000u);
+  int off = 0;
+  for (size_t i = 0; i < played.size() / 2; ++i) {
+    int16_t s = 0;
+    std::memcpy(&s, played.data() + 2 * i, 2);
+    off += std::abs(s - samples[i] / 4.0) > 1.0;
+  }
+  EXPECT_EQ(off, 0) << "samples not played at a quarter of their amplitude";
 }

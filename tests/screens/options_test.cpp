@@ -1,6 +1,9 @@
-// The options screen's real loop: key capture, difficulty, tick, defaults and the settings it stores.
+// The options screen's real loop: key capture, difficulty, tick, defaults, the gamepad and
+// music volume rows, and the settings it stores.
 #include <map>
 
+#include "core/extras.h"
+#include "platform/testing.h"
 #include "screens/modOptions.h"
 #include "support/screen_fixture.h"
 
@@ -16,8 +19,9 @@ class Options : public ScreenTest {
  protected:
   // Frame -> step. A click lasts one frame, then the pointer leaves so the rows are not under the fountain.
   std::map<int, std::function<void()>> steps;
-  void Click(int frame, int area) {
-    steps[frame] = [area] { Move(kArea[area][0], kArea[area][1]), Press(); };
+  void Click(int frame, int area) { Click_At(frame, kArea[area][0], kArea[area][1]); }
+  void Click_At(int frame, float x, float y) {
+    steps[frame] = [x, y] { Move(x, y), Press(); };
     steps[frame + 1] = [] { Release(), Move(620, 20); };
   }
   void Run() {
@@ -130,4 +134,58 @@ TEST_F(Options, AnUnnamedKeyFromTheFileShowsAsItsDefaultAndIsStoredSo) {
   EXPECT_TRUE(shown);
   EXPECT_EQ(Saved_Lines()[12], "39");
   EXPECT_EQ(Saved_Lines()[6], "2");
+}
+
+TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesideTheSettings) {
+  using platform::Set_Virtual_Pad;
+  ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
+  bool keyboard = false, arrived = false, pad_named = false, trigger = false, x_bound = false, cancelled = false;
+  bool no_pad = false;
+  steps[2] = [&] { keyboard = Shows_Text(171, 254, 2, "Keyboard"); };
+  for (int f : {3, 5, 7}) Click_At(f, 233, 193);  // the volume's left arrow
+  // The stick carries the pointer from the top right corner onto the device row; A clicks there.
+  steps[10] = [] { Set_Virtual_Pad(platform::kPadLeftStickLeft, 1), Set_Virtual_Pad(platform::kPadLeftStickDown, 1); };
+  for (int f = 11; f < 60; ++f)
+    steps[f] = [&] {
+      if (arrived || frmMain::MouseY < 256) return;
+      Set_Virtual_Pad(platform::kPadLeftStickLeft, 0), Set_Virtual_Pad(platform::kPadLeftStickDown, 0);
+      Set_Virtual_Pad(platform::kPadA, 1);
+      arrived = true;
+    };
+  steps[60] = [] { Set_Virtual_Pad(platform::kPadA, 0), Move(620, 20); };
+  // Looked at once the particles left on the way have died.
+  steps[125] = [&] {
+    Screenshot("options_pad");
+    pad_named = modMain::ControlDevice == 1 && Shows_Text(171, 254, 2, "Test Pad");
+    trigger = Shows_Text(295, 279, 2, "Right Trigger");
+    // Bars 1 to 7 of the volume wedge lit, the eighth not.
+    EXPECT_EQ(frmMain::MusicVolume, 7);
+    EXPECT_EQ(At(244 + 6 * 6 + 1, 198), 0x38D8F0u);
+    EXPECT_NE(At(244 + 6 * 7 + 1, 198), 0x38D8F0u);
+  };
+  Click(126, kRowUp);
+  steps[129] = [] { Set_Virtual_Pad(platform::kPadX, 1); };
+  steps[130] = [] { Set_Virtual_Pad(platform::kPadX, 0); };
+  steps[131] = [&] { x_bound = frmMain::PadBinding[0] == platform::kPadX && Shows_Text(295, 279, 2, "X"); };
+  Click(132, kRowDown);
+  steps[135] = [] { Set_Virtual_Pad(platform::kPadStart, 1); };  // Start cancels
+  steps[136] = [&] {
+    Set_Virtual_Pad(platform::kPadStart, 0);
+    cancelled = CaptureSlot == 0 && frmMain::PadBinding[1] == platform::kPadLeftTrigger;
+  };
+  steps[137] = [] { platform::Detach_Virtual_Pad(); };
+  steps[139] = [&] { no_pad = Shows_Text(171, 254, 2, "no gamepad connected"); };
+  Click(140, kStore);
+  Run();
+  EXPECT_TRUE(keyboard);
+  EXPECT_TRUE(arrived) << "the stick moved the pointer";
+  EXPECT_TRUE(pad_named) << "A clicked the device row: the pad's name";
+  EXPECT_TRUE(trigger) << "the default thrust";
+  EXPECT_TRUE(x_bound);
+  EXPECT_TRUE(cancelled);
+  EXPECT_TRUE(no_pad);
+  EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "", "1", "38",
+                                                     "40", "37", "39"}))
+      << "ControlDevice 1, the keys kept";
+  EXPECT_EQ(testenv::Read_File(extras::Path()), "pad_thrust=2\nvolume=7\n");
 }

@@ -63,10 +63,20 @@ Picture Background() {
   Text(p, 171, 157, "SHOW SETUP AT START", Label());
   Fill(p, 448, 155, 463, 169, kSlot);
   Frame(p, 447, 154, 464, 170, kSteelLight);
-  Line(p, {171, 185}, {460, 185}, 1, kSteel);
-  // Control device: heading above the line where the screen prints the device.
-  Text(p, 171, 226, "CONTROL DEVICE", Label(11, kAmber));
-  Fill(p, 168, 251, 300, 271, kSlot);
+  Line(p, {171, 177}, {460, 177}, 1, kSteel);
+  // Music volume: arrows either side of a wedge of ten bars the screen lights up to the
+  // volume. The right half of the row is kept free for a further switch.
+  Text(p, 171, 189, "MUSIC", Label());
+  Arrow(p, 228, 187, true, kSteelLight);
+  Arrow(p, 308, 187, false, kSteelLight);
+  for (int i = 0; i < 10; ++i) Fill(p, 244 + 6 * i, 196 - i, 248 + 6 * i, 200, kSteel);
+  Line(p, {171, 209}, {460, 209}, 1, kSteel);
+  // Control device: heading above the slot where the screen prints the device; clicking
+  // the slot switches keyboard and gamepad, as its arrow says.
+  Text(p, 171, 232, "CONTROL DEVICE", Label(11, kAmber));
+  Fill(p, 168, 251, 460, 271, kSlot);
+  Frame(p, 167, 250, 461, 272, kSteel);
+  Arrow(p, 444, 255, false, kSteelLight);
   // The four controls: label on the left, the key name is printed at x 295.
   for (int i = 0; i < 4; ++i) {
     Text(p, 171, kRowY[i] + 2, kControlLabels[i], Label());
@@ -75,7 +85,7 @@ Picture Background() {
   }
   TextStyle hint = Label(10, kSteelLight);
   hint.bottom = kSteelLight;
-  Text(p, 171, 199, "CLICK A CONTROL, THEN PRESS ITS NEW KEY", hint);
+  Text(p, 171, 217, "CLICK A ROW, THEN PRESS ITS NEW CONTROL", hint);
   // The two buttons, their plain captions where the lit ones are overlaid.
   Panel(p, 157, 396, 300, 447, kOrange);
   Caption_Bar(p, 171, 415, 286, 429, "DEFAULTS", kSteel, kIce);
