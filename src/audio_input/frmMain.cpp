@@ -75,9 +75,7 @@ bool Pad_Matches(i16 binding, i16 control) {
   }
 }
 
-bool Pad_Held(i16 control) {
-  return control >= 0 && control < platform::kPadControlCount && Is_Set(PadState[control]);
-}
+bool Pad_Held(i16 control) { return control >= 0 && control < platform::kPadControlCount && Is_Set(PadState[control]); }
 
 // The driving flag of a bound control: held while any control answering the binding is.
 bool Drive_With_Pad(i16 control) {
@@ -201,8 +199,8 @@ void Set_Music_Volume(u8 steps) {
 
 void Read_Pad_And_Volume() {
   for (size_t i = 0; i < PadBinding.size(); ++i)
-    PadBinding[i] = static_cast<i16>(
-        extras::Get(kPadNames[i], kDefaultPadBinding[i], 0, platform::kPadControlCount - 1));
+    PadBinding[i] =
+        static_cast<i16>(extras::Get(kPadNames[i], kDefaultPadBinding[i], 0, platform::kPadControlCount - 1));
   Set_Music_Volume(static_cast<u8>(extras::Get(kVolumeName, kFullVolume, 0, kFullVolume)));
 }
 

@@ -32,11 +32,31 @@ std::string Get_Key_Name(i16 code) {
 
 std::string Get_Pad_Control_Name(i16 code) {
   // Indexed by platform::PadControl; Start is left out so the pad can always pause.
-  static constexpr std::array<const char*, platform::kPadControlCount> kNames = {
-      "A",           "B",           "X",             "Y",            "Back",         "Guide",         "<invalid>",
-      "L Stick Press", "R Stick Press", "Left Bumper",  "Right Bumper", "D-Pad Up",     "D-Pad Down",    "D-Pad Left",
-      "D-Pad Right", "L Stick Left", "L Stick Right", "L Stick Up",   "L Stick Down", "R Stick Left",  "R Stick Right",
-      "R Stick Up",  "R Stick Down", "Left Trigger",  "Right Trigger"};
+  static constexpr std::array<const char*, platform::kPadControlCount> kNames = {"A",
+                                                                                 "B",
+                                                                                 "X",
+                                                                                 "Y",
+                                                                                 "Back",
+                                                                                 "Guide",
+                                                                                 "<invalid>",
+                                                                                 "L Stick Press",
+                                                                                 "R Stick Press",
+                                                                                 "Left Bumper",
+                                                                                 "Right Bumper",
+                                                                                 "D-Pad Up",
+                                                                                 "D-Pad Down",
+                                                                                 "D-Pad Left",
+                                                                                 "D-Pad Right",
+                                                                                 "L Stick Left",
+                                                                                 "L Stick Right",
+                                                                                 "L Stick Up",
+                                                                                 "L Stick Down",
+                                                                                 "R Stick Left",
+                                                                                 "R Stick Right",
+                                                                                 "R Stick Up",
+                                                                                 "R Stick Down",
+                                                                                 "Left Trigger",
+                                                                                 "Right Trigger"};
   if (code < 0 || code >= platform::kPadControlCount) return "<invalid>";
   return kNames[static_cast<size_t>(code)];
 }

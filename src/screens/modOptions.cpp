@@ -70,8 +70,7 @@ bool Mouse_Over(int area) {
 }
 
 bool Mouse_Over_Added(int area) {
-  return Is_Set(
-      mod3Denhance::Point_In_Rect(AddedButtons[static_cast<size_t>(area)], frmMain::MouseX, frmMain::MouseY));
+  return Is_Set(mod3Denhance::Point_In_Rect(AddedButtons[static_cast<size_t>(area)], frmMain::MouseX, frmMain::MouseY));
 }
 
 void Draw_Overlay(const Overlay& o) {

@@ -34,11 +34,21 @@ TEST_F(RaceTest, ThePadDrivesStartPausesAnUnpluggedPadPausesAndWorksAgainOnceBac
     }
     // Thrust; Start pauses, A resumes; thrust, unplug; back: X drives again, A resumes;
     // Start, the brake moves the selection to "Quit Race", A quits.
-    pad(t, {{3050, platform::kPadX, 1},      {3700, platform::kPadX, 0},           {3800, platform::kPadStart, 1},
-            {3850, platform::kPadStart, 0},  {3950, platform::kPadA, 1},           {3970, platform::kPadA, 0},
-            {4350, platform::kPadX, 1},      {4450, platform::kPadX, 0},           {4500, platform::kPadA, 1},
-            {4520, platform::kPadA, 0},      {4700, platform::kPadStart, 1},       {4720, platform::kPadStart, 0},
-            {4800, platform::kPadLeftTrigger, 1}, {4820, platform::kPadLeftTrigger, 0}, {4900, platform::kPadA, 1}});
+    pad(t, {{3050, platform::kPadX, 1},
+            {3700, platform::kPadX, 0},
+            {3800, platform::kPadStart, 1},
+            {3850, platform::kPadStart, 0},
+            {3950, platform::kPadA, 1},
+            {3970, platform::kPadA, 0},
+            {4350, platform::kPadX, 1},
+            {4450, platform::kPadX, 0},
+            {4500, platform::kPadA, 1},
+            {4520, platform::kPadA, 0},
+            {4700, platform::kPadStart, 1},
+            {4720, platform::kPadStart, 0},
+            {4800, platform::kPadLeftTrigger, 1},
+            {4820, platform::kPadLeftTrigger, 0},
+            {4900, platform::kPadA, 1}});
   });
   platform::Detach_Virtual_Pad();
   EXPECT_GT(moved, 1.0f) << "the ship moves under thrust from the pad's X";

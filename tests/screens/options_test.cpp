@@ -174,7 +174,10 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
     cancelled = CaptureSlot == 0 && frmMain::PadBinding[1] == platform::kPadLeftTrigger;
   };
   steps[137] = [] { platform::Detach_Virtual_Pad(); };
-  steps[139] = [&] { no_pad = Shows_Text(171, 254, 2, "no gamepad connected"); };
+  steps[139] = [&] {
+    Screenshot("options_no_pad");
+    no_pad = Shows_Text(171, 254, 2, "no gamepad connected");
+  };
   Click(140, kStore);
   Run();
   EXPECT_TRUE(keyboard);
