@@ -116,7 +116,9 @@ void Pad_Event(i16 control, Bool16 v) {
 
 float Volume_Gain(u8 steps) {
   const float v = static_cast<float>(std::min(steps, kFullVolume)) / kFullVolume;
-  return v * v;  // the ear hears loudness about so: each step sounds a like step
+  // Squared, so the steps sound about even; a straight line would crowd the change into
+  // the lowest steps.
+  return v * v;
 }
 }  // namespace
 

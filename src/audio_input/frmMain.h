@@ -54,7 +54,7 @@ void Form_PadDown(i16 control);
 void Form_PadUp(i16 control);
 // The left stick (x, y in -1..1) moves the pointer over the last frame's time, outside races.
 void Form_PadStick(float x, float y);
-// A pad unplugged pauses the race.
+// A pad unplugged asks the race to pause (Request_Race_Pause).
 void Form_PadPlug(bool connected);
 
 // A pause asked for by something other than Escape: the race pauses as Escape pauses it,
