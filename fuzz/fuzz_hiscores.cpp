@@ -6,7 +6,7 @@
 #include <string>
 
 #include "core/numbers.h"
-#include "screens/hiscore_file.h"
+#include "core/hiscore_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   modHiScore::HiScoreTable table;
