@@ -31,6 +31,32 @@ void Post_Event(const InputEvent& e);
 // set (0 on the first); a script posts its events and advances the manual clock from here.
 void Set_Pump_Hook(std::function<void(uint64_t pump)> hook);
 
+// --- recorded runs ---------------------------------------------------------------
+// Everything outside the game's own code that decides a run: the time of day it seeds
+// from, and for every pump the tick count the frame then reads and the events dispatched.
+struct JournalPump {
+  int32_t tick = 0;
+  std::vector<InputEvent> events;
+};
+struct Journal {
+  uint32_t time_of_day = 0;
+  int32_t start_tick = 0;  // the clock when recording began
+  std::vector<JournalPump> pumps;
+};
+// Records from now on (the time of day read next, each pump after its hook has run).
+void Start_Journal();
+// Stops recording and returns what was recorded.
+Journal Stop_Journal();
+// Plays a journal back in place of the clock, the time of day and all input: pump n sets
+// the manual clock to the recorded tick and dispatches exactly the recorded events, whatever
+// the window system or Post_Event would have given. Past its end every pump asks the game to
+// quit. An empty journal stops a replay.
+void Replay_Journal(Journal journal);
+bool Replaying();
+// The journal as text, one line a pump, and back; false with a reason on a malformed text.
+std::string Journal_Text(const Journal& journal);
+bool Parse_Journal(const std::string& text, Journal& journal, std::string& error);
+
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {
   float x = 0, y = 0;  // window pixels
