@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "core/numbers.h"
 #include "core/hiscore_file.h"
+#include "core/numbers.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   modHiScore::HiScoreTable table;

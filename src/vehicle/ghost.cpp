@@ -20,6 +20,7 @@ constexpr char kMagic[4] = {'Q', 'G', 'S', 'T'};
 constexpr uint16_t kVersion = 1;
 constexpr size_t kSampleBytes = 24;
 constexpr size_t kMaxName = 64;
+constexpr float kMaxCoordinate = 1e7f;
 constexpr const char* kEnabledName = "ghost";
 
 // The ghost flown this race, the recording of the player, and where the player is in the lap.
@@ -63,7 +64,8 @@ struct Reader {
     uint32_t u = 0;
     if (!Take(4, u)) return false;
     std::memcpy(&f, &u, 4);
-    return std::isfinite(f);
+    // Far beyond any track, and small enough that mixing two samples stays finite.
+    return std::isfinite(f) && std::fabs(f) <= kMaxCoordinate;
   }
 };
 
@@ -142,7 +144,7 @@ bool Decode(const uint8_t* data, size_t size, Recording& out, std::string& error
   if (v < 2 || v > kMaxSamples || (size - r.at) / kSampleBytes != v || (size - r.at) % kSampleBytes != 0)
     return error = "sample count does not match the file", false;
   out.samples.resize(v);
-  previous = INT32_MIN;
+  previous = 0;  // the race clock never runs backwards nor below 0
   for (Sample& s : out.samples) {
     const bool ok = r.Take_I32(s.time) && r.Take_Float(s.x) && r.Take_Float(s.y) && r.Take_Float(s.z) &&
                     r.Take_Float(s.heading) && r.Take_Float(s.bank);
