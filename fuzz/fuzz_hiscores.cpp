@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "core/hiscore_file.h"
 #include "core/numbers.h"
-#include "screens/hiscore_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   modHiScore::HiScoreTable table;

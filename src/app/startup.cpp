@@ -1,7 +1,6 @@
 // Start-up, the game-state loop and shutdown.
 #include "app/startup.h"
 
-#include <ctime>
 #include <string>
 
 #include "audio_input/frmMain.h"
@@ -22,13 +21,6 @@
 namespace modMain {
 
 namespace {
-u32 Seconds_Since_Midnight() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  return static_cast<u32>(local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec);
-}
-
 void Run_Screen(u8 state) {
   switch (state) {
     case kStateMainMenu:
@@ -56,7 +48,7 @@ void Run_Screen(u8 state) {
 }  // namespace
 
 int Main() {
-  Randomize(Seconds_Since_Midnight());
+  Randomize(platform::Time_Of_Day());
   Create_Log();
   Write_Log("Reading Quorval.ini...");
   Read_Settings();

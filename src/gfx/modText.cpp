@@ -1,6 +1,8 @@
 // Bitmap text: fixed cells cut from three glyph rows per font.
 #include "gfx/modText.h"
 
+#include <algorithm>
+
 #include "core/log.h"
 #include "platform/platform.h"
 
@@ -29,7 +31,38 @@ void Release_Fonts() {
   for (auto& font : Fonts) font.reset();
 }
 
+mod3Denhance::Surface Tinted_Font(u8 font, u32 rgb) {
+  if (font > 2 || !Fonts[font]) return nullptr;
+  const platform::Image& src = *Fonts[font];
+  mod3Denhance::Surface copy = platform::Image::Create(src.Width(), src.Height(), src.Format());
+  if (!copy) return nullptr;
+  for (int y = 0; y < src.Height(); ++y)
+    for (int x = 0; x < src.Width(); ++x) {
+      const uint32_t raw = src.Pixel(x, y);
+      if (src.Is_Key_Pixel(raw)) {
+        copy->Set_Pixel(x, y, raw);
+        continue;
+      }
+      // Brightness of the glyph pixel carries the anti-aliased edge into the new colour.
+      const uint32_t argb = src.Argb(x, y);
+      const uint32_t level = std::max({(argb >> 16) & 0xFF, (argb >> 8) & 0xFF, argb & 0xFF});
+      auto channel = [&](int shift) { return (((rgb >> shift) & 0xFF) * level / 255) << shift; };
+      const uint32_t tinted = 0xFF000000u | channel(16) | channel(8) | channel(0);
+      // A tinted pixel that would fall on the key stays one shade off it, so it still shows.
+      uint32_t out = platform::From_Argb(src.Format(), tinted);
+      if (src.Is_Key_Pixel(out)) out = platform::From_Argb(src.Format(), tinted | 0x010101u);
+      copy->Set_Pixel(x, y, out);
+    }
+  if (src.Has_Color_Key()) copy->Set_Color_Key(src.Color_Key());
+  return copy;
+}
+
 void Draw_Text(i16 x, i16 y, u8 font, const std::string& text) {
+  if (font > 2) return;
+  Draw_Text_With(Fonts[font], x, y, font, text);
+}
+
+void Draw_Text_With(const mod3Denhance::Surface& glyphs, i16 x, i16 y, u8 font, const std::string& text) {
   if (font > 2) return;
   const int w = FontCell[font].width, h = FontCell[font].height;
   for (size_t i = 0; i < text.size(); ++i) {
@@ -47,7 +80,7 @@ void Draw_Text(i16 x, i16 y, u8 font, const std::string& text) {
     r.right = r.left + w;
     r.bottom = r.top + h;
     i16 cx = i16(x + w * int(i)), cy = y;
-    mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, Fonts[font], r, cx, cy, 1);
+    mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, glyphs, r, cx, cy, 1);
   }
 }
 

@@ -24,5 +24,10 @@ void Release_Fonts();
 // Draws text at (x, y) into the back buffer: one cell per character, glyphs unscaled;
 // characters without a glyph leave their cell empty. Fonts outside 0..2 draw nothing.
 void Draw_Text(i16 x, i16 y, u8 font, const std::string& text);
+// A copy of a loaded font's glyphs in another colour (0xRRGGBB, scaled by each glyph
+// pixel's brightness), keyed as the font is; empty when the font is not loaded.
+mod3Denhance::Surface Tinted_Font(u8 font, u32 rgb);
+// Draw_Text with the glyphs taken from glyphs (a Tinted_Font of font) instead of the font.
+void Draw_Text_With(const mod3Denhance::Surface& glyphs, i16 x, i16 y, u8 font, const std::string& text);
 
 }  // namespace modText

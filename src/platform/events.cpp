@@ -3,6 +3,7 @@
 #include <bitset>
 #include <deque>
 
+#include "platform/journal_internal.h"
 #include "platform/platform.h"
 #include "platform/sdl_internal.h"
 #include "platform/testing.h"
@@ -63,6 +64,42 @@ void Collect_SDL_Events() {
     g_queue.push_back(out);
   }
 }
+
+void Dispatch(const InputEvent& e) {
+  detail::Journal_Dispatched(e);
+  switch (e.kind) {
+    case EventKind::KeyDown:
+      if (g_handlers.key_down) g_handlers.key_down(e.key, e.shift);
+      break;
+    case EventKind::KeyUp:
+      if (g_handlers.key_up) g_handlers.key_up(e.key, e.shift);
+      break;
+    case EventKind::MouseDown:
+      if (g_handlers.mouse_down) g_handlers.mouse_down(e.button, e.shift, e.x, e.y);
+      break;
+    case EventKind::MouseUp:
+      if (g_handlers.mouse_up) g_handlers.mouse_up(e.button, e.shift, e.x, e.y);
+      break;
+    case EventKind::MouseMove:
+      if (g_handlers.mouse_move) g_handlers.mouse_move(e.button, e.shift, e.x, e.y);
+      break;
+    case EventKind::Quit:
+      if (g_handlers.quit) g_handlers.quit();
+      break;
+    case EventKind::PadDown:
+      if (g_handlers.pad_down) g_handlers.pad_down(e.key);
+      break;
+    case EventKind::PadUp:
+      if (g_handlers.pad_up) g_handlers.pad_up(e.key);
+      break;
+    case EventKind::PadPlug:
+      if (g_handlers.pad_plug) g_handlers.pad_plug(e.key != 0);
+      break;
+    case EventKind::PadStick:
+      if (g_handlers.pad_stick) g_handlers.pad_stick(e.x, e.y);
+      break;
+  }
+}
 }  // namespace
 
 void Set_Input_Handlers(const InputHandlers& handlers) { g_handlers = handlers; }
@@ -75,6 +112,15 @@ void Set_Pump_Hook(std::function<void(uint64_t)> hook) {
 void Pump_Messages() {
   if (g_hook) g_hook(g_pump_count);
   ++g_pump_count;
+  // A replayed run hears only its journal; the capacity kept here spares each pump an allocation.
+  static std::vector<InputEvent> replayed;
+  if (detail::Journal_Replay_Pump(replayed)) {
+    Collect_SDL_Events();
+    g_queue.clear();
+    for (const InputEvent& e : replayed) Dispatch(e);
+    return;
+  }
+  detail::Journal_Pump_Begins();
   Collect_SDL_Events();
   // The screens poll held flags once a frame, so a press released within the same pump
   // would never be seen (a quick click on a slow frame). Such a release waits, with
@@ -91,39 +137,12 @@ void Pump_Messages() {
     if (e.kind == EventKind::MouseDown) buttons_down |= button;
     if (e.kind == EventKind::PadDown) pad_down.set(key);
     g_queue.pop_front();
-    switch (e.kind) {
-      case EventKind::KeyDown:
-        if (g_handlers.key_down) g_handlers.key_down(e.key, e.shift);
-        break;
-      case EventKind::KeyUp:
-        if (g_handlers.key_up) g_handlers.key_up(e.key, e.shift);
-        break;
-      case EventKind::MouseDown:
-        if (g_handlers.mouse_down) g_handlers.mouse_down(e.button, e.shift, e.x, e.y);
-        break;
-      case EventKind::MouseUp:
-        if (g_handlers.mouse_up) g_handlers.mouse_up(e.button, e.shift, e.x, e.y);
-        break;
-      case EventKind::MouseMove:
-        if (g_handlers.mouse_move) g_handlers.mouse_move(e.button, e.shift, e.x, e.y);
-        break;
-      case EventKind::Quit:
-        if (g_handlers.quit) g_handlers.quit();
-        break;
-      case EventKind::PadDown:
-        if (g_handlers.pad_down) g_handlers.pad_down(e.key);
-        break;
-      case EventKind::PadUp:
-        if (g_handlers.pad_up) g_handlers.pad_up(e.key);
-        break;
-      case EventKind::PadPlug:
-        if (g_handlers.pad_plug) g_handlers.pad_plug(e.key != 0);
-        break;
-    }
+    Dispatch(e);
   }
-  // The stick is a position, not an event: it is read once a pump while it is held off centre.
-  float x = 0, y = 0;
-  if (g_handlers.pad_stick && detail::Pad_Stick(x, y)) g_handlers.pad_stick(x, y);
+  // The stick is a position, not an event: it is read once a pump while it is held off
+  // centre, and goes through Dispatch so that a recorded run keeps it.
+  InputEvent stick{EventKind::PadStick};
+  if (detail::Pad_Stick(stick.x, stick.y)) Dispatch(stick);
 }
 
 }  // namespace platform

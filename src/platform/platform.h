@@ -33,6 +33,9 @@ bool Window_Open();
 // Millisecond tick count (wraps like a 32-bit counter).
 int32_t Tick_Count();
 
+// Seconds since local midnight: the game seeds its random source from it.
+uint32_t Time_Of_Day();
+
 // --- input events --------------------------------------------------------------
 // Key codes are Windows virtual-key codes; positions are back-buffer pixels, inside the
 // back buffer (the letterbox borders clamp to its edges). Shift: 1 Shift, 2 Ctrl, 4 Alt.

@@ -17,7 +17,8 @@ bool Manual_Clock();
 void Advance_Manual_Clock(int32_t ms);
 void Set_Manual_Clock(int32_t ms);
 
-enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit, PadDown, PadUp, PadPlug };
+// PadStick: the left stick held off centre this pump (x, y in -1..1).
+enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit, PadDown, PadUp, PadPlug, PadStick };
 struct InputEvent {
   EventKind kind = EventKind::KeyDown;
   int16_t key = 0;     // key events; the control of pad events; 1 plugged in, 0 out
@@ -41,6 +42,32 @@ void Detach_Virtual_Pad();
 // Moves one control of the virtual pad: a button is held while amount >= 0.5; a stick
 // direction pushes its axis that way by amount (0 centres it); a trigger is pulled by amount.
 void Set_Virtual_Pad(int16_t control, float amount);
+
+// --- recorded runs ---------------------------------------------------------------
+// Everything outside the game's own code that decides a run: the time of day it seeds
+// from, and for every pump the tick count the frame then reads and the events dispatched.
+struct JournalPump {
+  int32_t tick = 0;
+  std::vector<InputEvent> events;
+};
+struct Journal {
+  uint32_t time_of_day = 0;
+  int32_t start_tick = 0;  // the clock when recording began
+  std::vector<JournalPump> pumps;
+};
+// Records from now on (the time of day read next, each pump after its hook has run).
+void Start_Journal();
+// Stops recording and returns what was recorded.
+Journal Stop_Journal();
+// Plays a journal back in place of the clock, the time of day and all input: pump n sets
+// the manual clock to the recorded tick and dispatches exactly the recorded events, whatever
+// the window system or Post_Event would have given. Past its end every pump asks the game to
+// quit. An empty journal stops a replay.
+void Replay_Journal(Journal journal);
+bool Replaying();
+// The journal as text, one line a pump, and back; false with a reason on a malformed text.
+std::string Journal_Text(const Journal& journal);
+bool Parse_Journal(const std::string& text, Journal& journal, std::string& error);
 
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {

@@ -82,4 +82,20 @@ bool Marker_Position(int racer, i16& x, i16& y);
 // the mini-map quad. Opens the 3D scene and leaves it open.
 void Render_Race_Frame();
 
+// --- the ghost of the best race (race_ghost.cpp); all do nothing while it is switched off ---
+// Race set-up: loads the ghost of this track with its ship and starts recording the player.
+void Set_Up_Ghost();
+void Release_Ghost();
+// Each frame the race clock runs, after the racers moved.
+void Record_Ghost_Frame();
+// The see-through ship at the race clock's place; inside the scene, after the bodies.
+void Draw_Ghost();
+// With the map markers, under the player's.
+void Draw_Ghost_Marker();
+// The last split against the ghost and, at a lap line, the lap against the best lap; shown
+// for three seconds of race clock.
+void Draw_Splits();
+// "-00:01:23" (ahead) or "+00:00:45" (behind).
+std::string Split_Text(i32 diff);
+
 }  // namespace modGameLoop

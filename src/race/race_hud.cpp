@@ -103,6 +103,7 @@ void Draw_HUD() {
     Draw_Racing(p);
   else
     Draw_Results(p);
+  Draw_Splits();
 
   if (Is_Set(p.cWRONGWAY) && !Is_Set(Paused))
     Text(static_cast<i16>(modMain::ScreenWidth / 2 - 90), Px(200 * modMain::ScaleY), kWarningFont, "Wrong Way");
@@ -112,6 +113,7 @@ void Draw_HUD() {
   const int last = static_cast<int>(modMain::Players.size()) - 1;
   for (int i = 1; i <= last; ++i)
     if (Marker_Position(i, x, y)) Blit(MiniMapShipsSurf, Rect{0, 0, 10, 10}, x, y);
+  Draw_Ghost_Marker();
   if (Marker_Position(0, x, y)) Blit(MiniMapShipsSurf, Rect{0, 10, 10, 20}, x, y);
 }
 

@@ -109,6 +109,7 @@ void Race_Loop() {
       // One reading for every racer, so all of them start on the same frame.
       Update_Racers(Since(race_start), first_go);
       Player().Get_Race_Position();
+      if (!first_go) Record_Ghost_Frame();
     }
     Render_Race_Frame();
     if (Player_Finished() || Is_Set(Paused)) Draw_Dim_Panel();

@@ -195,6 +195,7 @@ void Render_Race_Frame() {
   device->SetRenderState(rs::ZWriteEnable, 1);
   device->SetRenderState(rs::Lighting, 1);
   For_Each_Racer([](clsHumanPlayer& r) { r.DrawBody(); });
+  Draw_Ghost();
   device->SetRenderState(rs::Lighting, 0);
   Matrix4 identity;
   modMATH::Identity_Matrix(identity);

@@ -104,6 +104,7 @@ bool Set_Up_Race() {
   modTracks::Build_MiniMap(MiniMapSurf);
 
   for (i16 i = 0; i <= modMain::NumOpponents; ++i) modMain::Players[static_cast<size_t>(i)]->Reset_Car_Attributes(i);
+  Set_Up_Ghost();
 
   Write_Log("...Done");
   Write_Log("");
@@ -113,6 +114,7 @@ bool Set_Up_Race() {
 
 void Destroy_Race() {
   Write_Log("Destroying Race Objects...");
+  Release_Ghost();
   modTracks::Release_Track_Textures();
   Release(StatsBGSurf, "StatsBGSurf");
   Release(MiniMapShipsSurf, "MiniMapShipsSurf");

@@ -9,6 +9,7 @@
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
+#include "vehicle/ghost.h"
 #include "vehicle/players.h"
 
 namespace modHiScore {
@@ -72,6 +73,8 @@ void Load_HiScores() {
 }
 
 void Save_HiScores() {
+  // The ghost is kept by the same rule as the best race, before the table takes the new one.
+  ghost::Save_If_Best(Scores.BestRace);
   Merge_Race(Scores, Race, EnteredName);
   Write_HiScore_File(HiScore_Path(), Scores);
   modMain::PlayerName = EnteredName;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "core/types.h"
-#include "screens/hiscore_file.h"
+#include "core/hiscore_file.h"
 
 namespace modHiScore {
 

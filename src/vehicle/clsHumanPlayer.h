@@ -10,6 +10,7 @@
 // fault, and the racer is left with zero ship numbers (it cannot move on its own) but a
 // complete, finite state that every other member accepts.
 #include <memory>
+#include <string>
 
 #include "core/types.h"
 #include "core/vbarray.h"
@@ -50,9 +51,12 @@ class clsHumanPlayer {
   float VelocityX = 0, VelocityY = 0, VelocityZ = 0;
   float cVelocityMag = 0;  // VelocityX^2 + VelocityZ^2; displayed speed = 60 x this
   Bool16 cWRONGWAY = kFalse;
+  std::string ShipBaseName;  // the loaded ship's file name base ("" when none loaded)
 
   // The block under footprint corner 0: the racer's official progress.
   i16 cCurrentTrackBlock() const { return BlockOfCorner[0]; }
+  // How far the body leans into the turn (radians about its long axis).
+  float Bank() const;
 
   // --- per race ---
   // Race set-up, after Build_Track_Blocks: clears the race record, loads the ship (the

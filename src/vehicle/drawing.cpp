@@ -45,10 +45,12 @@ void clsHumanPlayer::DrawThrust() {
   device->DrawPrimitive(platform::Primitive::TriangleStrip, ThrustVertices, 4);
 }
 
+float clsHumanPlayer::Bank() const { return -AngularVelocity * kBankPerTurnRate; }
+
 void clsHumanPlayer::DrawBody() {
   if (!ShipMesh) return;
   ShipMesh->SetPosition(PositionX, PositionY, PositionZ);
   // Lean into the turn.
-  ShipMesh->SetRotation(0, cOrientation, -AngularVelocity * kBankPerTurnRate);
+  ShipMesh->SetRotation(0, cOrientation, Bank());
   if (mod3Denhance::D3DDevice != nullptr) ShipMesh->Render(mod3Denhance::D3DDevice);
 }

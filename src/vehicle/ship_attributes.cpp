@@ -65,6 +65,7 @@ clsHumanPlayer::~clsHumanPlayer() {
 }
 
 void clsHumanPlayer::Clear_Ship_Numbers() {
+  ShipBaseName.clear();
   InvMass = 0;
   InvInertia = 0;
   ThrustForce = 0;
@@ -131,6 +132,7 @@ bool clsHumanPlayer::Load_Ship(i16& ship) {
   shipsdat::Resolve_Request(catalogue.Count, u, v, ship, cCurrentlySelectedSkin);
   const shipsdat::ShipRecord& record = catalogue.Ships[static_cast<size_t>(ship)];
   const std::string& base = record.BaseName;
+  ShipBaseName = base;
 
   bool ok = true;
   const std::string mesh_path = platform::Game_Path("\\Objects\\" + base + ".x");

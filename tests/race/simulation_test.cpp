@@ -35,17 +35,6 @@ bool Over_Own_Or_Neighbour(const clsHumanPlayer& r) {
   return Over_Block(b, x, z) || Over_Block((b + 1) % n, x, z) || Over_Block((b + n - 1) % n, x, z);
 }
 
-// Full throttle, steering at the middle of the front edge two blocks ahead.
-void Autopilot(clsHumanPlayer& r) {
-  const int n = modTracks::TrackBlock.Count();
-  const Vector3* c = modTracks::TrackBlock((r.cCurrentTrackBlock() + 2) % n).Corner;
-  const float dx = (c[2].x + c[3].x) / 2 - r.PositionX, dz = (c[2].z + c[3].z) / 2 - r.PositionZ;
-  // The nose points along (-sin, cos); a left turn raises the heading.
-  const float turn = std::remainder(std::atan2(-dx, dz) - r.cOrientation, 2 * 3.14159265f);
-  r.SteerLeft = turn > 0.02f ? kTrue : kFalse, r.SteerRight = turn < -0.02f ? kTrue : kFalse;
-  r.Thrust = kTrue, r.Brake = kFalse;
-}
-
 TEST(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrack) {
   testenv::ScratchAppDir dir;
   for (const char* folder : {"Tracks", "Objects", "Textures", "Data"}) dir.Copy_From_Game(folder);

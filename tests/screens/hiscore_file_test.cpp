@@ -1,5 +1,5 @@
 // The hi-score file's bytes, short and corrupt files, the record rules, saves that survive kills.
-#include "screens/hiscore_file.h"
+#include "core/hiscore_file.h"
 
 #include <gtest/gtest.h>
 

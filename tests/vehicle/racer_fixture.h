@@ -2,6 +2,7 @@
 // Racer test set-up: private-state access, hand-made road blocks, a small Players list.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -39,6 +40,17 @@ using RA = RacerTestAccess;
 namespace vehicle_test {
 
 inline clsHumanPlayer& P(int i) { return *modMain::Players[static_cast<size_t>(i)]; }
+
+// Full throttle, steering at the middle of the front edge two blocks ahead.
+inline void Autopilot(clsHumanPlayer& r) {
+  const int n = modTracks::TrackBlock.Count();
+  const Vector3* c = modTracks::TrackBlock((r.cCurrentTrackBlock() + 2) % n).Corner;
+  const float dx = (c[2].x + c[3].x) / 2 - r.PositionX, dz = (c[2].z + c[3].z) / 2 - r.PositionZ;
+  // The nose points along (-sin, cos); a left turn raises the heading.
+  const float turn = std::remainder(std::atan2(-dx, dz) - r.cOrientation, 2 * 3.14159265f);
+  r.SteerLeft = turn > 0.02f ? kTrue : kFalse, r.SteerRight = turn < -0.02f ? kTrue : kFalse;
+  r.Thrust = kTrue, r.Brake = kFalse;
+}
 
 inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
 

@@ -113,6 +113,13 @@ Picture MiniMap_Ships() {
   return p;
 }
 
+// The ghost's marker: pale cyan with a dark ring, unlike any racer's.
+Picture MiniMap_Ghost() {
+  Picture p(10, 10);
+  Marker(p, 0, Rgb{150, 235, 255}, Rgb{20, 70, 90});
+  return p;
+}
+
 // The race-time bar (0, 0)-(234, 33) and the lap/position panel (0, 33)-(164, 157).
 Picture Stats() {
   Picture p(234, 157);
@@ -173,6 +180,7 @@ Picture Sky() {
 bool Generate_Race_Art(const std::string& game_dir) {
   return Write_BMP(game_dir + "/Gfx/Lights.bmp", Lights()) &&
          Write_BMP(game_dir + "/Gfx/MiniMapShips.bmp", MiniMap_Ships()) &&
+         Write_BMP(game_dir + "/Gfx/MiniMapGhost.bmp", MiniMap_Ghost()) &&
          Write_BMP(game_dir + "/Gfx/Stats1.bmp", Stats()) &&
          Write_DDS4444(game_dir + "/Textures/CarThrust.dds", Thrust()) &&
          Write_BMP(game_dir + "/Textures/sky1.bmp", Sky());

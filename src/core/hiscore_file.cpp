@@ -1,4 +1,4 @@
-#include "screens/hiscore_file.h"
+#include "core/hiscore_file.h"
 
 #include <filesystem>
 #include <fstream>
@@ -86,6 +86,14 @@ HiScoreTable Read_HiScore_File(const std::string& path) {
   bool exists = false;
   const std::string bytes = Read_All(path, exists);
   if (!exists) std::ofstream(path, std::ios::binary);  // created empty, as the first read always has
+  HiScoreTable t;
+  Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), t);
+  return t;
+}
+
+HiScoreTable Peek_HiScore_File(const std::string& path) {
+  bool exists = false;
+  const std::string bytes = Read_All(path, exists);
   HiScoreTable t;
   Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), t);
   return t;

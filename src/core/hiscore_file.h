@@ -37,6 +37,8 @@ int Decode_HiScores(const uint8_t* data, size_t size, HiScoreTable& table);
 
 // Reads the file at path; a missing file is created empty (the empty table).
 HiScoreTable Read_HiScore_File(const std::string& path);
+// Reads the file at path without creating it (the empty table when it cannot be read).
+HiScoreTable Peek_HiScore_File(const std::string& path);
 // Writes the table's bytes from the first byte on, keeping whatever longer tail the old
 // file had. The new bytes go over a copy of the old file that is then renamed into place,
 // so a kill at any moment leaves the whole old file or the whole new one. False, the
