@@ -1,6 +1,6 @@
 # Installing the game as Linux games are installed: the executable on the path, the
-# read-only data under share/brindlex-quorval (beside bin, where the platform layer looks
-# for it), a desktop entry, AppStream metainfo, hicolor icons and a manual page; and a
+# read-only data under share/games/brindlex-quorval (beside bin, where the platform layer
+# looks for it), a desktop entry, AppStream metainfo, hicolor icons and a manual page; and a
 # Debian package of the same through CPack.
 set(QUORVAL_VERSION 0.1.0)
 set(QUORVAL_RELEASE_DATE 2026-11-23)
@@ -29,7 +29,7 @@ add_custom_target(manpage ALL DEPENDS ${DIST_DIR}/quorval.6.gz)
 add_custom_target(installable DEPENDS quorval assets icons manpage)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY TRUE)
 
-set(QUORVAL_DATA share/brindlex-quorval)
+set(QUORVAL_DATA share/games/brindlex-quorval)
 install(TARGETS quorval RUNTIME DESTINATION bin)
 # The generated data only: a game run from the build folder may have left the player's
 # files beside it (the hi-scores, a half-written side file), and those stay there.

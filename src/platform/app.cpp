@@ -16,8 +16,9 @@ std::string g_data_dir;    // where the game's read-only data lies
 std::string g_player_dir;  // where the player's files go
 int g_cursor_counter = 0;
 
-// An installed game keeps its data in the share folder beside its bin folder.
-constexpr const char* kInstalledData = "/../share/brindlex-quorval";
+// An installed game keeps its data in the games share folder beside its bin folder, apart
+// from the user's data folder even when both lie under ~/.local.
+constexpr const char* kInstalledData = "/../share/games/brindlex-quorval";
 
 std::string Data_Dir() {
   if (g_data_dir.empty()) {

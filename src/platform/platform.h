@@ -11,7 +11,7 @@ namespace platform {
 // The folder holding the executable (no trailing slash).
 std::string App_Dir();
 // Builds the path of the game's read-only data from a game path such as "\Data\Ships.Dat":
-// below the application folder, or below an installed game's share/brindlex-quorval.
+// below the application folder, or below an installed game's share/games/brindlex-quorval.
 std::string Game_Path(const std::string& relative);
 // Builds the path of a file the player's runs write (settings, log, hi-scores, our own
 // settings) from a game path such as "\\Data\\Hiscores.Dat": below the application folder

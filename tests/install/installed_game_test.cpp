@@ -18,8 +18,8 @@
 
 #include "app/startup.h"
 #include "core/log.h"
-#include "core/settings.h"
 #include "core/modMain.h"
+#include "core/settings.h"
 #include "frontend/frmSetup.h"
 #include "frontend/modMainScr.h"
 #include "platform/platform.h"
@@ -99,13 +99,13 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   ASSERT_EQ(std::system(install.c_str()), 0) << install;
 
   // What the install holds: the data beside bin, no hi-score table of its own, the desktop files.
-  for (const char* file :
-       {"bin/quorval", "share/brindlex-quorval/Gfx/Font0.bmp", "share/brindlex-quorval/Gfx/Setup.ttf",
-        "share/brindlex-quorval/Data/Ships.Dat", "share/brindlex-quorval/Tracks/test.MXT",
-        "share/brindlex-quorval/Sm/ASounds.raw", "share/applications/org.brindlex.quorval.desktop",
-        "share/metainfo/org.brindlex.quorval.metainfo.xml", "share/man/man6/quorval.6.gz"})
+  const fs::path data = share / "games/brindlex-quorval";
+  for (const char* file : {"Gfx/Font0.bmp", "Gfx/Setup.ttf", "Data/Ships.Dat", "Tracks/test.MXT", "Sm/ASounds.raw"})
+    EXPECT_TRUE(fs::is_regular_file(data / file)) << file << " not installed";
+  for (const char* file : {"bin/quorval", "share/applications/org.brindlex.quorval.desktop",
+                           "share/metainfo/org.brindlex.quorval.metainfo.xml", "share/man/man6/quorval.6.gz"})
     EXPECT_TRUE(fs::is_regular_file(usr / file)) << file << " not installed";
-  EXPECT_FALSE(fs::exists(share / "brindlex-quorval/Data/Hiscores.Dat"));
+  EXPECT_FALSE(fs::exists(data / "Data/Hiscores.Dat"));
   // Each icon decodes to its size, clear in the corner, opaque in the middle.
   for (int size : {16, 22, 24, 32, 48, 64, 128, 256}) {
     const std::string name = std::to_string(size) + "x" + std::to_string(size);

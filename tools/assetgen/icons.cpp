@@ -41,7 +41,8 @@ Picture Paint(int n) {
   // The ship climbs across the badge with speed streaks trailing from its tail.
   const double tilt = 0.42, s = 1.8 * u, cx = 252 * u, cy = 236 * u;
   auto At = [&](double x, double y) {
-    return Point{cx + (x * std::cos(tilt) - y * std::sin(tilt)) * s, cy + (x * std::sin(tilt) + y * std::cos(tilt)) * s};
+    return Point{cx + (x * std::cos(tilt) - y * std::sin(tilt)) * s,
+                 cy + (x * std::sin(tilt) + y * std::cos(tilt)) * s};
   };
   for (int i = 0; i < 4; ++i) {
     const double y = -30 + 18 * i, from = 104 + 16 * (i % 2);
