@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the game and the tests need; with "fuzz", also
-# clang and its sanitizer and fuzzer runtimes. Does nothing when all of them are present;
-# uses sudo when not root.
+# Installs every Debian package the build, the game, the tests and the Debian package need
+# (the desktop-file and AppStream validators, dpkg-shlibdeps); with "fuzz", also clang and
+# its sanitizer and fuzzer runtimes. Does nothing when all of them are present; uses sudo
+# when not root.
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,7 @@ packages=(
   libfreetype-dev fonts-dejavu-core
   libgtest-dev libgmock-dev libbenchmark-dev
   libgl1-mesa-dri libegl1 libegl-dev xvfb
+  zlib1g-dev desktop-file-utils appstream dpkg-dev file
 )
 if [ "${1:-}" = "fuzz" ]; then
   packages+=(clang libclang-rt-14-dev)

@@ -12,7 +12,52 @@
 namespace platform {
 namespace {
 std::string g_app_dir;
+std::string g_data_dir;    // where the game's read-only data lies
+std::string g_player_dir;  // where the player's files go
 int g_cursor_counter = 0;
+
+// An installed game keeps its data in the games share folder beside its bin folder, apart
+// from the user's data folder even when both lie under ~/.local.
+constexpr const char* kInstalledData = "/../share/games/brindlex-quorval";
+
+std::string Data_Dir() {
+  if (g_data_dir.empty()) {
+    std::error_code ec;
+    const std::filesystem::path installed = App_Dir() + kInstalledData;
+    g_data_dir = std::filesystem::is_directory(installed, ec) ? installed.lexically_normal().string() : App_Dir();
+  }
+  return g_data_dir;
+}
+
+// A game run from its own writable folder keeps the player's files beside it, as it always
+// has; an installed game (read-only, or data in a share folder) uses the user's data folder.
+std::string Player_Dir() {
+  if (g_player_dir.empty()) {
+    g_player_dir = App_Dir();
+    if (Data_Dir() != App_Dir() || ::access(App_Dir().c_str(), W_OK) != 0) {
+      if (char* pref = SDL_GetPrefPath("", "brindlex-quorval")) {
+        g_player_dir = pref;
+        SDL_free(pref);
+        if (g_player_dir.size() > 1 && g_player_dir.back() == '/') g_player_dir.pop_back();
+        std::error_code ec;
+        std::filesystem::create_directories(g_player_dir + "/Data", ec);
+      } else {
+        std::fprintf(stderr, "Brindlex Quorval: no folder for the player's files (%s); using %s\n", SDL_GetError(),
+                     App_Dir().c_str());
+      }
+    }
+  }
+  return g_player_dir;
+}
+
+// A game path such as "\\Data\\Ships.Dat" below a folder.
+std::string Below(const std::string& dir, const std::string& relative) {
+  std::string rel = relative;
+  for (char& c : rel)
+    if (c == '\\') c = '/';
+  if (!rel.empty() && rel.front() != '/') rel.insert(rel.begin(), '/');
+  return dir + rel;
+}
 }  // namespace
 
 std::string App_Dir() {
@@ -24,17 +69,15 @@ std::string App_Dir() {
   return g_app_dir;
 }
 
-void Set_App_Dir(const std::string& dir) { g_app_dir = dir; }
-
-std::string Game_Path(const std::string& relative) {
-  std::string rel = relative;
-  for (char& c : rel)
-    if (c == '\\') c = '/';
-  if (!rel.empty() && rel.front() != '/') rel.insert(rel.begin(), '/');
-  return App_Dir() + rel;
+void Set_App_Dir(const std::string& dir) {
+  g_app_dir = dir;
+  g_data_dir.clear();
+  g_player_dir.clear();
 }
 
-std::string Player_Path(const std::string& relative) { return Game_Path(relative); }
+std::string Game_Path(const std::string& relative) { return Below(Data_Dir(), relative); }
+
+std::string Player_Path(const std::string& relative) { return Below(Player_Dir(), relative); }
 
 void Message_Box(const std::string& text) {
   if (detail::Headless() ||

@@ -10,10 +10,13 @@ namespace platform {
 // --- application ---------------------------------------------------------------
 // The folder holding the executable (no trailing slash).
 std::string App_Dir();
-// Builds a path below the application folder from a game path such as "\Data\Ships.Dat".
+// Builds the path of the game's read-only data from a game path such as "\Data\Ships.Dat":
+// below the application folder, or below an installed game's share/games/brindlex-quorval.
 std::string Game_Path(const std::string& relative);
 // Builds the path of a file the player's runs write (settings, log, hi-scores, our own
-// settings) from a game path such as "\\Data\\Hiscores.Dat".
+// settings) from a game path such as "\\Data\\Hiscores.Dat": below the application folder
+// when the game runs from its own writable folder, else below the user's data folder
+// (~/.local/share/brindlex-quorval, whose Data folder exists once this has been asked).
 std::string Player_Path(const std::string& relative);
 
 // Shows a modal message and returns when it is dismissed; with no display the text goes

@@ -180,10 +180,11 @@ void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, doub
     }
 }
 
-void Hover_Ship(Picture& p, double cx, double cy, double s, uint32_t hull, uint32_t stripe) {
-  auto P = [&](double x, double y) { return Point{cx + x * s, cy + y * s}; };
+void Hover_Ship(Picture& p, double cx, double cy, double s, uint32_t hull, uint32_t stripe, double tilt) {
+  const double cs = std::cos(tilt), sn = std::sin(tilt);
+  auto P = [&](double x, double y) { return Point{cx + (x * cs - y * sn) * s, cy + (x * sn + y * cs) * s}; };
   // Hover glow under the hull first, so the body sits on its light.
-  Glow(p, cx - 10 * s, cy + 34 * s, 95 * s, kCyanDim, 0.9);
+  Glow(p, P(-10, 34).x, P(-10, 34).y, 95 * s, kCyanDim, 0.9);
   // Far fin and lower hull in shadow.
   Polygon(p, {P(40, -10), P(78, -48), P(92, -48), P(84, -6)}, Mix(hull, kNight, 0.55));
   Polygon(p, {P(-100, 8), P(90, -4), P(96, 18), P(-70, 24)}, Mix(hull, kNight, 0.6));
@@ -200,8 +201,8 @@ void Hover_Ship(Picture& p, double cx, double cy, double s, uint32_t hull, uint3
   Polygon(p, {P(88, -56), P(104, -56), P(102, -50), P(86, -50)}, stripe);
   // Engine nozzle and flame.
   Polygon(p, {P(92, -10), P(104, -12), P(106, 12), P(94, 12)}, kSteel);
-  Glow(p, cx + 112 * s, cy + 0 * s, 34 * s, kCyan, 1.4);
-  Glow(p, cx + 108 * s, cy + 0 * s, 14 * s, kIce, 1.6);
+  Glow(p, P(112, 0).x, P(112, 0).y, 34 * s, kCyan, 1.4);
+  Glow(p, P(108, 0).x, P(108, 0).y, 14 * s, kIce, 1.6);
 }
 
 namespace {

@@ -71,8 +71,9 @@ void Line(Picture& p, Point a, Point b, double width, uint32_t colour, double op
 // A soft round glow added to the picture (brightens toward colour).
 void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, double strength);
 // A side-on-three-quarter hover ship: wedge hull, canopy, fins, cyan engine glow.
-// (cx, cy) the hull's centre, scale 1 is about 200 pixels long.
-void Hover_Ship(Picture& p, double cx, double cy, double scale, uint32_t hull, uint32_t stripe);
+// (cx, cy) the hull's centre, scale 1 is about 200 pixels long; tilt turns it clockwise
+// (radians), nose up for a climb.
+void Hover_Ship(Picture& p, double cx, double cy, double scale, uint32_t hull, uint32_t stripe, double tilt = 0);
 
 // ---- Text ----
 enum class Align { Left, Centre, Right };

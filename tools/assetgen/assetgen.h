@@ -12,6 +12,10 @@ using GeneratorFn = bool (*)(const std::string& game_dir);
 // Registers a generator at static-initialisation time; returns true.
 bool Register(const char* name, GeneratorFn fn);
 
+// Writes the desktop icons into folder/hicolor/<n>x<n>/apps (not game data: the install
+// puts them under share/icons).
+bool Generate_Icons(const std::string& folder);
+
 // 32-bit pixels, 0xAARRGGBB, rows top to bottom.
 struct Picture {
   int width = 0, height = 0;
@@ -28,6 +32,8 @@ bool Make_Parent_Dirs(const std::string& path);
 bool Write_BMP(const std::string& path, const Picture& p);
 // .dds with one 16-bit 4-4-4-4 (A R G B) image, rows unpadded.
 bool Write_DDS4444(const std::string& path, const Picture& p);
+// 8-bit RGBA PNG (the desktop's icons), deflated with zlib.
+bool Write_PNG(const std::string& path, const Picture& p);
 // Writes bytes or text exactly as given.
 bool Write_File(const std::string& path, const std::string& bytes);
 

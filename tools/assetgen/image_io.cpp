@@ -1,3 +1,5 @@
+#include <zlib.h>
+
 #include <cstdio>
 #include <filesystem>
 
@@ -12,6 +14,17 @@ void Put16(std::string& b, uint32_t v) {
 void Put32(std::string& b, uint32_t v) {
   Put16(b, v & 0xFFFF);
   Put16(b, v >> 16);
+}
+void Put32_BE(std::string& b, uint32_t v) {
+  for (int shift = 24; shift >= 0; shift -= 8) b.push_back(char((v >> shift) & 0xFF));
+}
+// A PNG chunk: length, type, data, and the CRC of type and data.
+void Chunk(std::string& b, const char* type, const std::string& data) {
+  Put32_BE(b, uint32_t(data.size()));
+  const size_t start = b.size();
+  b += type;
+  b += data;
+  Put32_BE(b, uint32_t(crc32(0, reinterpret_cast<const Bytef*>(b.data() + start), uInt(b.size() - start))));
 }
 }  // namespace
 
@@ -89,6 +102,36 @@ bool Write_DDS4444(const std::string& path, const Picture& p) {
     const uint32_t v = (q(c >> 24 & 0xFF) << 12) | (q(c >> 16 & 0xFF) << 8) | (q(c >> 8 & 0xFF) << 4) | q(c & 0xFF);
     Put16(b, v);
   }
+  return Write_File(path, b);
+}
+
+bool Write_PNG(const std::string& path, const Picture& p) {
+  // Each row: its filter byte, then the pixels. "Up" (2) leaves only the change from the
+  // row above, which the badge's smooth colours make mostly zeros.
+  std::string raw;
+  raw.reserve(size_t(p.height) * (1 + size_t(p.width) * 4));
+  for (int y = 0; y < p.height; ++y) {
+    raw.push_back(char(y == 0 ? 0 : 2));
+    for (int x = 0; x < p.width; ++x) {
+      const uint32_t c = p.at(x, y), above = y == 0 ? 0 : p.at(x, y - 1);
+      for (int shift : {16, 8, 0, 24}) raw.push_back(char(((c >> shift) - (above >> shift)) & 0xFF));
+    }
+  }
+  uLongf packed_size = compressBound(uLong(raw.size()));
+  std::string packed(packed_size, '\0');
+  if (compress2(reinterpret_cast<Bytef*>(packed.data()), &packed_size, reinterpret_cast<const Bytef*>(raw.data()),
+                uLong(raw.size()), Z_BEST_COMPRESSION) != Z_OK)
+    return false;
+  packed.resize(packed_size);
+
+  std::string header;
+  Put32_BE(header, uint32_t(p.width));
+  Put32_BE(header, uint32_t(p.height));
+  header += {8, 6, 0, 0, 0};  // 8 bits a channel, RGBA, deflate, standard filters, not interlaced
+  std::string b = "\x89PNG\r\n\x1a\n";
+  Chunk(b, "IHDR", header);
+  Chunk(b, "IDAT", packed);
+  Chunk(b, "IEND", "");
   return Write_File(path, b);
 }
 

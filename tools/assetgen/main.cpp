@@ -1,4 +1,5 @@
-// Writes every data file of the game into the application directory given as argument.
+// Writes every data file of the game into the application directory given as argument,
+// or with --icons the desktop icons into the folder given.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -23,8 +24,13 @@ bool Register(const char* name, GeneratorFn fn) {
 }  // namespace assetgen
 
 int main(int argc, char** argv) {
+  if (argc == 3 && std::strcmp(argv[1], "--icons") == 0) {
+    if (assetgen::Generate_Icons(argv[2])) return 0;
+    std::fprintf(stderr, "assetgen: icons failed\n");
+    return 1;
+  }
   if (argc != 2) {
-    std::fprintf(stderr, "usage: assetgen <game folder>\n");
+    std::fprintf(stderr, "usage: assetgen <game folder> | assetgen --icons <folder>\n");
     return 2;
   }
   auto gens = assetgen::Registry();

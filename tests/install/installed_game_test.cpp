@@ -1,0 +1,196 @@
+// The installed game: this build installed into a scratch root under /usr, made read-only,
+// and played by a new player whose home is a scratch folder. The player's files must land
+// in the user's data folder and the install must stay exactly as installed.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <stb_image.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/startup.h"
+#include "core/log.h"
+#include "core/modMain.h"
+#include "core/settings.h"
+#include "frontend/frmSetup.h"
+#include "frontend/modMainScr.h"
+#include "platform/platform.h"
+#include "platform/testing.h"
+#include "screens/modHiScore.h"
+#include "support/test_env.h"
+
+extern char** environ;
+namespace fs = std::filesystem;
+
+namespace {
+
+// Every entry below root with its size and modification time, in order.
+std::vector<std::string> Listing(const fs::path& root) {
+  std::vector<std::string> lines;
+  for (const auto& e : fs::recursive_directory_iterator(root)) {
+    const auto stamp = fs::last_write_time(e.path()).time_since_epoch().count();
+    lines.push_back(e.path().string() + " " + (e.is_regular_file() ? std::to_string(e.file_size()) : "-") + " " +
+                    std::to_string(stamp));
+  }
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+constexpr fs::perms kAllWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+
+void Set_Writable(const fs::path& root, bool writable) {
+  const auto how = writable ? fs::perm_options::add : fs::perm_options::remove;
+  std::error_code ec;
+  fs::permissions(root, kAllWrite, how, ec);
+  for (const auto& e : fs::recursive_directory_iterator(root, ec))
+    if (!e.is_symlink()) fs::permissions(e.path(), kAllWrite, how, ec);
+}
+
+class ScratchRoot {
+ public:
+  ScratchRoot() : path_(fs::temp_directory_path() / ("quorval-install-" + std::to_string(::getpid()))) {
+    fs::remove_all(path_);
+    fs::create_directories(path_ / "home");
+  }
+  ~ScratchRoot() {
+    Set_Writable(path_, true);
+    std::error_code ec;
+    fs::remove_all(path_, ec);
+  }
+  const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+// Starts the installed executable, waits for its main loop, stops it as a desktop session
+// would and returns its exit status (-1 when it never looped or never ended).
+int Run_Until_Looping(const std::string& exe, const std::string& log) {
+  char* argv[] = {const_cast<char*>(exe.c_str()), nullptr};
+  pid_t pid = 0;
+  if (posix_spawn(&pid, exe.c_str(), nullptr, nullptr, argv, environ) != 0) return -1;
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  bool looping = false;
+  while (!looping && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    looping = testenv::Read_File(log).find("Starting Main loop") != std::string::npos;
+  }
+  kill(pid, looping ? SIGTERM : SIGKILL);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  return looping && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
+
+TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
+  ScratchRoot root;
+  const fs::path usr = root.path() / "usr", share = usr / "share";
+  const std::string install = std::string("DESTDIR='") + root.path().string() + "' '" + QUORVAL_CMAKE +
+                              "' --install '" + QUORVAL_BUILD_DIR + "' --prefix /usr > /dev/null";
+  ASSERT_EQ(std::system(install.c_str()), 0) << install;
+
+  // What the install holds: the data beside bin, no hi-score table of its own, the desktop files.
+  const fs::path data = share / "games/brindlex-quorval";
+  for (const char* file : {"Gfx/Font0.bmp", "Gfx/Setup.ttf", "Data/Ships.Dat", "Tracks/test.MXT", "Sm/ASounds.raw"})
+    EXPECT_TRUE(fs::is_regular_file(data / file)) << file << " not installed";
+  for (const char* file : {"bin/quorval", "share/applications/org.brindlex.quorval.desktop",
+                           "share/metainfo/org.brindlex.quorval.metainfo.xml", "share/man/man6/quorval.6.gz"})
+    EXPECT_TRUE(fs::is_regular_file(usr / file)) << file << " not installed";
+  EXPECT_FALSE(fs::exists(data / "Data/Hiscores.Dat"));
+  // Each icon decodes to its size, clear in the corner, opaque in the middle.
+  for (int size : {16, 22, 24, 32, 48, 64, 128, 256}) {
+    const std::string name = std::to_string(size) + "x" + std::to_string(size);
+    const std::string png = (share / "icons/hicolor" / name / "apps/org.brindlex.quorval.png").string();
+    int w = 0, h = 0, channels = 0;
+    unsigned char* pixels = stbi_load(png.c_str(), &w, &h, &channels, 4);
+    ASSERT_NE(pixels, nullptr) << png << ": " << stbi_failure_reason();
+    EXPECT_EQ(w, size) << png;
+    EXPECT_EQ(h, size) << png;
+    EXPECT_EQ(channels, 4) << png;
+    EXPECT_EQ(pixels[3], 0) << png << " corner";
+    EXPECT_EQ(pixels[((size / 2) * size + size / 2) * 4 + 3], 255) << png << " middle";
+    stbi_image_free(pixels);
+  }
+
+  Set_Writable(usr, false);
+  const auto installed = Listing(usr);
+  setenv("HOME", (root.path() / "home").c_str(), 1);
+  unsetenv("XDG_DATA_HOME");
+  const fs::path pref = root.path() / "home/.local/share/brindlex-quorval";
+
+  // A new player's first run, in process from the installed bin folder: the setup dialog's
+  // Start writes the settings, Enter skips the intro, the menu's quit button ends it.
+  platform::Set_App_Dir((usr / "bin").string());
+  platform::Set_Dialog_Script([](uint64_t frame, platform::DialogPointer& p) {
+    const Rect start = frmSetup::Control_Rect("lblStart");
+    p.x = float(start.left + start.right) / 2;
+    p.y = float(start.top + start.bottom) / 2;
+    p.down = frame == 3;
+    return frame >= 2;
+  });
+  platform::Use_Manual_Clock(true);
+  uint8_t state = 255;
+  int frames = 0;  // in the current state
+  platform::Set_Pump_Hook([&](uint64_t pump) {
+    platform::Advance_Manual_Clock(16);
+    if (modMain::GameState != state) state = modMain::GameState, frames = 0;
+    ++frames;
+    if (state == modMain::kStateIntro && frames % 10 == 5) platform::Post_Event({platform::EventKind::KeyDown, 13});
+    if (state == modMain::kStateIntro && frames % 10 == 7) platform::Post_Event({platform::EventKind::KeyUp, 13});
+    if (state == modMain::kStateMainMenu && modMainScr::ButtonSlide == 0.0f) {
+      const Rect& quit = modMainScr::ButtonRects[3];
+      const float x = float(quit.left + quit.right) / 2, y = float(quit.top + quit.bottom) / 2;
+      platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y});
+      platform::Post_Event({platform::EventKind::MouseDown, 0, 1, 0, x, y});
+    }
+    if (pump == 2000) platform::Post_Event({platform::EventKind::Quit});  // the script lost its way
+  });
+  EXPECT_EQ(modMain::Main(), 0);
+  platform::Set_Pump_Hook(nullptr);
+  platform::Set_Dialog_Script(nullptr);
+  platform::Use_Manual_Clock(false);
+  modHiScore::Load_HiScores();  // the hi-score table's first read creates it
+
+  EXPECT_EQ(modMain::Settings_Path(), (pref / "Quorval.ini").string());
+  EXPECT_EQ(modMain::Log_Path(), (pref / "Brindlex Log File.txt").string());
+  EXPECT_EQ(modHiScore::HiScore_Path(), (pref / "Data/Hiscores.Dat").string());
+  const auto ini = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  ASSERT_EQ(ini.size(), 13u) << "settings";
+  const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
+  ASSERT_FALSE(log.empty()) << "log";
+  EXPECT_EQ(log.front(), "Program Started");
+  EXPECT_NE(std::find(log.begin(), log.end(), "Starting Main loop"), log.end()) << "the data was not found";
+  EXPECT_EQ(log.back(), "Bye Bye");
+  EXPECT_TRUE(fs::is_regular_file(pref / "Data/Hiscores.Dat"));
+
+  // The installed executable itself, the setup dialog switched off: it finds its data
+  // through its own path and starts a fresh log in the player's folder.
+  std::string settings = testenv::Read_File(modMain::Settings_Path());
+  settings[0] = '1';
+  testenv::Write_File(modMain::Settings_Path(), settings);
+  EXPECT_EQ(Run_Until_Looping((usr / "bin/quorval").string(), modMain::Log_Path()), 0);
+  const auto second = testenv::Read_Lines_CRLF(modMain::Log_Path());
+  ASSERT_GE(second.size(), 4u) << "second log";
+  EXPECT_EQ(second[2], "Reading Quorval.ini...");
+  EXPECT_EQ(second[3], "...Done") << "the settings were not read from the player's folder";
+  EXPECT_EQ(second.back(), "Bye Bye");
+
+  const auto after = Listing(usr);
+  std::vector<std::string> changed;
+  std::set_symmetric_difference(installed.begin(), installed.end(), after.begin(), after.end(),
+                                std::back_inserter(changed));
+  EXPECT_EQ(changed, std::vector<std::string>{}) << "the game wrote into its install";
+  std::vector<std::string> players;
+  for (const auto& e : fs::recursive_directory_iterator(pref)) players.push_back(fs::relative(e.path(), pref).string());
+  std::sort(players.begin(), players.end());
+  EXPECT_EQ(players, (std::vector<std::string>{"Brindlex Log File.txt", "Data", "Data/Hiscores.Dat", "Quorval.ini"}));
+}
