@@ -9,6 +9,7 @@
 #include "gfx/modText.h"
 #include "platform/platform.h"
 #include "screens/modDInput.h"
+#include "vehicle/ghost.h"
 
 namespace modOptions {
 
@@ -18,7 +19,7 @@ using modMain::Screen_Y;
 Bool16 OptionsRunning = kFalse;
 u8 CaptureSlot = 0;
 std::array<Rect, 9> OptionButtons;
-std::array<Rect, 3> AddedButtons;
+std::array<Rect, 4> AddedButtons;
 
 namespace {
 using mod3Denhance::BackBuffer;
@@ -52,10 +53,13 @@ const std::array<Control, 4> kControls = {Control{&modMain::KeyUp, 38, 279}, Con
                                           Control{&modMain::KeyLeft, 37, 327}, Control{&modMain::KeyRight, 39, 351}};
 
 // The added areas, where the picture has room for them (design units).
-constexpr int kAddedAreas[3][4] = {{171, 251, 460, 271}, {223, 182, 243, 204}, {303, 182, 323, 204}};
-enum { kDeviceArea, kVolumeDownArea, kVolumeUpArea };
+constexpr int kAddedAreas[4][4] = {
+    {171, 251, 460, 271}, {223, 182, 243, 204}, {303, 182, 323, 204}, {360, 182, 464, 204}};
+enum { kDeviceArea, kVolumeDownArea, kVolumeUpArea, kGhostArea };
 constexpr Overlay kVolumeDownLit{0, 0, 10, 12, 228, 187}, kVolumeUpLit{10, 0, 20, 12, 308, 187},
-    kDeviceLit{10, 0, 20, 12, 444, 255};
+    kDeviceLit{10, 0, 20, 12, 444, 255}, kGhostTick{40, 83, 55, 97, 448, 186};
+// The ghost switch as shown; stored on leaving, like the pad and the volume.
+bool g_ghost = false;
 // The volume wedge: ten bars rising left to right, lit up to the volume.
 constexpr int kVolumeBarLeft = 244, kVolumeBarPitch = 6, kVolumeBarWidth = 4, kVolumeBarBottom = 200;
 constexpr u32 kVolumeLit = 0x38D8F0;
@@ -92,6 +96,7 @@ void Store_And_Leave() {
   platform::Pump_Messages();
   modMain::Read_Settings();
   frmMain::Store_Pad_And_Volume();
+  if (g_ghost != ghost::Enabled()) ghost::Set_Enabled(g_ghost);
   OptionsRunning = kFalse;
   frmMain::MouseLeftDown = kFalse;
   modMain::GameState = modMain::kStateMainMenu;
@@ -127,10 +132,13 @@ void Act_Added(int area) {
     case kDeviceArea:
       modMain::ControlDevice = modMain::ControlDevice == 0 ? 1 : 0;
       break;
+    case kGhostArea:
+      g_ghost = !g_ghost;
+      break;
     case kVolumeDownArea:
       if (frmMain::MusicVolume > 0) frmMain::Set_Music_Volume(static_cast<u8>(frmMain::MusicVolume - 1));
       break;
-    default:
+    case kVolumeUpArea:
       frmMain::Set_Music_Volume(static_cast<u8>(frmMain::MusicVolume + 1));
       break;
   }
@@ -202,6 +210,7 @@ void Draw_Options_Screen() {
   if (Mouse_Over(3)) Draw_Overlay(kLeaveLit);
   if (Mouse_Over(4)) Draw_Overlay(kDefaultsLit);
   Draw_Volume();
+  if (g_ghost) Draw_Overlay(kGhostTick);
   if (Mouse_Over_Added(kDeviceArea)) Draw_Overlay(kDeviceLit);
   modText::Draw_Text(Screen_X(171), Screen_Y(254), 2, Device_Text());
   for (size_t i = 0; i < kControls.size(); ++i) {
@@ -275,6 +284,7 @@ void Init_Options_Screen() {
     AddedButtons[i] = mod3Denhance::Make_Rect(Screen_X(a[0]), Screen_Y(a[1]), Screen_X(a[2]), Screen_Y(a[3]));
   }
   g_device_text.reserve(kDeviceTextCells);
+  g_ghost = ghost::Enabled();
   CaptureSlot = 0;
   OptionsRunning = kTrue;
   modMain::Reset_Game_Clock();

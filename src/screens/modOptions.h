@@ -17,8 +17,9 @@ extern u8 CaptureSlot;
 // Clickable areas: 0/1 difficulty down/up, 2 setup tick, 3 store and leave, 4 defaults,
 // 5..8 rebind up, down, left, right.
 extern std::array<Rect, 9> OptionButtons;
-// The added areas: 0 control device (keyboard <-> gamepad), 1/2 music volume down/up.
-extern std::array<Rect, 3> AddedButtons;
+// The added areas: 0 control device (keyboard <-> gamepad), 1/2 music volume down/up,
+// 3 the ghost switch.
+extern std::array<Rect, 4> AddedButtons;
 
 // Runs the screen until it is left through its store button (GameState 0) or the
 // window is closed (nothing stored then).

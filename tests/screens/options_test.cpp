@@ -153,6 +153,7 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
       arrived = true;
     };
   steps[60] = [] { Set_Virtual_Pad(platform::kPadA, 0), Move(620, 20); };
+  Click_At(61, 400, 193);  // the ghost switch, beside the volume
   // Looked at once the particles left on the way have died.
   steps[125] = [&] {
     Screenshot("options_pad");
@@ -162,6 +163,8 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
     EXPECT_EQ(frmMain::MusicVolume, 7);
     EXPECT_EQ(At(244 + 6 * 6 + 1, 198), 0x38D8F0u);
     EXPECT_NE(At(244 + 6 * 7 + 1, 198), 0x38D8F0u);
+    EXPECT_GT(At(458, 192) & 0xFF, 150u) << "the ghost switch ticked";
+    EXPECT_EQ(At(458, 192), At(458, 161)) << "with the setup row's tick";
   };
   Click(126, kRowUp);
   steps[129] = [] { Set_Virtual_Pad(platform::kPadX, 1); };
@@ -190,5 +193,5 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
   EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "", "1", "38",
                                                      "40", "37", "39"}))
       << "ControlDevice 1, the keys kept";
-  EXPECT_EQ(testenv::Read_File(extras::Path()), "pad_thrust=2\nvolume=7\n");
+  EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=1\npad_thrust=2\nvolume=7\n");
 }

@@ -65,8 +65,11 @@ Picture Background() {
   Frame(p, 447, 154, 464, 170, kSteelLight);
   Line(p, {171, 177}, {460, 177}, 1, kSteel);
   // Music volume: arrows either side of a wedge of ten bars the screen lights up to the
-  // volume. The right half of the row is kept free for a further switch.
+  // volume; on its right, the ghost switch's box the tick is overlaid in.
   Text(p, 171, 189, "MUSIC", Label());
+  Text(p, 360, 189, "GHOST", Label());
+  Fill(p, 448, 186, 463, 200, kSlot);
+  Frame(p, 447, 185, 464, 201, kSteelLight);
   Arrow(p, 228, 187, true, kSteelLight);
   Arrow(p, 308, 187, false, kSteelLight);
   for (int i = 0; i < 10; ++i) Fill(p, 244 + 6 * i, 196 - i, 248 + 6 * i, 200, kSteel);
