@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/extras.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "platform/platform.h"
@@ -16,9 +17,14 @@ Bool16 EscapePressed = kFalse;
 Bool16 ShiftPressed = kFalse;
 i16 MouseX = 0, MouseY = 0;
 Bool16 MouseLeftDown = kFalse;
+bool PauseRequested = false;
 
 namespace {
 constexpr i16 kLeftButton = 1;
+constexpr i16 kEnter = 13, kF11 = 122, kAltBit = 4;
+constexpr const char* kWindowSetting = "window";  // 1: an ordinary window, 0: full screen
+
+bool Window_Key(i16 key, i16 shift) { return key == kF11 || (key == kEnter && (shift & kAltBit) != 0); }
 
 void Key_Event(i16 key, Bool16 v) {
   using namespace modMain;
@@ -44,6 +50,7 @@ void Key_Event(i16 key, Bool16 v) {
 }  // namespace
 
 bool Show() {
+  platform::Set_Windowed(extras::Get(kWindowSetting, 0, 0, 1) == 1);
   if (!platform::Open_Window("Brindlex Quorval")) return false;
   platform::InputHandlers h;
   h.key_down = Form_KeyDown;
@@ -55,6 +62,7 @@ bool Show() {
     modMain::QuitRequested = true;
     modMain::Running = kFalse;
   };
+  h.focus_lost = Request_Pause;
   platform::Set_Input_Handlers(h);
   return true;
 }
@@ -64,8 +72,25 @@ void Unload() {
   platform::Close_Window();
 }
 
-void Form_KeyDown(i16 key_code, i16 /*shift*/) { Key_Event(key_code, kTrue); }
-void Form_KeyUp(i16 key_code, i16 /*shift*/) { Key_Event(key_code, kFalse); }
+void Form_KeyDown(i16 key_code, i16 shift) {
+  if (Window_Key(key_code, shift)) {
+    Toggle_Window();
+    return;
+  }
+  Key_Event(key_code, kTrue);
+}
+
+void Form_KeyUp(i16 key_code, i16 shift) {
+  if (!Window_Key(key_code, shift)) Key_Event(key_code, kFalse);
+}
+
+void Request_Pause() { PauseRequested = true; }
+
+void Toggle_Window() {
+  const bool windowed = !platform::Windowed();
+  platform::Set_Windowed(windowed);
+  extras::Set(kWindowSetting, windowed ? 1 : 0);
+}
 
 void Form_MouseDown(i16 button, i16, float, float) {
   if (button == kLeftButton) MouseLeftDown = kTrue;
@@ -83,6 +108,7 @@ void Form_MouseMove(i16, i16, float x, float y) {
 void Reset_Input() {
   std::fill(std::begin(KeyState), std::end(KeyState), kFalse);
   EnterPressed = EscapePressed = ShiftPressed = MouseLeftDown = kFalse;
+  PauseRequested = false;
   MouseX = MouseY = 0;
 }
 

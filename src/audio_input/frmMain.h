@@ -18,15 +18,25 @@ extern Bool16 EscapePressed;  // the race pause clears it
 extern Bool16 ShiftPressed;
 extern i16 MouseX, MouseY;    // back-buffer pixels
 extern Bool16 MouseLeftDown;  // readers clear it when they act on a click
+// Set by Request_Pause; the race takes it as it takes Escape and clears it.
+extern bool PauseRequested;
 
-// Shows the window captioned "Brindlex Quorval" and connects its handlers to the pump.
-// False when no window can be opened.
+// Asks the race to pause exactly as Escape does (the window lost the focus, a pad went
+// away): the race pauses at its next key check once the countdown is over; a finished
+// player gets no pause menu, and a request outside a race is forgotten when one starts.
+void Request_Pause();
+// Alt+Enter and F11: full screen <-> window, remembered in Quorval.cfg ("window").
+void Toggle_Window();
+
+// Shows the window captioned "Brindlex Quorval" (full screen, or the window the player
+// last chose) and connects its handlers to the pump. False when no window can be opened.
 bool Show();
 // Closes the window (the end of the program).
 void Unload();
 
 // The bound driving keys go to Players(0)'s controls first (in the order up, down, left,
 // right); any other key may raise Escape, Enter or Shift. Codes 0..123 also set KeyState.
+// Alt+Enter and F11 only switch the window (Toggle_Window) and reach nothing else.
 void Form_KeyDown(i16 key_code, i16 shift);
 void Form_KeyUp(i16 key_code, i16 shift);
 void Form_MouseDown(i16 button, i16 shift, float x, float y);

@@ -19,6 +19,13 @@ void Apply_Color_Key(platform::Image& image, i16 mode) {
   if (mode == kKeyMagenta) image.Set_Color_Key(m.red + m.blue);
 }
 
+// The key colour a mode will set, as the loader needs it to scale around it.
+std::optional<uint32_t> Key_Argb(i16 mode) {
+  if (mode == kKeyBlack) return 0xFF000000u;
+  if (mode == kKeyMagenta) return 0xFFFF00FFu;
+  return std::nullopt;
+}
+
 bool Ends_With_Dds(const std::string& file) {
   if (file.size() < 4) return false;
   std::string tail = file.substr(file.size() - 4);
@@ -36,7 +43,8 @@ bool Create_Surface(Surface& surface, double width, double height, const std::st
   // a texture made on first use, so the memory flag changes nothing.
   (void)in_system_memory;
   const auto format = platform::PixelFormat::X8R8G8B8;
-  surface = file.empty() ? platform::Image::Create(w, h, format) : platform::Load_BMP(Local_Path(file), w, h, format);
+  surface = file.empty() ? platform::Image::Create(w, h, format)
+                         : platform::Load_BMP(Local_Path(file), w, h, format, Key_Argb(color_key_mode));
   if (!surface) return false;
   Apply_Color_Key(*surface, color_key_mode);
   return true;
@@ -50,7 +58,8 @@ Surface Create_Texture(const std::string& file, i32 width, i32 height, i16 color
   if (file.empty()) {
     texture = sized ? platform::Image::Create(width, height, format) : nullptr;
   } else {
-    texture = platform::Load_BMP(Local_Path(file), sized ? width : 0, sized ? height : 0, format);
+    texture =
+        platform::Load_BMP(Local_Path(file), sized ? width : 0, sized ? height : 0, format, Key_Argb(color_key_mode));
   }
   if (texture) Apply_Color_Key(*texture, color_key_mode);
   return texture;

@@ -13,6 +13,7 @@ InputHandlers g_handlers;
 std::deque<InputEvent> g_queue;
 std::function<void(uint64_t)> g_hook;
 uint64_t g_pump_count = 0;
+bool g_was_minimised = false;
 
 int16_t Button_Of(uint8_t sdl_button) {
   switch (sdl_button) {
@@ -56,10 +57,35 @@ void Collect_SDL_Events() {
       case SDL_QUIT:
         out.kind = EventKind::Quit;
         break;
+      case SDL_WINDOWEVENT:
+        if (e.window.event != SDL_WINDOWEVENT_FOCUS_LOST && e.window.event != SDL_WINDOWEVENT_MINIMIZED) continue;
+        out.kind = EventKind::FocusLost;
+        break;
       default:
         continue;
     }
     g_queue.push_back(out);
+  }
+}
+
+bool Minimised() {
+  SDL_Window* window = detail::Window();
+  return window != nullptr && (SDL_GetWindowFlags(window) & SDL_WINDOW_MINIMIZED) != 0;
+}
+
+bool Quit_Queued() {
+  for (const InputEvent& e : g_queue)
+    if (e.kind == EventKind::Quit) return true;
+  return false;
+}
+
+// A minimised game waits here on the window system, gathering what arrives, until the
+// window is back or the game is told to close. Scripted runs on the manual clock never wait.
+void Wait_While_Minimised() {
+  if (Manual_Clock() || !SDL_WasInit(SDL_INIT_EVENTS)) return;
+  while (Minimised() && !Quit_Queued()) {
+    SDL_WaitEventTimeout(nullptr, 250);
+    Collect_SDL_Events();
   }
 }
 }  // namespace
@@ -74,7 +100,11 @@ void Set_Pump_Hook(std::function<void(uint64_t)> hook) {
 void Pump_Messages() {
   if (g_hook) g_hook(g_pump_count);
   ++g_pump_count;
+  // Waits only when the window was already minimised at the last pump: the frame after the
+  // minimising still runs, so the race has seen the lost focus and paused.
+  if (g_was_minimised) Wait_While_Minimised();
   Collect_SDL_Events();
+  g_was_minimised = Minimised();
   // The screens poll held flags once a frame, so a press released within the same pump
   // would never be seen (a quick click on a slow frame). Such a release waits, with
   // everything behind it, for the next pump.
@@ -106,6 +136,9 @@ void Pump_Messages() {
         break;
       case EventKind::Quit:
         if (g_handlers.quit) g_handlers.quit();
+        break;
+      case EventKind::FocusLost:
+        if (g_handlers.focus_lost) g_handlers.focus_lost();
         break;
     }
   }

@@ -17,7 +17,7 @@ bool Manual_Clock();
 void Advance_Manual_Clock(int32_t ms);
 void Set_Manual_Clock(int32_t ms);
 
-enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit };
+enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit, FocusLost };
 struct InputEvent {
   EventKind kind = EventKind::KeyDown;
   int16_t key = 0;     // key events
@@ -30,6 +30,9 @@ void Post_Event(const InputEvent& e);
 // Called at the start of every Pump_Messages with the number of pumps since the hook was
 // set (0 on the first); a script posts its events and advances the manual clock from here.
 void Set_Pump_Hook(std::function<void(uint64_t pump)> hook);
+
+// Pretends the display refreshes at hz (0: the display's own rate again).
+void Set_Refresh_Rate(int hz);
 
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {

@@ -72,12 +72,15 @@ void Race_Keys() {
       modMain::GameState = modMain::kStateHiScore;
       frmMain::EnterPressed = kFalse;
     }
+    frmMain::PauseRequested = false;  // a finished race has no pause to give
     return;
   }
-  if (Is_Set(frmMain::EscapePressed) && !Is_Set(Paused)) {
+  // A pause asked for by the window (focus lost, minimised) is taken as Escape is.
+  if ((Is_Set(frmMain::EscapePressed) || frmMain::PauseRequested) && !Is_Set(Paused)) {
     frmMain::EscapePressed = kFalse;
     Paused = kTrue;
   }
+  frmMain::PauseRequested = false;
   if (!Is_Set(Paused)) return;
   if (Is_Set(Player().Thrust)) {
     if (--PauseSelection < 0) PauseSelection = 0;
@@ -99,6 +102,7 @@ void Race_Loop() {
   const i32 race_start = platform::Tick_Count();
   Paused = kFalse;
   RaceRunning = kTrue;
+  frmMain::PauseRequested = false;
   while (Is_Set(RaceRunning) && !modMain::QuitRequested) {
     if (!Is_Set(Paused)) {
       modMain::Update_Frame_Timer();
