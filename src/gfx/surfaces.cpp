@@ -1,6 +1,7 @@
 // Surfaces, textures and the 2D routines.
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 #include "core/numbers.h"
 #include "core/settings.h"
@@ -17,6 +18,17 @@ void Apply_Color_Key(platform::Image& image, i16 mode) {
   const platform::PixelMasks m = platform::Masks_Of(image.Format());
   if (mode == kKeyBlack) image.Set_Color_Key(0);
   if (mode == kKeyMagenta) image.Set_Color_Key(m.red + m.blue);
+}
+
+// Pictures for screens above 640 x 480 are also drawn twice as fine, in a "2x" folder
+// beside the picture; a larger screen scales that one instead of enlarging the small one.
+std::string Finer_Picture(const std::string& path) {
+  if (modMain::ScaleX <= 1.0f && modMain::ScaleY <= 1.0f) return path;
+  const size_t slash = path.find_last_of('/');
+  const std::string finer =
+      slash == std::string::npos ? "2x/" + path : path.substr(0, slash + 1) + "2x/" + path.substr(slash + 1);
+  std::error_code ec;
+  return std::filesystem::is_regular_file(finer, ec) ? finer : path;
 }
 
 // The key colour a mode will set, as the loader needs it to scale around it.
@@ -44,7 +56,7 @@ bool Create_Surface(Surface& surface, double width, double height, const std::st
   (void)in_system_memory;
   const auto format = platform::PixelFormat::X8R8G8B8;
   surface = file.empty() ? platform::Image::Create(w, h, format)
-                         : platform::Load_BMP(Local_Path(file), w, h, format, Key_Argb(color_key_mode));
+                         : platform::Load_BMP(Finer_Picture(Local_Path(file)), w, h, format, Key_Argb(color_key_mode));
   if (!surface) return false;
   Apply_Color_Key(*surface, color_key_mode);
   return true;

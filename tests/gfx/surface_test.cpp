@@ -134,6 +134,21 @@ TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundThei
   EXPECT_FALSE(s);
 }
 
+TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(dir.path() + "/Gfx/p.bmp", Bmp(1, 1, {0xFF0000}));
+  testenv::Write_File(dir.path() + "/Gfx/2x/p.bmp", Bmp(2, 2, {0x00FF00, 0x00FF00, 0x00FF00, 0x00FF00}));
+  testenv::Write_File(dir.path() + "/Gfx/q.bmp", Bmp(1, 1, {0x0000FF}));
+  Surface s;
+  for (const auto& [scale, file, argb] : {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u},
+                                          std::tuple{2.25f, "q", 0xFF0000FFu}}) {
+    modMain::ScaleX = modMain::ScaleY = scale;
+    ASSERT_TRUE(Create_Surface(s, 3, 3, dir.path() + "\\Gfx\\" + file + ".bmp", kKeyNone, kFalse));
+    EXPECT_EQ(s->Argb(1, 1), argb) << file << " at scale " << scale;
+  }
+  modMain::ScaleX = modMain::ScaleY = 1.0f;
+}
+
 TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyMagenta, kTrue));

@@ -40,8 +40,8 @@ void Title(Picture& p) {
        {.pixel_size = 13, .top = kAmber, .bottom = kAmber, .align = Align::Centre, .tracking = 4});
 }
 
-Picture Background() {
-  Picture p(640, 480);
+Picture Background(int scale) {
+  Picture p(640, 480, 0xFF000000u, scale);
   Vertical_Gradient(p, 0, 330, kNight, Mix(kDeep, kSteel, 0.35));
   Vertical_Gradient(p, 330, 480, Mix(kNight, kDeep, 0.5), kNight);
   // Faint stars and speed streaks in the sky.
@@ -121,7 +121,8 @@ Picture Particle() {
 }
 
 bool Generate_Menu(const std::string& game_dir) {
-  bool ok = Write_BMP(game_dir + "/Gfx/MainScr_bg.bmp", Background());
+  bool ok = Write_BMP(game_dir + "/Gfx/MainScr_bg.bmp", Background(1));
+  ok = Write_BMP(game_dir + "/Gfx/2x/MainScr_bg.bmp", Background(2)) && ok;
   ok = Write_BMP(game_dir + "/Gfx/Buttons.bmp", Buttons()) && ok;
   return Write_DDS4444(game_dir + "/Gfx/particle.dds", Particle()) && ok;
 }
