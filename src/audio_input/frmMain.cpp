@@ -22,7 +22,7 @@ Bool16 MouseLeftDown = kFalse;
 Bool16 PadState[platform::kPadControlCount] = {};
 i16 PadPressed = -1;
 std::array<i16, 4> PadBinding = kDefaultPadBinding;
-Bool16 PauseRequested = kFalse;
+bool PauseRequested = false;
 u8 MusicVolume = 10;
 
 namespace {
@@ -35,6 +35,10 @@ constexpr float kPointerSpeed = 0.6f;
 
 Bool16* g_a_flag = nullptr;  // what the held A set: Enter in a race, the left button elsewhere
 float g_pointer_x = 0, g_pointer_y = 0;
+constexpr i16 kEnter = 13, kF11 = 122, kAltBit = 4;
+constexpr const char* kWindowSetting = "window";  // 1: an ordinary window, 0: full screen
+
+bool Window_Key(i16 key, i16 shift) { return key == kF11 || (key == kEnter && (shift & kAltBit) != 0); }
 
 void Key_Event(i16 key, Bool16 v) {
   using namespace modMain;
@@ -123,6 +127,7 @@ float Volume_Gain(u8 steps) {
 }  // namespace
 
 bool Show() {
+  platform::Set_Windowed(extras::Get(kWindowSetting, 0, 0, 1) == 1);
   if (!platform::Open_Window("Brindlex Quorval")) return false;
   platform::InputHandlers h;
   h.key_down = Form_KeyDown;
@@ -138,6 +143,7 @@ bool Show() {
   h.pad_up = Form_PadUp;
   h.pad_stick = Form_PadStick;
   h.pad_plug = Form_PadPlug;
+  h.focus_lost = Request_Pause;
   platform::Set_Input_Handlers(h);
   return true;
 }
@@ -147,8 +153,25 @@ void Unload() {
   platform::Close_Window();
 }
 
-void Form_KeyDown(i16 key_code, i16 /*shift*/) { Key_Event(key_code, kTrue); }
-void Form_KeyUp(i16 key_code, i16 /*shift*/) { Key_Event(key_code, kFalse); }
+void Form_KeyDown(i16 key_code, i16 shift) {
+  if (Window_Key(key_code, shift)) {
+    Toggle_Window();
+    return;
+  }
+  Key_Event(key_code, kTrue);
+}
+
+void Form_KeyUp(i16 key_code, i16 shift) {
+  if (!Window_Key(key_code, shift)) Key_Event(key_code, kFalse);
+}
+
+void Request_Pause() { PauseRequested = true; }
+
+void Toggle_Window() {
+  const bool windowed = !platform::Windowed();
+  platform::Set_Windowed(windowed);
+  extras::Set(kWindowSetting, windowed ? 1 : 0);
+}
 
 void Form_MouseDown(i16 button, i16, float, float) {
   if (button == kLeftButton) MouseLeftDown = kTrue;
@@ -166,7 +189,8 @@ void Form_MouseMove(i16, i16, float x, float y) {
 void Reset_Input() {
   std::fill(std::begin(KeyState), std::end(KeyState), kFalse);
   std::fill(std::begin(PadState), std::end(PadState), kFalse);
-  EnterPressed = EscapePressed = ShiftPressed = MouseLeftDown = PauseRequested = kFalse;
+  EnterPressed = EscapePressed = ShiftPressed = MouseLeftDown = kFalse;
+  PauseRequested = false;
   MouseX = MouseY = 0;
   PadPressed = -1;
   g_a_flag = nullptr;
@@ -189,10 +213,9 @@ void Form_PadStick(float x, float y) {
 }
 
 void Form_PadPlug(bool connected) {
-  if (!connected) Request_Race_Pause();
+  if (!connected) Request_Pause();
 }
 
-void Request_Race_Pause() { PauseRequested = kTrue; }
 
 void Set_Music_Volume(u8 steps) {
   MusicVolume = std::min(steps, kFullVolume);

@@ -20,15 +20,25 @@ extern Bool16 EscapePressed;  // the race pause clears it
 extern Bool16 ShiftPressed;
 extern i16 MouseX, MouseY;    // back-buffer pixels
 extern Bool16 MouseLeftDown;  // readers clear it when they act on a click
+// Set by Request_Pause; the race takes it as it takes Escape and clears it.
+extern bool PauseRequested;
 
-// Shows the window captioned "Brindlex Quorval" and connects its handlers to the pump.
-// False when no window can be opened.
+// Asks the race to pause exactly as Escape does (the window lost the focus, a pad went
+// away): the race pauses at its next key check once the countdown is over; a finished
+// player gets no pause menu, and a request outside a race is forgotten when one starts.
+void Request_Pause();
+// Alt+Enter and F11: full screen <-> window, remembered in Quorval.cfg ("window").
+void Toggle_Window();
+
+// Shows the window captioned "Brindlex Quorval" (full screen, or the window the player
+// last chose) and connects its handlers to the pump. False when no window can be opened.
 bool Show();
 // Closes the window (the end of the program).
 void Unload();
 
 // The bound driving keys go to Players(0)'s controls first (in the order up, down, left,
 // right); any other key may raise Escape, Enter or Shift. Codes 0..123 also set KeyState.
+// Alt+Enter and F11 only switch the window (Toggle_Window) and reach nothing else.
 void Form_KeyDown(i16 key_code, i16 shift);
 void Form_KeyUp(i16 key_code, i16 shift);
 void Form_MouseDown(i16 button, i16 shift, float x, float y);
@@ -54,13 +64,8 @@ void Form_PadDown(i16 control);
 void Form_PadUp(i16 control);
 // The left stick (x, y in -1..1) moves the pointer over the last frame's time, outside races.
 void Form_PadStick(float x, float y);
-// A pad unplugged asks the race to pause (Request_Race_Pause).
+// A pad unplugged asks the race to pause (Request_Pause).
 void Form_PadPlug(bool connected);
-
-// A pause asked for by something other than Escape: the race pauses as Escape pauses it,
-// at the first frame it may, and clears this; a race starts with it clear.
-extern Bool16 PauseRequested;
-void Request_Race_Pause();
 
 // --- the music volume ----------------------------------------------------------------
 extern u8 MusicVolume;  // 0 off, 1..10; 10 plays the music as recorded

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "platform/platform.h"
+#include "platform/render.h"
 
 namespace modMain {
 
@@ -13,12 +14,21 @@ i32 GameClock = 0;
 i32 LastTick = 0;
 i16 NumOpponents = 0;
 bool QuitRequested = false;
+i32 DesignSteps = 1;
 
 namespace {
 constexpr i32 kMaxFrameTime = 50;
 constexpr i32 kClockWrap = 3600000;
 std::mt19937 g_random(0);
+double g_design_carry = 0;
 }  // namespace
+
+void Count_Design_Steps() {
+  g_design_carry += platform::Design_Steps_Per_Frame();
+  // The margin keeps a sum of thirds and twelfths from falling a hair short of a whole step.
+  DesignSteps = static_cast<i32>(g_design_carry + 1e-9);
+  g_design_carry -= DesignSteps;
+}
 
 void Update_Frame_Timer() {
   // Difference taken modulo 2^32 so the tick counter's own wrap gives a short frame.

@@ -21,6 +21,13 @@ extern i16 NumOpponents;
 // every screen loop leaves, the state loop ends, and shutdown runs as for the quit button.
 extern bool QuitRequested;
 
+// What the game steps once a frame (the pause-menu blink, the stat bars, the chase
+// camera's steps) it steps DesignSteps times: always 1 on a 60 Hz display, and on a faster
+// one 0 or 1 so that it still steps 60 times a second.
+extern i32 DesignSteps;
+// Counts the steps the coming frame holds; called once a frame, by the flip.
+void Count_Design_Steps();
+
 // FrameTime = now - LastTick (at most 50); GameClock advances by it (one-hour wrap).
 void Update_Frame_Timer();
 void Reset_Game_Clock();

@@ -152,7 +152,7 @@ Action Draw(SetupForm& f) {
 
   ImGui::SetCursorPosY(kBanner + 22);
   Section("DISPLAY");
-  Scroll_Row("Resolution", "##HScrollRes", "lblRes", f.HScrollRes, 3, f.lblRes, nullptr, f,
+  Scroll_Row("Resolution", "##HScrollRes", "lblRes", f.HScrollRes, int(f.Modes.size()) - 1, f.lblRes, nullptr, f,
              &SetupForm::HScrollRes_Scroll, &SetupForm::HScrollRes_Change);
   Scroll_Row("Colour depth", "##HScrollBPP", "lblBPP", f.HScrollBPP, 2, f.lblBPP, "bits", f,
              &SetupForm::HScrollBPP_Scroll, &SetupForm::HScrollBPP_Change);
@@ -199,6 +199,8 @@ Action Draw(SetupForm& f) {
 
 bool Show() {
   SetupForm form;
+  int desktop_w = 0, desktop_h = 0;
+  if (platform::Desktop_Size(desktop_w, desktop_h)) form.Modes = Offered_Resolutions(desktop_w, desktop_h);
   form.Form_Load(platform::Device_List(), platform::Sound_Device_List());
   g_rects = {};
   if (!platform::Open_Dialog(kCaption, kWidth, kHeight, platform::Game_Path("\\Gfx\\Setup.ttf"),

@@ -7,13 +7,20 @@
 
 namespace frmSetup {
 
+std::vector<Resolution> Offered_Resolutions(int desktop_width, int desktop_height) {
+  std::vector<Resolution> modes(std::begin(kResolutions), std::end(kResolutions));
+  for (const Resolution& r : kLargeResolutions)
+    if (r.width <= desktop_width && r.height <= desktop_height) modes.push_back(r);
+  return modes;
+}
+
 void SetupForm::Form_Load(std::vector<platform::DeviceInfo> devices, std::vector<platform::SoundDeviceInfo> sounds) {
   using namespace modMain;
   // Heights the dialog does not offer leave the scroll bar and caption as they are.
-  for (int i = 0; i < 4; ++i)
-    if (ScreenHeight == kResolutions[i].height) {
-      HScrollRes = i;
-      lblRes = kResolutions[i].caption;
+  for (size_t i = 0; i < Modes.size(); ++i)
+    if (ScreenHeight == Modes[i].height) {
+      HScrollRes = static_cast<int>(i);
+      lblRes = Modes[i].caption;
     }
   for (int i = 0; i < 3; ++i)
     if (ScreenBPP == kDepths[i]) {
@@ -57,7 +64,7 @@ void SetupForm::Fill_Sound_List(std::vector<platform::SoundDeviceInfo> sounds) {
 }
 
 void SetupForm::HScrollRes_Change() {
-  if (HScrollRes >= 0 && HScrollRes < 4) lblRes = kResolutions[HScrollRes].caption;
+  if (HScrollRes >= 0 && HScrollRes < int(Modes.size())) lblRes = Modes[size_t(HScrollRes)].caption;
 }
 
 void SetupForm::HScrollBPP_Change() {
@@ -66,9 +73,9 @@ void SetupForm::HScrollBPP_Change() {
 
 void SetupForm::lblStart_Click() {
   using namespace modMain;
-  if (HScrollRes >= 0 && HScrollRes < 4) {
-    ScreenWidth = kResolutions[HScrollRes].width;
-    ScreenHeight = kResolutions[HScrollRes].height;
+  if (HScrollRes >= 0 && HScrollRes < int(Modes.size())) {
+    ScreenWidth = Modes[size_t(HScrollRes)].width;
+    ScreenHeight = Modes[size_t(HScrollRes)].height;
   }
   if (HScrollBPP >= 0 && HScrollBPP < 3) ScreenBPP = kDepths[HScrollBPP];
   SkipSetup = chkShowAgain ? 1 : 0;

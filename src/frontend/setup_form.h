@@ -16,11 +16,20 @@ struct Resolution {
 };
 inline constexpr Resolution kResolutions[4] = {
     {320, 240, "320x240"}, {640, 400, "640x400"}, {640, 480, "640x480"}, {800, 600, "800x600"}};
+// Offered after those four when the desktop holds them: larger 4:3 modes.
+inline constexpr Resolution kLargeResolutions[] = {
+    {1024, 768, "1024x768"},   {1152, 864, "1152x864"},   {1280, 960, "1280x960"},   {1400, 1050, "1400x1050"},
+    {1440, 1080, "1440x1080"}, {1600, 1200, "1600x1200"}, {1920, 1440, "1920x1440"}, {2048, 1536, "2048x1536"},
+    {2560, 1920, "2560x1920"}, {2880, 2160, "2880x2160"}, {3200, 2400, "3200x2400"}};
+// The modes the resolution bar offers on a desktop of that size (0 x 0: none known): the
+// four above, then every larger mode that fits on it.
+std::vector<Resolution> Offered_Resolutions(int desktop_width, int desktop_height);
 inline constexpr u8 kDepths[3] = {16, 24, 32};
 inline constexpr const char* kDepthCaptions[3] = {"16", "24", "32"};
 
 struct SetupForm {
-  int HScrollRes = 2;  // 0..3, an index of kResolutions
+  std::vector<Resolution> Modes = Offered_Resolutions(0, 0);
+  int HScrollRes = 2;  // an index of Modes
   std::string lblRes = "640x480";
   int HScrollBPP = 0;  // 0..2, an index of kDepths
   std::string lblBPP = "16";

@@ -1,5 +1,6 @@
 // Display and 3D device set-up, flipping and teardown.
 #include "core/log.h"
+#include "core/modMain.h"
 #include "core/settings.h"
 #include "gfx/mod3Denhance.h"
 #include "mathmesh/modMATH.h"
@@ -123,7 +124,10 @@ void Set_Scene_Light(const ColorValue& diffuse, const Vector3& direction) {
   D3DDevice->SetRenderState(platform::rs::Ambient, 0x00969696u);  // red, green and blue 150
 }
 
-void Flip() { platform::Present(); }
+void Flip() {
+  platform::Present();
+  modMain::Count_Design_Steps();
+}
 
 void Restore_Display_Mode() { platform::Restore_Display_Mode(); }
 

@@ -62,8 +62,10 @@ inline constexpr i16 kKeyNone = 0, kKeyBlack = 1, kKeyMagenta = 2;
 
 // Releases surface, then makes a 2D surface of width x height (rounded half to even) from
 // a .bmp scaled to that size (0 x 0: the bitmap's own size), or blank when file is "".
-// False, leaving surface empty, when the file cannot be read or the size is unusable.
-// Paths may use either slash. Works without a display.
+// On a screen larger than 640 x 480 the same name in a "2x" folder beside the file, drawn
+// twice as fine, is scaled instead when it exists. False, leaving surface empty, when the
+// file cannot be read or the size is unusable. Paths may use either slash. Works without a
+// display.
 bool Create_Surface(Surface& surface, double width, double height, const std::string& file, i16 color_key_mode,
                     Bool16 in_system_memory);
 // Creates a texture from a .bmp (scaled to width x height when both are non-zero) or a

@@ -1,6 +1,7 @@
 // Surfaces, textures and the 2D routines.
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 #include "core/numbers.h"
 #include "core/settings.h"
@@ -17,6 +18,24 @@ void Apply_Color_Key(platform::Image& image, i16 mode) {
   const platform::PixelMasks m = platform::Masks_Of(image.Format());
   if (mode == kKeyBlack) image.Set_Color_Key(0);
   if (mode == kKeyMagenta) image.Set_Color_Key(m.red + m.blue);
+}
+
+// Pictures for screens above 640 x 480 are also drawn twice as fine, in a "2x" folder
+// beside the picture; a larger screen scales that one instead of enlarging the small one.
+std::string Finer_Picture(const std::string& path) {
+  if (modMain::ScaleX <= 1.0f && modMain::ScaleY <= 1.0f) return path;
+  const size_t slash = path.find_last_of('/');
+  const std::string finer =
+      slash == std::string::npos ? "2x/" + path : path.substr(0, slash + 1) + "2x/" + path.substr(slash + 1);
+  std::error_code ec;
+  return std::filesystem::is_regular_file(finer, ec) ? finer : path;
+}
+
+// The key colour a mode will set, as the loader needs it to scale around it.
+std::optional<uint32_t> Key_Argb(i16 mode) {
+  if (mode == kKeyBlack) return 0xFF000000u;
+  if (mode == kKeyMagenta) return 0xFFFF00FFu;
+  return std::nullopt;
 }
 
 bool Ends_With_Dds(const std::string& file) {
@@ -36,7 +55,8 @@ bool Create_Surface(Surface& surface, double width, double height, const std::st
   // a texture made on first use, so the memory flag changes nothing.
   (void)in_system_memory;
   const auto format = platform::PixelFormat::X8R8G8B8;
-  surface = file.empty() ? platform::Image::Create(w, h, format) : platform::Load_BMP(Local_Path(file), w, h, format);
+  surface = file.empty() ? platform::Image::Create(w, h, format)
+                         : platform::Load_BMP(Finer_Picture(Local_Path(file)), w, h, format, Key_Argb(color_key_mode));
   if (!surface) return false;
   Apply_Color_Key(*surface, color_key_mode);
   return true;
@@ -50,7 +70,8 @@ Surface Create_Texture(const std::string& file, i32 width, i32 height, i16 color
   if (file.empty()) {
     texture = sized ? platform::Image::Create(width, height, format) : nullptr;
   } else {
-    texture = platform::Load_BMP(Local_Path(file), sized ? width : 0, sized ? height : 0, format);
+    texture =
+        platform::Load_BMP(Local_Path(file), sized ? width : 0, sized ? height : 0, format, Key_Argb(color_key_mode));
   }
   if (texture) Apply_Color_Key(*texture, color_key_mode);
   return texture;

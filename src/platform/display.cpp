@@ -12,6 +12,7 @@
 
 #include "platform/gl_internal.h"
 #include "platform/gl_state.h"
+#include "platform/pacer.h"
 #include "platform/platform.h"
 #include "platform/render.h"
 #include "platform/sdl_internal.h"
@@ -314,37 +315,43 @@ void Restore_Display_Mode() {
 }
 
 namespace {
-std::chrono::steady_clock::time_point g_next_frame{};
+FramePacer g_pacer;
+int g_test_refresh_hz = 0;
 
-double Refresh_Period_Ms() {
+int Refresh_Rate() {
+  if (g_test_refresh_hz > 0) return g_test_refresh_hz;
   SDL_DisplayMode mode{};
-  const int index = SDL_GetWindowDisplayIndex(detail::Window());
-  if (index >= 0 && SDL_GetCurrentDisplayMode(index, &mode) == 0 && mode.refresh_rate > 0)
-    return 1000.0 / mode.refresh_rate;
-  return 1000.0 / 60.0;
+  const int index = detail::Window() != nullptr ? SDL_GetWindowDisplayIndex(detail::Window()) : -1;
+  if (index >= 0 && SDL_GetCurrentDisplayMode(index, &mode) == 0 && mode.refresh_rate > 0) return mode.refresh_rate;
+  return 60;
+}
+
+bool Minimised() {
+  SDL_Window* window = detail::Window();
+  return window != nullptr && (SDL_GetWindowFlags(window) & (SDL_WINDOW_MINIMIZED | SDL_WINDOW_HIDDEN)) != 0;
 }
 
 // The game steps its menus, bars and camera once per frame, so frames must come at the
-// display's rate. Where the swap waits for the refresh the deadline has already passed
-// and nothing sleeps; where it does not (no display, Xvfb, a compositor that ignores the
-// request) the flip waits here instead. Tests on the manual clock never sleep.
+// display's rate: the swap's own wait does that, and where swaps return early the pacer
+// sleeps instead. Tests on the manual clock never sleep.
 void Pace_To_Refresh() {
   using namespace std::chrono;
   if (Manual_Clock()) return;
-  const auto period = duration_cast<steady_clock::duration>(duration<double, std::milli>(Refresh_Period_Ms()));
-  auto now = steady_clock::now();
-  if (g_next_frame > now && g_next_frame - now <= period) {
-    std::this_thread::sleep_until(g_next_frame);
-    now = steady_clock::now();
-  }
-  g_next_frame = std::max(now, g_next_frame) + period;
+  const double now = duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
+  const double wait = g_pacer.After_Swap(now, 1000.0 / Refresh_Rate());
+  if (wait > 0) std::this_thread::sleep_for(duration<double, std::milli>(wait));
 }
 }  // namespace
+
+void Set_Refresh_Rate(int hz) { g_test_refresh_hz = hz; }
+
+double Design_Steps_Per_Frame() { return std::min(1.0, 60.0 / Refresh_Rate()); }
 
 void Present() {
   detail::GlDisplay& gl = Gl();
   if (gl.context == nullptr || detail::Window() == nullptr) return;
   detail::Flush_Device();
+  if (Minimised()) return;  // nothing to show it on; the pump waits for the window
   int ww = 0, wh = 0;
   SDL_GL_GetDrawableSize(detail::Window(), &ww, &wh);
   const detail::Letterbox& lb = detail::Current_Letterbox();

@@ -14,6 +14,7 @@ InputHandlers g_handlers;
 std::deque<InputEvent> g_queue;
 std::function<void(uint64_t)> g_hook;
 uint64_t g_pump_count = 0;
+bool g_was_minimised = false;
 
 int16_t Button_Of(uint8_t sdl_button) {
   switch (sdl_button) {
@@ -57,6 +58,10 @@ void Collect_SDL_Events() {
       case SDL_QUIT:
         out.kind = EventKind::Quit;
         break;
+      case SDL_WINDOWEVENT:
+        if (e.window.event != SDL_WINDOWEVENT_FOCUS_LOST && e.window.event != SDL_WINDOWEVENT_MINIMIZED) continue;
+        out.kind = EventKind::FocusLost;
+        break;
       default:
         detail::Pad_Event(e);  // queues its own events
         continue;
@@ -98,6 +103,30 @@ void Dispatch(const InputEvent& e) {
     case EventKind::PadStick:
       if (g_handlers.pad_stick) g_handlers.pad_stick(e.x, e.y);
       break;
+    case EventKind::FocusLost:
+      if (g_handlers.focus_lost) g_handlers.focus_lost();
+      break;
+  }
+}
+
+bool Minimised() {
+  SDL_Window* window = detail::Window();
+  return window != nullptr && (SDL_GetWindowFlags(window) & SDL_WINDOW_MINIMIZED) != 0;
+}
+
+bool Quit_Queued() {
+  for (const InputEvent& e : g_queue)
+    if (e.kind == EventKind::Quit) return true;
+  return false;
+}
+
+// A minimised game waits here on the window system, gathering what arrives, until the
+// window is back or the game is told to close. Scripted runs on the manual clock never wait.
+void Wait_While_Minimised() {
+  if (Manual_Clock() || !SDL_WasInit(SDL_INIT_EVENTS)) return;
+  while (Minimised() && !Quit_Queued()) {
+    SDL_WaitEventTimeout(nullptr, 250);
+    Collect_SDL_Events();
   }
 }
 }  // namespace
@@ -120,8 +149,12 @@ void Pump_Messages() {
     for (const InputEvent& e : replayed) Dispatch(e);
     return;
   }
+  // Waits only when the window was already minimised at the last pump: the frame after the
+  // minimising still runs, so the race has seen the lost focus and paused.
+  if (g_was_minimised) Wait_While_Minimised();
   detail::Journal_Pump_Begins();
   Collect_SDL_Events();
+  g_was_minimised = Minimised();
   // The screens poll held flags once a frame, so a press released within the same pump
   // would never be seen (a quick click on a slow frame). Such a release waits, with
   // everything behind it, for the next pump.

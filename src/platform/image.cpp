@@ -3,7 +3,10 @@
 #include <SDL.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <optional>
+#include <vector>
 
 #include "platform/gl_internal.h"
 #include "platform/render.h"
@@ -225,7 +228,78 @@ bool Read_Backbuffer(const Rect& rect, uint32_t* argb_out) {
   return detail::Gpu_Read_Backbuffer(rect, argb_out);
 }
 
-ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat format) {
+namespace {
+// One axis of a resampling: for each target index, the source indices and their weights.
+// Enlarging blends the two nearest source pixels (linear); shrinking averages the source
+// pixels under the target pixel by how much of each it covers (area).
+struct Taps {
+  std::vector<int> first;  // per target index: where its taps start in index/weight
+  std::vector<int> index;
+  std::vector<double> weight;
+};
+
+Taps Axis_Taps(int source, int target) {
+  Taps t;
+  const double ratio = double(source) / target;
+  for (int i = 0; i < target; ++i) {
+    t.first.push_back(int(t.index.size()));
+    if (ratio < 1) {
+      const double u = (i + 0.5) * ratio - 0.5;
+      const int a = int(std::floor(u));
+      const double f = u - a;
+      t.index.push_back(std::clamp(a, 0, source - 1));
+      t.weight.push_back(1 - f);
+      t.index.push_back(std::clamp(a + 1, 0, source - 1));
+      t.weight.push_back(f);
+    } else {
+      const double lo = i * ratio, hi = (i + 1) * ratio;
+      for (int s = int(lo); s < hi && s < source; ++s) {
+        t.index.push_back(s);
+        t.weight.push_back(std::min(hi, s + 1.0) - std::max(lo, double(s)));
+      }
+    }
+  }
+  t.first.push_back(int(t.index.size()));
+  return t;
+}
+
+// Scales a picture to width x height. Which pixels are the colour key is decided by the
+// nearest source pixel alone, so keyed shapes keep the edges a pixel-by-pixel enlargement
+// gives them; the colour of every other pixel is filtered from its non-key neighbours only,
+// so no key colour bleeds into an edge, and it never lands on the key by accident.
+void Resample(const uint32_t* src, int sw, int sh, int pitch_px, Image& out, const std::optional<uint32_t>& key) {
+  const int w = out.Width(), h = out.Height();
+  const Taps tx = Axis_Taps(sw, w), ty = Axis_Taps(sh, h);
+  auto at = [&](int x, int y) { return src[size_t(y) * size_t(pitch_px) + size_t(x)]; };
+  auto is_key = [&](uint32_t argb) { return key && (argb & 0xFFFFFFu) == (*key & 0xFFFFFFu); };
+  for (int y = 0; y < h; ++y) {
+    const int ny = int(int64_t(y) * sh / h);
+    for (int x = 0; x < w; ++x) {
+      const uint32_t nearest = at(int(int64_t(x) * sw / w), ny);
+      uint32_t result = nearest;
+      if (!is_key(nearest)) {
+        double sum[4] = {0, 0, 0, 0}, total = 0;
+        for (int j = ty.first[size_t(y)]; j < ty.first[size_t(y) + 1]; ++j)
+          for (int i = tx.first[size_t(x)]; i < tx.first[size_t(x) + 1]; ++i) {
+            const uint32_t c = at(tx.index[size_t(i)], ty.index[size_t(j)]);
+            const double wgt = tx.weight[size_t(i)] * ty.weight[size_t(j)];
+            if (is_key(c) || wgt <= 0) continue;
+            for (int k = 0; k < 4; ++k) sum[k] += wgt * double((c >> (8 * k)) & 0xFFu);
+            total += wgt;
+          }
+        if (total > 0) {
+          uint32_t c = 0;
+          for (int k = 0; k < 4; ++k) c |= uint32_t(std::lround(sum[k] / total)) << (8 * k);
+          if (!is_key(c)) result = c;
+        }
+      }
+      out.Set_Pixel(x, y, From_Argb(out.Format(), result));
+    }
+  }
+}
+}  // namespace
+
+ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat format, std::optional<uint32_t> key) {
   SDL_Surface* loaded = SDL_LoadBMP(path.c_str());
   if (loaded == nullptr) return nullptr;
   SDL_Surface* argb = SDL_ConvertSurfaceFormat(loaded, SDL_PIXELFORMAT_ARGB8888, 0);
@@ -238,15 +312,13 @@ ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat fo
   ImageRef image = Image::Create(width, height, format);
   if (image && SDL_LockSurface(argb) == 0) {
     const auto* base = static_cast<const uint8_t*>(argb->pixels);
-    // Nearest neighbour: pixel i samples source column floor(i * sw / w), the same
-    // mapping in both directions, so a same-size load is an exact copy.
-    for (int y = 0; y < height; ++y) {
-      const int sy = int(int64_t(y) * argb->h / height);
-      const auto* row = reinterpret_cast<const uint32_t*>(base + size_t(sy) * size_t(argb->pitch));
-      for (int x = 0; x < width; ++x) {
-        const int sx = int(int64_t(x) * argb->w / width);
-        image->Set_Pixel(x, y, From_Argb(format, row[sx]));
+    if (width == argb->w && height == argb->h) {
+      for (int y = 0; y < height; ++y) {
+        const auto* row = reinterpret_cast<const uint32_t*>(base + size_t(y) * size_t(argb->pitch));
+        for (int x = 0; x < width; ++x) image->Set_Pixel(x, y, From_Argb(format, row[x]));
       }
+    } else {
+      Resample(reinterpret_cast<const uint32_t*>(base), argb->w, argb->h, argb->pitch / 4, *image, key);
     }
     SDL_UnlockSurface(argb);
   } else {

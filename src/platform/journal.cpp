@@ -106,7 +106,7 @@ bool Parse_Journal(const std::string& text, Journal& journal, std::string& error
       int kind = 0, key = 0, button = 0, shift = 0;
       InputEvent e;
       if (std::sscanf(event.c_str(), "%d,%d,%d,%d,%f,%f", &kind, &key, &button, &shift, &e.x, &e.y) != 6 ||
-          kind < 0 || kind > static_cast<int>(EventKind::PadStick))
+          kind < 0 || kind > static_cast<int>(EventKind::FocusLost))
         return error = "line " + std::to_string(number) + ": bad event", false;
       e.kind = static_cast<EventKind>(kind);
       e.key = static_cast<int16_t>(key), e.button = static_cast<int16_t>(button), e.shift = static_cast<int16_t>(shift);

@@ -31,6 +31,14 @@ int Show_Cursor(bool show);
 bool Open_Window(const char* caption);
 void Close_Window();
 bool Window_Open();
+// Switches between the desktop-fullscreen window and an ordinary resizable window sized
+// to fit well inside the desktop. The GL context, and everything made on it, stays. May be
+// asked before the window opens: it then opens that way. While full screen and focused
+// the pointer cannot leave the window.
+void Set_Windowed(bool windowed);
+bool Windowed();
+// The desktop's size in pixels (the window's display, else the first); false without one.
+bool Desktop_Size(int& width, int& height);
 
 // --- clock ---------------------------------------------------------------------
 // Millisecond tick count (wraps like a 32-bit counter).
@@ -48,7 +56,8 @@ struct InputHandlers {
   std::function<void(int16_t button, int16_t shift, float x, float y)> mouse_down;
   std::function<void(int16_t button, int16_t shift, float x, float y)> mouse_up;
   std::function<void(int16_t button, int16_t shift, float x, float y)> mouse_move;
-  std::function<void()> quit;  // the window was closed or the process told to stop
+  std::function<void()> quit;        // the window was closed or the process told to stop
+  std::function<void()> focus_lost;  // the window lost the keyboard focus or was minimised
   // The gamepad: a control (PadControl) pressed or let go; a pad plugged in (true) or the
   // one in use unplugged (false), after the release of every control it held.
   std::function<void(int16_t control)> pad_down;
@@ -61,7 +70,9 @@ struct InputHandlers {
 void Set_Input_Handlers(const InputHandlers& handlers);
 
 // Collects the window system's events into the queue and dispatches every queued event
-// to the handlers, in order. Handlers run only here.
+// to the handlers, in order. Handlers run only here. While the window is minimised it
+// waits for it to come back (or to be closed) instead of returning, so a minimised game
+// neither draws nor spins; the pump that first sees the minimising returns as usual.
 void Pump_Messages();
 
 // --- gamepad -------------------------------------------------------------------

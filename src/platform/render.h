@@ -3,6 +3,7 @@
 // Game code reaches GL only through what is declared here; no GL types leak.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -86,9 +87,13 @@ class Image {
   std::unique_ptr<detail::GpuState> gpu_;
 };
 
-// Loads a .bmp file into a new image of the format, scaled nearest-neighbour to
-// width x height (0 for either: the file's own size). Null when it cannot be read.
-ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat format);
+// Loads a .bmp file into a new image of the format at width x height (0 for either: the
+// file's own size, copied exactly). A different size is filtered (linear enlarging, area
+// shrinking); key_argb, the colour the image will be keyed on, keeps its pixels where a
+// pixel-by-pixel scaling puts them and out of every other pixel's colour. Null when the
+// file cannot be read.
+ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat format,
+                  std::optional<uint32_t> key_argb = std::nullopt);
 
 // Copies src_rect of src to (x, y) of dst without scaling, texel i to pixel x + i; keyed
 // skips source pixels equal to src's colour key (an unkeyed source copies everything).
@@ -141,8 +146,12 @@ void Restore_Display_Mode();
 // Destroys the context and every GL object; images keep their CPU pixels.
 void Close_Display();
 // Draws the back buffer scaled to the window (aspect kept, borders black) and swaps,
-// waiting for the display's refresh where the driver allows.
+// waiting for the display's refresh where the driver allows; where the swap returns early
+// it sleeps out the rest of the refresh period. Shows nothing while minimised.
 void Present();
+// How many 60 Hz steps one frame stands for: 60 / the display's refresh rate, at most 1
+// (1 when the rate is unknown). What the game steps once a frame steps at this rate.
+double Design_Steps_Per_Frame();
 
 // --- 3D device -------------------------------------------------------------------
 // Transform slots, numbered as the game passes them.

@@ -18,7 +18,8 @@ void Advance_Manual_Clock(int32_t ms);
 void Set_Manual_Clock(int32_t ms);
 
 // PadStick: the left stick held off centre this pump (x, y in -1..1).
-enum class EventKind : uint8_t { KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit, PadDown, PadUp, PadPlug, PadStick };
+enum class EventKind : uint8_t {
+  KeyDown, KeyUp, MouseDown, MouseUp, MouseMove, Quit, PadDown, PadUp, PadPlug, PadStick, FocusLost };
 struct InputEvent {
   EventKind kind = EventKind::KeyDown;
   int16_t key = 0;     // key events; the control of pad events; 1 plugged in, 0 out
@@ -68,6 +69,9 @@ bool Replaying();
 // The journal as text, one line a pump, and back; false with a reason on a malformed text.
 std::string Journal_Text(const Journal& journal);
 bool Parse_Journal(const std::string& text, Journal& journal, std::string& error);
+
+// Pretends the display refreshes at hz (0: the display's own rate again).
+void Set_Refresh_Rate(int hz);
 
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {

@@ -10,6 +10,60 @@ namespace platform {
 namespace {
 SDL_Window* g_window = nullptr;
 int g_bb_width = 0, g_bb_height = 0;
+bool g_windowed = false;
+// The size the window was last given for its back buffer; a size the player has dragged
+// it to is left alone when the back buffer changes.
+int g_auto_w = 0, g_auto_h = 0;
+
+SDL_Rect Desktop() {
+  SDL_Rect r{0, 0, 640, 480};
+  const int index = g_window != nullptr ? std::max(0, SDL_GetWindowDisplayIndex(g_window)) : 0;
+  SDL_DisplayMode mode{};
+  if (SDL_GetDesktopDisplayMode(index, &mode) == 0 && mode.w > 0 && mode.h > 0) {
+    SDL_GetDisplayBounds(index, &r);
+    r.w = mode.w, r.h = mode.h;
+  }
+  return r;
+}
+
+// A window that leaves room for the desktop's panels and borders: the back buffer at the
+// largest whole multiple that fits (pixels stay square and sharp), or scaled down to fit.
+void Windowed_Size(int& w, int& h) {
+  const SDL_Rect desk = Desktop();
+  const int bw = g_bb_width > 0 ? g_bb_width : 640, bh = g_bb_height > 0 ? g_bb_height : 480;
+  const int room_w = desk.w * 9 / 10, room_h = desk.h * 9 / 10;
+  const int k = std::min(room_w / bw, room_h / bh);
+  if (k >= 1) {
+    w = bw * k, h = bh * k;
+    return;
+  }
+  const double scale = std::min(double(room_w) / bw, double(room_h) / bh);
+  w = std::max(1, int(bw * scale)), h = std::max(1, int(bh * scale));
+}
+
+void Apply_Window_Mode() {
+  if (g_window == nullptr) return;
+  const SDL_Rect desk = Desktop();
+  if (g_windowed) {
+    int w = 0, h = 0;
+    Windowed_Size(w, h);
+    SDL_SetWindowFullscreen(g_window, 0);
+    SDL_SetWindowBordered(g_window, SDL_TRUE);
+    SDL_SetWindowResizable(g_window, SDL_TRUE);
+    SDL_SetWindowSize(g_window, w, h);
+    SDL_SetWindowPosition(g_window, desk.x + (desk.w - w) / 2, desk.y + (desk.h - h) / 2);
+    g_auto_w = w, g_auto_h = h;
+  } else {
+    // Placed over the desktop first: without a window manager the request alone does not.
+    SDL_SetWindowResizable(g_window, SDL_FALSE);
+    SDL_SetWindowBordered(g_window, SDL_FALSE);
+    SDL_SetWindowPosition(g_window, desk.x, desk.y);
+    SDL_SetWindowSize(g_window, desk.w, desk.h);
+    SDL_SetWindowFullscreen(g_window, SDL_WINDOW_FULLSCREEN_DESKTOP);
+  }
+  // SDL lets go of the pointer by itself while another window has the focus.
+  SDL_SetWindowGrab(g_window, g_windowed ? SDL_FALSE : SDL_TRUE);
+}
 }  // namespace
 
 namespace detail {
@@ -44,8 +98,29 @@ bool Open_Window(const char* caption) {
   if (SDL_GetDesktopDisplayMode(0, &desktop) == 0 && desktop.w > 0 && desktop.h > 0) w = desktop.w, h = desktop.h;
   g_window =
       SDL_CreateWindow(caption, 0, 0, w, h, SDL_WINDOW_OPENGL | SDL_WINDOW_FULLSCREEN_DESKTOP | SDL_WINDOW_BORDERLESS);
-  if (g_window != nullptr) detail::Start_Gamepads();
-  return g_window != nullptr;
+  if (g_window == nullptr) return false;
+  detail::Start_Gamepads();
+  if (g_windowed)
+    Apply_Window_Mode();
+  else
+    SDL_SetWindowGrab(g_window, SDL_TRUE);
+  return true;
+}
+
+void Set_Windowed(bool windowed) {
+  g_windowed = windowed;
+  Apply_Window_Mode();
+}
+
+bool Windowed() { return g_windowed; }
+
+bool Desktop_Size(int& width, int& height) {
+  if (!SDL_WasInit(SDL_INIT_VIDEO) && SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) return false;
+  const int index = g_window != nullptr ? std::max(0, SDL_GetWindowDisplayIndex(g_window)) : 0;
+  SDL_DisplayMode mode{};
+  if (SDL_GetDesktopDisplayMode(index, &mode) != 0 || mode.w <= 0 || mode.h <= 0) return false;
+  width = mode.w, height = mode.h;
+  return true;
 }
 
 void Close_Window() {
@@ -65,6 +140,10 @@ int g_seen_dw = -1, g_seen_dh = -1, g_seen_bw = -1, g_seen_bh = -1;
 void Set_Backbuffer_Size(int width, int height) {
   g_bb_width = width;
   g_bb_height = height;
+  if (g_window == nullptr || !g_windowed || width <= 0 || height <= 0) return;
+  int ww = 0, wh = 0;
+  SDL_GetWindowSize(g_window, &ww, &wh);
+  if (ww == g_auto_w && wh == g_auto_h) Apply_Window_Mode();
 }
 
 const Letterbox& Current_Letterbox() {

@@ -118,7 +118,8 @@ void Draw_HUD() {
 }
 
 void Draw_Pause_Menu() {
-  if (++PauseBlink > kBlinkPeriod) PauseBlink = 0;
+  for (i32 step = 0; step < modMain::DesignSteps; ++step)
+    if (++PauseBlink > kBlinkPeriod) PauseBlink = 0;
   const bool lit = PauseBlink <= kBlinkShown;
   if (PauseSelection != 0 && PauseSelection != 1) return;
   const double half = modMain::ScreenWidth / 2.0, sy = modMain::ScaleY;

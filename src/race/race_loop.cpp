@@ -67,20 +67,20 @@ void Draw_Start_Lights(i32& elapsed) {
 
 void Race_Keys() {
   if (Player_Finished()) {
-    frmMain::PauseRequested = kFalse;  // a finished race has no pause
     if (Is_Set(frmMain::EnterPressed)) {
       RaceRunning = kFalse;
       modMain::GameState = modMain::kStateHiScore;
       frmMain::EnterPressed = kFalse;
     }
+    frmMain::PauseRequested = false;  // a finished race has no pause to give
     return;
   }
-  // A requested pause (a pad unplugged) pauses as Escape does.
-  if ((Is_Set(frmMain::EscapePressed) || Is_Set(frmMain::PauseRequested)) && !Is_Set(Paused)) {
+  // A requested pause (a pad unplugged, the window losing focus) is taken as Escape is.
+  if ((Is_Set(frmMain::EscapePressed) || frmMain::PauseRequested) && !Is_Set(Paused)) {
     frmMain::EscapePressed = kFalse;
     Paused = kTrue;
   }
-  frmMain::PauseRequested = kFalse;
+  frmMain::PauseRequested = false;
   if (!Is_Set(Paused)) return;
   if (Is_Set(Player().Thrust)) {
     if (--PauseSelection < 0) PauseSelection = 0;
@@ -102,7 +102,7 @@ void Race_Loop() {
   const i32 race_start = platform::Tick_Count();
   Paused = kFalse;
   RaceRunning = kTrue;
-  frmMain::PauseRequested = kFalse;  // asked for before this race began
+  frmMain::PauseRequested = false;  // asked for before this race began
   while (Is_Set(RaceRunning) && !modMain::QuitRequested) {
     if (!Is_Set(Paused)) {
       modMain::Update_Frame_Timer();

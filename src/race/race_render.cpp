@@ -59,12 +59,14 @@ bool Ends_With_Dds(const std::string& name) {
 
 void Move_Camera(Device3D& device, const clsHumanPlayer& p) {
   const float target = p.cVelocityMag * kDistancePerSpeed;
-  if (target - CameraDistance > kDistanceStep)
-    CameraDistance += kDistanceStep;
-  else if (target - CameraDistance < -kDistanceStep)
-    CameraDistance -= kDistanceStep;
-  else
-    CameraDistance = target;
+  for (i32 step = 0; step < modMain::DesignSteps; ++step) {
+    if (target - CameraDistance > kDistanceStep)
+      CameraDistance += kDistanceStep;
+    else if (target - CameraDistance < -kDistanceStep)
+      CameraDistance -= kDistanceStep;
+    else
+      CameraDistance = target;
+  }
   const float s = std::sin(-p.cOrientation), c = std::cos(p.cOrientation);
   const Vector3 eye{p.PositionX - s * CameraDistance - s * kEyeBehind, p.PositionY + kEyeAbove,
                     p.PositionZ - c * CameraDistance - c * kEyeBehind};

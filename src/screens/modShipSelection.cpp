@@ -159,13 +159,14 @@ void Ship_Selection_Loop() {
         }
       }
     }
-    // One design unit per frame, whatever the frame time.
-    for (int i = 0; i < 3; ++i) {
-      if (StatShown[i] > StatTarget[i])
-        --StatShown[i];
-      else if (StatShown[i] < StatTarget[i])
-        ++StatShown[i];
-    }
+    // One design unit per 60 Hz step, whatever the frame time.
+    for (i32 step = 0; step < modMain::DesignSteps; ++step)
+      for (int i = 0; i < 3; ++i) {
+        if (StatShown[i] > StatTarget[i])
+          --StatShown[i];
+        else if (StatShown[i] < StatTarget[i])
+          ++StatShown[i];
+      }
     const float ft = static_cast<float>(modMain::FrameTime);
     if (PreviewMesh) PreviewMesh->Rotate(0, 0.002f * ft, 0.0008f * ft);
     Draw_Ship_Selection();

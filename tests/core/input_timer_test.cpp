@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 #include "audio_input/frmMain.h"
@@ -128,6 +129,22 @@ TEST_F(FrameTimerTest, LongFramesAreCappedAt50AndBothClocksWrap) {
   platform::Advance_Manual_Clock(16);
   Update_Frame_Timer();
   EXPECT_EQ(FrameTime, 16);
+}
+
+TEST(DesignSteps, EveryFrameAt60HzAndSixtyASecondOnFasterDisplays) {
+  for (const auto& [hz, steps_per_second] :
+       {std::pair{60, 60}, std::pair{50, 50}, std::pair{120, 60}, std::pair{144, 60}}) {
+    platform::Set_Refresh_Rate(hz);
+    int total = 0, most = 0;
+    for (int frame = 0; frame < hz; ++frame) {
+      Count_Design_Steps();
+      total += DesignSteps;
+      most = std::max(most, int(DesignSteps));
+    }
+    EXPECT_EQ(total, steps_per_second) << hz << " Hz";
+    EXPECT_EQ(most, 1) << hz << " Hz";
+  }
+  platform::Set_Refresh_Rate(0);
 }
 
 TEST(RandomSource, UniformInUnitIntervalAndSeeded) {

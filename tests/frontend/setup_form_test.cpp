@@ -69,3 +69,33 @@ TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(lines[0] + lines[4] + lines[5], "0<none><none>");
 }
+
+TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
+  auto captions = [](const std::vector<frmSetup::Resolution>& modes) {
+    std::string all;
+    for (const auto& m : modes) all += std::string(m.caption) + " ";
+    return all;
+  };
+  EXPECT_EQ(captions(frmSetup::Offered_Resolutions(0, 0)), "320x240 640x400 640x480 800x600 ");
+  EXPECT_EQ(captions(frmSetup::Offered_Resolutions(1920, 1080)),
+            "320x240 640x400 640x480 800x600 1024x768 1152x864 1280x960 1400x1050 1440x1080 ");
+  // A desktop narrower than 4:3 drops what is too wide for it.
+  EXPECT_EQ(frmSetup::Offered_Resolutions(1280, 1024).back().height, 960);
+  EXPECT_EQ(frmSetup::Offered_Resolutions(3840, 2160).back().height, 2160);
+
+  testenv::ScratchAppDir dir;
+  modMain::Default_Settings();
+  modMain::ScreenWidth = 1440, modMain::ScreenHeight = 1080;
+  frmSetup::SetupForm f;
+  f.Modes = frmSetup::Offered_Resolutions(1920, 1080);
+  f.Form_Load({kTnl}, {});
+  EXPECT_EQ(f.HScrollRes, 8);
+  EXPECT_EQ(f.lblRes, "1440x1080");
+  f.HScrollRes = 7, f.HScrollRes_Scroll();
+  EXPECT_EQ(f.lblRes, "1400x1050");
+  f.lblStart_Click();
+  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  ASSERT_EQ(lines.size(), 13u);
+  EXPECT_EQ(lines[1] + "x" + lines[2], "1400x1050");
+  EXPECT_FLOAT_EQ(modMain::ScaleY, 1050.0f / 480.0f);
+}

@@ -91,7 +91,7 @@ TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
   EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 1)), std::pair(0x3333u, 0x4444u));
 }
 
-TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleNearestNeighbour) {
+TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundTheirKey) {
   testenv::ScratchAppDir dir;
   const std::string path = dir.path() + "/Gfx/p.bmp";
   testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
@@ -110,10 +110,43 @@ TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleNearestNeighbour) 
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 4.5, 3.5, path, kKeyNone, kFalse));  // rounds half to even: 4 x 4
   ASSERT_EQ(std::pair(s->Width(), s->Height()), std::pair(4, 4));
-  const uint32_t quarters[] = {0xFFFF0000u, 0xFF00FF00u, 0xFF0000FFu, 0xFFFFFFFFu};
-  for (int i = 0; i < 16; ++i) EXPECT_EQ(s->Argb(i % 4, i / 4), quarters[i / 8 * 2 + i % 4 / 2]) << i;
+  // Enlarged linearly: corners keep their colour, between them a blend a quarter of the way.
+  EXPECT_EQ(s->Argb(0, 0), 0xFFFF0000u);
+  EXPECT_EQ(s->Argb(3, 3), 0xFFFFFFFFu);
+  EXPECT_EQ(s->Argb(1, 0), 0xFFBF4000u) << "three quarters red, one quarter green";
+  // Shrunk by area: each pixel the mean of the four it covers.
+  ASSERT_TRUE(Create_Surface(s, 1, 1, path, kKeyNone, kFalse));
+  EXPECT_EQ(s->Argb(0, 0), 0xFF808080u);
+
+  // A black-keyed row enlarged 2.25 times: the key lies where a pixel-by-pixel enlargement
+  // puts it, and no other pixel takes any of the key's black into its colour.
+  testenv::Write_File(path, Bmp(4, 1, {0x000000, 0xFF0000, 0x00FF00, 0x000000}));
+  ASSERT_TRUE(Create_Surface(s, 9, 1, path, kKeyBlack, kFalse));
+  for (int x = 0; x < 9; ++x) {
+    const bool key = x * 4 / 9 == 0 || x * 4 / 9 == 3;
+    EXPECT_EQ(s->Is_Key_Pixel(s->Pixel(x, 0)), key) << "x " << x;
+    const uint32_t c = s->Argb(x, 0);
+    if (!key) {
+      EXPECT_GE(((c >> 16) & 0xFF) + ((c >> 8) & 0xFF), 254u) << "red and green undarkened, x " << x;
+    }
+  }
   EXPECT_FALSE(Create_Surface(s, 0, 0, dir.path() + "/Gfx/none.bmp", kKeyNone, kFalse));
   EXPECT_FALSE(s);
+}
+
+TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
+  testenv::ScratchAppDir dir;
+  testenv::Write_File(dir.path() + "/Gfx/p.bmp", Bmp(1, 1, {0xFF0000}));
+  testenv::Write_File(dir.path() + "/Gfx/2x/p.bmp", Bmp(2, 2, {0x00FF00, 0x00FF00, 0x00FF00, 0x00FF00}));
+  testenv::Write_File(dir.path() + "/Gfx/q.bmp", Bmp(1, 1, {0x0000FF}));
+  Surface s;
+  for (const auto& [scale, file, argb] : {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u},
+                                          std::tuple{2.25f, "q", 0xFF0000FFu}}) {
+    modMain::ScaleX = modMain::ScaleY = scale;
+    ASSERT_TRUE(Create_Surface(s, 3, 3, dir.path() + "\\Gfx\\" + file + ".bmp", kKeyNone, kFalse));
+    EXPECT_EQ(s->Argb(1, 1), argb) << file << " at scale " << scale;
+  }
+  modMain::ScaleX = modMain::ScaleY = 1.0f;
 }
 
 TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {

@@ -67,14 +67,23 @@ double Fbm(double x, double y, double width, double height, int base_cells, int 
   return sum / norm;
 }
 
-void Blend(Picture& p, int x, int y, uint32_t colour, double coverage) {
+namespace {
+// One pixel of the picture itself, whatever its scale.
+void Blend_Pixel(Picture& p, int x, int y, uint32_t colour, double coverage) {
   if (x < 0 || y < 0 || x >= p.width || y >= p.height || coverage <= 0) return;
   p.at(x, y) = Mix(p.at(x, y), colour, coverage);
 }
+}  // namespace
+
+void Blend(Picture& p, int x, int y, uint32_t colour, double coverage) {
+  for (int j = 0; j < p.scale; ++j)
+    for (int i = 0; i < p.scale; ++i) Blend_Pixel(p, x * p.scale + i, y * p.scale + j, colour, coverage);
+}
 
 void Fill(Picture& p, int left, int top, int right, int bottom, uint32_t colour) {
-  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y)
-    for (int x = std::max(0, left); x < std::min(p.width, right); ++x) p.at(x, y) = colour;
+  const int k = p.scale;
+  for (int y = std::max(0, top * k); y < std::min(p.height, bottom * k); ++y)
+    for (int x = std::max(0, left * k); x < std::min(p.width, right * k); ++x) p.at(x, y) = colour;
 }
 
 void Frame(Picture& p, int left, int top, int right, int bottom, uint32_t colour) {
@@ -85,6 +94,7 @@ void Frame(Picture& p, int left, int top, int right, int bottom, uint32_t colour
 }
 
 void Vertical_Gradient(Picture& p, int top, int bottom, uint32_t from, uint32_t to) {
+  top *= p.scale, bottom *= p.scale;
   for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y) {
     const uint32_t c = Mix(from, to, double(y - top) / std::max(1, bottom - top - 1));
     for (int x = 0; x < p.width; ++x) p.at(x, y) = c;
@@ -92,9 +102,11 @@ void Vertical_Gradient(Picture& p, int top, int bottom, uint32_t from, uint32_t 
 }
 
 void Panel(Picture& p, int left, int top, int right, int bottom, uint32_t accent) {
-  for (int y = std::max(0, top); y < std::min(p.height, bottom); ++y)
-    for (int x = std::max(0, left); x < std::min(p.width, right); ++x)
-      p.at(x, y) = Not_Black(Mix(p.at(x, y), kNight, 0.72 - 0.12 * double(y - top) / std::max(1, bottom - top)));
+  const int k = p.scale;
+  for (int y = std::max(0, top * k); y < std::min(p.height, bottom * k); ++y)
+    for (int x = std::max(0, left * k); x < std::min(p.width, right * k); ++x)
+      p.at(x, y) =
+          Not_Black(Mix(p.at(x, y), kNight, 0.72 - 0.12 * double(y - top * k) / std::max(1, (bottom - top) * k)));
   Frame(p, left, top, right, bottom, Mix(kSteel, accent, 0.35));
   Fill(p, left + 1, top + 1, right - 1, top + 2, kSteelLight);
   // Accent ticks on the corners, the racing-dash look of the whole game.
@@ -103,9 +115,9 @@ void Panel(Picture& p, int left, int top, int right, int bottom, uint32_t accent
 }
 
 void Stars(Picture& p, int bottom, uint32_t seed, double chance, double faintest, double spread) {
-  for (int y = 0; y < std::min(p.height, bottom); ++y)
+  for (int y = 0; y < std::min(p.height, bottom * p.scale); ++y)
     for (int x = 0; x < p.width; ++x)
-      if (Noise(x, y, seed) > 1 - chance) Blend(p, x, y, kIce, faintest + spread * Noise(x, y, seed + 1));
+      if (Noise(x, y, seed) > 1 - chance) Blend_Pixel(p, x, y, kIce, faintest + spread * Noise(x, y, seed + 1));
 }
 
 void Backdrop(Picture& p, uint32_t seed) {
@@ -118,7 +130,7 @@ void Backdrop(Picture& p, uint32_t seed) {
       // Perspective floor grid below the horizon, in dim cyan.
       if (t > 0.62) {
         const double depth = (t - 0.62) / 0.38;
-        const double gx = (x - p.width / 2.0) / (depth + 0.05) / 40.0;
+        const double gx = (x - p.width / 2.0) / (depth + 0.05) / (40.0 * p.scale);
         const double gy = 1.0 / (depth + 0.05);
         const bool line = std::fabs(gx - std::round(gx)) < 0.02 * (1 + depth) ||
                           (std::fabs(gy - std::round(gy)) < 0.04 && depth < 0.9);
@@ -141,8 +153,10 @@ bool Inside(const std::vector<Point>& pts, double x, double y) {
 }
 }  // namespace
 
-void Polygon(Picture& p, const std::vector<Point>& pts, uint32_t colour, double opacity) {
-  if (pts.size() < 3) return;
+void Polygon(Picture& p, const std::vector<Point>& layout_pts, uint32_t colour, double opacity) {
+  if (layout_pts.size() < 3) return;
+  std::vector<Point> pts = layout_pts;
+  for (Point& q : pts) q.x *= p.scale, q.y *= p.scale;
   double x0 = pts[0].x, x1 = x0, y0 = pts[0].y, y1 = y0;
   for (const Point& q : pts) {
     x0 = std::min(x0, q.x), x1 = std::max(x1, q.x);
@@ -153,7 +167,7 @@ void Polygon(Picture& p, const std::vector<Point>& pts, uint32_t colour, double 
       int hits = 0;
       for (int sy = 0; sy < 4; ++sy)
         for (int sx = 0; sx < 4; ++sx) hits += Inside(pts, x + (sx + 0.5) / 4, y + (sy + 0.5) / 4);
-      Blend(p, x, y, colour, opacity * hits / 16.0);
+      Blend_Pixel(p, x, y, colour, opacity * hits / 16.0);
     }
 }
 
@@ -165,6 +179,7 @@ void Line(Picture& p, Point a, Point b, double width, uint32_t colour, double op
 }
 
 void Glow(Picture& p, double cx, double cy, double radius, uint32_t colour, double strength) {
+  cx *= p.scale, cy *= p.scale, radius *= p.scale;
   for (int y = std::max(0, int(cy - radius)); y < std::min(p.height, int(cy + radius) + 1); ++y)
     for (int x = std::max(0, int(cx - radius)); x < std::min(p.width, int(cx + radius) + 1); ++x) {
       const double d = std::hypot(x + 0.5 - cx, y + 0.5 - cy) / radius;
@@ -240,14 +255,17 @@ void Draw_Run(Picture& p, FT_Face face, int x, int top, const std::string& text,
         const double coverage = g->bitmap.buffer[y * g->bitmap.pitch + gx] / 255.0;
         const int px = x + g->bitmap_left + gx + offset, py = baseline - g->bitmap_top + y + offset;
         const double t = double(py - offset - top) / std::max(1, ascent);
-        Blend(p, px, py, shadow ? 0xFF000000u : Mix(style.top, style.bottom, t), coverage * (shadow ? 0.7 : 1.0));
+        Blend_Pixel(p, px, py, shadow ? 0xFF000000u : Mix(style.top, style.bottom, t), coverage * (shadow ? 0.7 : 1.0));
       }
     x += int(g->advance.x >> 6) + style.tracking;
   }
 }
 }  // namespace
 
-bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& style) {
+bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& layout_style) {
+  TextStyle style = layout_style;
+  style.pixel_size *= p.scale, style.tracking *= p.scale, style.shadow *= p.scale;
+  x *= p.scale, top *= p.scale;
   Face f(style.face, style.pixel_size);
   if (f.face == nullptr) return false;
   int w = 0;
@@ -264,8 +282,9 @@ bool Text(Picture& p, int x, int top, const std::string& text, const TextStyle& 
 bool Heading(Picture& p, int top, const std::string& text, TextStyle style, int rule_top, int rule_half,
              uint32_t rule_colour) {
   style.align = Align::Centre;
-  const bool ok = Text(p, p.width / 2, top, text, style);
-  Fill(p, p.width / 2 - rule_half, rule_top, p.width / 2 + rule_half, rule_top + 2, rule_colour);
+  const int centre = p.width / p.scale / 2;
+  const bool ok = Text(p, centre, top, text, style);
+  Fill(p, centre - rule_half, rule_top, centre + rule_half, rule_top + 2, rule_colour);
   return ok;
 }
 

@@ -16,12 +16,16 @@ bool Register(const char* name, GeneratorFn fn);
 // puts them under share/icons).
 bool Generate_Icons(const std::string& folder);
 
-// 32-bit pixels, 0xAARRGGBB, rows top to bottom.
+// 32-bit pixels, 0xAARRGGBB, rows top to bottom. A picture drawn at a scale holds
+// scale x scale pixels for each pixel of its layout: the art toolkit takes layout
+// coordinates and sizes and draws them that much finer (pictures for large screens).
 struct Picture {
   int width = 0, height = 0;
   std::vector<uint32_t> pixels;
+  int scale = 1;
   Picture() = default;
-  Picture(int w, int h, uint32_t fill = 0xFF000000u) : width(w), height(h), pixels(size_t(w) * h, fill) {}
+  Picture(int w, int h, uint32_t fill = 0xFF000000u, int k = 1)
+      : width(w * k), height(h * k), pixels(size_t(w * k) * size_t(h * k), fill), scale(k) {}
   uint32_t& at(int x, int y) { return pixels[size_t(y) * width + x]; }
   uint32_t at(int x, int y) const { return pixels[size_t(y) * width + x]; }
 };

@@ -10,8 +10,8 @@ using namespace art;
 constexpr int kFigureX = 300, kFigureY[3] = {95, 119, 142};
 constexpr int kRecordX = 68, kRecordY[3] = {335, 360, 385};
 
-bool Background(const std::string& dir) {
-  Picture p(640, 480);
+bool Background(const std::string& file, int scale) {
+  Picture p(640, 480, 0xFF000000u, scale);
   Backdrop(p, 29);
   bool ok = Heading(p, 22, "HI-SCORES",
                     {.pixel_size = 32, .top = kAmber, .bottom = kOrange, .tracking = 4, .shadow = 1}, 64, 100, kCyan);
@@ -40,7 +40,7 @@ bool Background(const std::string& dir) {
   ok = Text(p, 320, 440, "CLICK OR PRESS ENTER TO CONTINUE",
             {.pixel_size = 11, .top = kSteelLight, .bottom = kSteelLight, .align = Align::Centre, .tracking = 2}) &&
        ok;
-  return ok && Write_BMP(dir + "/Gfx/HiScore_bg.bmp", p);
+  return ok && Write_BMP(file, p);
 }
 
 // 326 x 65, copied to (55, 228); the name is printed at (68, 265), i.e. (13, 37) here.
@@ -57,7 +57,8 @@ bool Entry_Box(const std::string& dir) {
 }
 
 bool Generate_HiScore(const std::string& dir) {
-  const bool a = Background(dir), b = Entry_Box(dir);
+  const bool a = Background(dir + "/Gfx/HiScore_bg.bmp", 1) && Background(dir + "/Gfx/2x/HiScore_bg.bmp", 2);
+  const bool b = Entry_Box(dir);
   return a && b;
 }
 

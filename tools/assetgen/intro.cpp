@@ -9,8 +9,8 @@ namespace {
 
 using namespace art;
 
-Picture Title_Card() {
-  Picture p(640, 480);
+Picture Title_Card(int scale) {
+  Picture p(640, 480, 0xFF000000u, scale);
   Vertical_Gradient(p, 0, 480, kNight, Mix(kDeep, kSteel, 0.3));
   Stars(p, 480, 31, 0.002, 0.25, 0.6);
   Glow(p, 320, 230, 330, kCyanDim, 0.35);
@@ -60,8 +60,8 @@ void Track(Picture& p, double horizon) {
   }
 }
 
-Picture Ship_Scene() {
-  Picture p(640, 480);
+Picture Ship_Scene(int scale) {
+  Picture p(640, 480, 0xFF000000u, scale);
   const int horizon = 250;
   Vertical_Gradient(p, 0, horizon, kNight, 0xFF3A2A4Au);
   Glow(p, 360, horizon, 300, kOrange, 0.55);
@@ -92,8 +92,11 @@ Picture Ship_Scene() {
 }
 
 bool Generate_Intro(const std::string& game_dir) {
-  const bool ok = Write_BMP(game_dir + "/Gfx/Intro1.bmp", Title_Card());
-  return Write_BMP(game_dir + "/Gfx/Intro2.bmp", Ship_Scene()) && ok;
+  bool ok = Write_BMP(game_dir + "/Gfx/Intro1.bmp", Title_Card(1));
+  ok = Write_BMP(game_dir + "/Gfx/Intro2.bmp", Ship_Scene(1)) && ok;
+  // Twice as fine for screens above 640 x 480.
+  ok = Write_BMP(game_dir + "/Gfx/2x/Intro1.bmp", Title_Card(2)) && ok;
+  return Write_BMP(game_dir + "/Gfx/2x/Intro2.bmp", Ship_Scene(2)) && ok;
 }
 
 const bool registered = Register("intro", Generate_Intro);

@@ -40,8 +40,8 @@ void Title(Picture& p) {
        {.pixel_size = 13, .top = kAmber, .bottom = kAmber, .align = Align::Centre, .tracking = 4});
 }
 
-Picture Background() {
-  Picture p(640, 480);
+Picture Background(int scale) {
+  Picture p(640, 480, 0xFF000000u, scale);
   Vertical_Gradient(p, 0, 330, kNight, Mix(kDeep, kSteel, 0.35));
   Vertical_Gradient(p, 330, 480, Mix(kNight, kDeep, 0.5), kNight);
   // Faint stars and speed streaks in the sky.
@@ -69,20 +69,22 @@ const char* const kCaptions[4] = {"RACE ALONE", "RACE 4 SHIPS", "OPTIONS", "QUIT
 
 // One 191 x 39 button with chamfered corners; the corners stay black (keyed out).
 void Button(Picture& p, int left, int top, const char* caption, bool lit) {
-  constexpr int w = 191, h = 39, cut = 8;
+  // Shaded pixel by pixel in the picture's own pixels: k of them to a layout pixel.
+  const int k = p.scale, w = 191 * k, h = 39 * k, cut = 8 * k, x0 = left * k, y0 = top * k;
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x) {
       if (x + y < cut || (w - 1 - x) + (h - 1 - y) < cut) continue;
       const double t = double(y) / (h - 1);
       uint32_t c = lit ? Mix(0xFF7A3A08u, 0xFF2A1404u, t) : Mix(kSteel, 0xFF141E30u, t);
-      if (y < 2) c = lit ? kAmber : kSteelLight;
-      if (x < 5) c = lit ? kAmber : kCyanDim;  // the accent bar on the leading edge
-      c = Mix(c, kNight, 0.05 * Noise(x + left, y + top, 21));
-      p.at(left + x, top + y) = c;
+      if (y < 2 * k) c = lit ? kAmber : kSteelLight;
+      if (x < 5 * k) c = lit ? kAmber : kCyanDim;  // the accent bar on the leading edge
+      c = Mix(c, kNight, 0.05 * Noise(x + x0, y + y0, 21));
+      p.at(x0 + x, y0 + y) = c;
     }
-  // Edge lines along the chamfers and the bottom.
-  for (int x = cut; x < w; ++x) p.at(left + x, top + h - 1) = lit ? kOrange : 0xFF0E1626u;
-  Text(p, left + w / 2 + 10, top + 13, caption,
+  // Edge line along the bottom.
+  for (int x = cut; x < w; ++x)
+    for (int j = 1; j <= k; ++j) p.at(x0 + x, y0 + h - j) = lit ? kOrange : 0xFF0E1626u;
+  Text(p, left + 191 / 2 + 10, top + 13, caption,
        {.pixel_size = 16,
         .top = lit ? 0xFFFFFFFFu : kIce,
         .bottom = lit ? kAmber : 0xFFA8C0D8u,
@@ -98,8 +100,8 @@ void Button(Picture& p, int left, int top, const char* caption, bool lit) {
   }
 }
 
-Picture Buttons() {
-  Picture p(382, 156, 0xFF000000u);
+Picture Buttons(int scale) {
+  Picture p(382, 156, 0xFF000000u, scale);
   for (int i = 0; i < 4; ++i) {
     Button(p, 0, 39 * i, kCaptions[i], true);
     Button(p, 191, 39 * i, kCaptions[i], false);
@@ -121,8 +123,10 @@ Picture Particle() {
 }
 
 bool Generate_Menu(const std::string& game_dir) {
-  bool ok = Write_BMP(game_dir + "/Gfx/MainScr_bg.bmp", Background());
-  ok = Write_BMP(game_dir + "/Gfx/Buttons.bmp", Buttons()) && ok;
+  bool ok = Write_BMP(game_dir + "/Gfx/MainScr_bg.bmp", Background(1));
+  ok = Write_BMP(game_dir + "/Gfx/2x/MainScr_bg.bmp", Background(2)) && ok;
+  ok = Write_BMP(game_dir + "/Gfx/Buttons.bmp", Buttons(1)) && ok;
+  ok = Write_BMP(game_dir + "/Gfx/2x/Buttons.bmp", Buttons(2)) && ok;
   return Write_DDS4444(game_dir + "/Gfx/particle.dds", Particle()) && ok;
 }
 

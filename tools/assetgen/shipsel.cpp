@@ -13,8 +13,8 @@ constexpr int kBarX = 415, kBarY[3] = {321, 351, 381}, kBarW = 198, kBarH = 18;
 constexpr int kNameCentreX = 470, kNameY = 120;
 constexpr int kPreviewX = 448, kPreviewY = 226;  // where the spinning ship appears
 
-bool Background(const std::string& dir) {
-  Picture p(640, 480);
+bool Background(const std::string& file, int scale) {
+  Picture p(640, 480, 0xFF000000u, scale);
   Backdrop(p, 17);
   bool ok = Heading(p, 26, "SHIP SELECTION",
                     {.pixel_size = 30, .top = kIce, .bottom = kCyan, .tracking = 3, .shadow = 1}, 66, 120, kOrange);
@@ -54,7 +54,7 @@ bool Background(const std::string& dir) {
   // Back and start sit on a strip of their own.
   Fill(p, 40, 344, 252, 446, Mix(kNight, kDeep, 0.5));
   Frame(p, 40, 344, 252, 446, kSteel);
-  return ok && Write_BMP(dir + "/Gfx/ShipSelection_bg.bmp", p);
+  return ok && Write_BMP(file, p);
 }
 
 bool Stats(const std::string& dir) {
@@ -129,7 +129,9 @@ bool Buttons(const std::string& dir) {
 }
 
 bool Generate_Ship_Selection(const std::string& dir) {
-  const bool a = Background(dir), b = Stats(dir), c = Buttons(dir);
+  const bool a =
+      Background(dir + "/Gfx/ShipSelection_bg.bmp", 1) && Background(dir + "/Gfx/2x/ShipSelection_bg.bmp", 2);
+  const bool b = Stats(dir), c = Buttons(dir);
   return a && b && c;
 }
 
