@@ -191,6 +191,7 @@ TEST_F(RaceTest, GhostFliesSeeThroughWithItsOwnMarkerAndTheSplitShowsInItsColour
       };
       const float camera = modGameLoop::CameraDistance;
       const auto ahead = scene(now - split.ghost_diff + 100, camera);
+      modGameLoop::Draw_HUD();  // the picture: the ghost ahead, the split under the race time
       std::printf("ghost ahead: %s\n", Save_Png("race_ghost_ahead").c_str());
       const auto gone = scene(INT32_MAX / 2, camera);
       modMain::GameClock = now;
