@@ -13,6 +13,7 @@ namespace platform {
 namespace {
 std::string g_app_dir;
 int g_cursor_counter = 0;
+std::function<void(const std::string&)> g_message_hook;
 }  // namespace
 
 std::string App_Dir() {
@@ -36,7 +37,10 @@ std::string Game_Path(const std::string& relative) {
 
 std::string Player_Path(const std::string& relative) { return Game_Path(relative); }
 
+void Set_Message_Box_Hook(std::function<void(const std::string& text)> hook) { g_message_hook = std::move(hook); }
+
 void Message_Box(const std::string& text) {
+  if (g_message_hook) return g_message_hook(text);
   if (detail::Headless() ||
       SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, "Brindlex Quorval", text.c_str(), detail::Window()) != 0) {
     std::fprintf(stderr, "Brindlex Quorval: %s\n", text.c_str());

@@ -31,6 +31,21 @@ void Post_Event(const InputEvent& e);
 // set (0 on the first); a script posts its events and advances the manual clock from here.
 void Set_Pump_Hook(std::function<void(uint64_t pump)> hook);
 
+// While set, Message_Box hands its text here instead of showing it (or printing it).
+void Set_Message_Box_Hook(std::function<void(const std::string& text)> hook);
+
+// GL objects alive in the current context, as GL itself answers for every name below the
+// next one it would hand out. All 0 without a context.
+struct GlObjectCount {
+  int textures = 0, buffers = 0, vertex_arrays = 0, samplers = 0, framebuffers = 0, renderbuffers = 0;
+  int programs = 0, shaders = 0;
+  int Total() const {
+    return textures + buffers + vertex_arrays + samplers + framebuffers + renderbuffers + programs + shaders;
+  }
+  bool operator==(const GlObjectCount&) const = default;
+};
+GlObjectCount Live_Gl_Objects();
+
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {
   float x = 0, y = 0;  // window pixels
