@@ -92,7 +92,8 @@ extern std::string StreamFile;
 
 // Starts the sound system for the default device; without one the game stays silent.
 void Init_Streaming_Music();
-// Opens a RIFF WAVE PCM file and plays it in a loop; anything else plays nothing.
+// Reads a RIFF WAVE PCM file (24-bit samples become 16-bit) and plays it in a loop; a
+// file it cannot play plays nothing and leaves one "Music not played: " log line.
 void Play_Streaming_Music(const std::string& file);
 // The refill: event 0 reads the next chunk into the half just played, event 1 writes its
 // second half and restarts the music once the end has been found twice.

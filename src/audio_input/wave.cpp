@@ -24,23 +24,6 @@ class MemorySource final : public ByteSource {
   std::size_t size_;
 };
 
-class FileSource final : public ByteSource {
- public:
-  explicit FileSource(std::FILE* file) : file_(file) {
-    if (file_ != nullptr && fseeko(file_, 0, SEEK_END) == 0) size_ = ftello(file_);
-    if (size_ < 0) size_ = 0;
-  }
-  std::int64_t Size() const override { return size_; }
-  bool Read(std::int64_t offset, void* out, std::size_t n) override {
-    if (file_ == nullptr || offset < 0 || offset > size_ || std::int64_t(n) > size_ - offset) return false;
-    return fseeko(file_, offset, SEEK_SET) == 0 && std::fread(out, 1, n, file_) == n;
-  }
-
- private:
-  std::FILE* file_;
-  std::int64_t size_ = 0;
-};
-
 WaveHeader Refuse(const char* why) {
   WaveHeader h;
   h.result = HeaderResult::Damaged;
@@ -70,6 +53,12 @@ WaveHeader Read_Wave_Header(ByteSource& source) {
   format.AvgBytesPerSec = Le32(f + 8);
   format.BlockAlign = Le16(f + 12);
   format.BitsPerSample = Le16(f + 14);
+  // Other programs write 24-bit PCM as the extensible format: its sub-format says PCM.
+  static constexpr std::uint8_t kPcmSubFormat[16] = {1, 0, 0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
+  std::uint8_t sub[16];
+  if (format.FormatTag == kExtensible && format_size >= 40 && source.Read(44, sub, sizeof sub) &&
+      std::memcmp(sub, kPcmSubFormat, sizeof sub) == 0)
+    format.FormatTag = 1;
 
   // Chunks are skipped by their stated size until "data"; every step moves at least 8
   // bytes on and is checked against the end of the file before it is taken.
@@ -96,11 +85,6 @@ WaveHeader Read_Wave_Header(ByteSource& source) {
 
 WaveHeader Read_Wave_Header(const std::uint8_t* bytes, std::size_t size) {
   MemorySource source(bytes, bytes == nullptr ? 0 : size);
-  return Read_Wave_Header(source);
-}
-
-WaveHeader Read_Wave_Header(std::FILE* file) {
-  FileSource source(file);
   return Read_Wave_Header(source);
 }
 

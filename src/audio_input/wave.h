@@ -2,7 +2,6 @@
 // The RIFF WAVE header of the music file: the format chunk and where the samples lie.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 #include "core/types.h"
 
@@ -11,8 +10,11 @@ namespace wave {
 using u16 = std::uint16_t;
 
 // The music's format as the stream is created with it (extra size and extra stay 0).
+// The extensible format tag; one whose sub-format is PCM reads as tag 1.
+inline constexpr u16 kExtensible = 0xFFFE;
+
 struct WaveFormat {
-  u16 FormatTag = 0;  // 1: uncompressed PCM; 0: no usable header
+  u16 FormatTag = 0;  // 1: uncompressed PCM (also extensible PCM); 0: no usable header
   u16 Channels = 0;
   u32 SamplesPerSec = 0;
   u32 AvgBytesPerSec = 0;
@@ -50,7 +52,5 @@ class ByteSource {
 // past the end of the file, refuses the header.
 WaveHeader Read_Wave_Header(ByteSource& source);
 WaveHeader Read_Wave_Header(const std::uint8_t* bytes, std::size_t size);
-// Reads an open file from its start; the file position afterwards is unspecified.
-WaveHeader Read_Wave_Header(std::FILE* file);
 
 }  // namespace wave

@@ -1,9 +1,14 @@
 #include "core/hiscore_file.h"
 
-#include <filesystem>
-#include <fstream>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <sstream>
 
+#include "core/files.h"
 #include "core/log.h"
 #include "core/numbers.h"
 
@@ -39,14 +44,47 @@ struct Reader {
   }
 };
 
-std::string Read_All(const std::string& path, bool& exists) {
-  std::ifstream in(path, std::ios::binary);
-  exists = static_cast<bool>(in);
-  if (!exists) return {};
-  std::string bytes;
+// Files this large are no hi-score table the game wrote: refused rather than held.
+constexpr off_t kMaxFileBytes = 64 << 20;
+
+enum class FileState { Absent, Read, Unreadable };
+
+// The whole file, or why it cannot be read. Only a file that is truly not there is absent:
+// one that exists but cannot be opened or read must never be replaced by an empty table.
+FileState Read_All(const std::string& path, std::string& bytes, std::string& why) {
+  bytes.clear();
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    if (errno == ENOENT) return FileState::Absent;
+    why = std::strerror(errno);
+    return FileState::Unreadable;
+  }
+  struct stat st {};
+  FileState state = FileState::Read;
+  if (::fstat(fd, &st) != 0) {
+    why = std::strerror(errno);
+    state = FileState::Unreadable;
+  } else if (!S_ISREG(st.st_mode)) {
+    why = "not a plain file";
+    state = FileState::Unreadable;
+  } else if (st.st_size > kMaxFileBytes) {
+    why = "larger than " + std::to_string(kMaxFileBytes) + " bytes";
+    state = FileState::Unreadable;
+  }
   char chunk[4096];
-  while (in.read(chunk, sizeof chunk) || in.gcount() > 0) bytes.append(chunk, static_cast<size_t>(in.gcount()));
-  return bytes;
+  while (state == FileState::Read) {
+    const ssize_t n = ::read(fd, chunk, sizeof chunk);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      why = std::strerror(errno);
+      state = FileState::Unreadable;
+    }
+    if (n <= 0) break;
+    bytes.append(chunk, static_cast<size_t>(n));
+  }
+  ::close(fd);
+  if (state != FileState::Read) bytes.clear();
+  return state;
 }
 
 }  // namespace
@@ -83,46 +121,42 @@ int Decode_HiScores(const uint8_t* data, size_t size, HiScoreTable& t) {
 }
 
 HiScoreTable Read_HiScore_File(const std::string& path) {
-  bool exists = false;
-  const std::string bytes = Read_All(path, exists);
-  if (!exists) std::ofstream(path, std::ios::binary);  // created empty, as the first read always has
+  std::string bytes, why;
+  switch (Read_All(path, bytes, why)) {
+    case FileState::Absent:
+      modMain::Replace_File(path, "");  // created empty, as the first read always has
+      break;
+    case FileState::Unreadable:
+      modMain::Write_Log("Data\\Hiscores.Dat cannot be read (" + why + "): the table shows empty, the file is kept");
+      break;
+    case FileState::Read:
+      break;
+  }
   HiScoreTable t;
   Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), t);
   return t;
 }
 
 HiScoreTable Peek_HiScore_File(const std::string& path) {
-  bool exists = false;
-  const std::string bytes = Read_All(path, exists);
+  std::string bytes, why;
+  Read_All(path, bytes, why);
   HiScoreTable t;
   Decode_HiScores(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), t);
   return t;
 }
 
 bool Write_HiScore_File(const std::string& path, const HiScoreTable& table) {
-  bool exists = false;
-  std::string bytes = Read_All(path, exists);
+  std::string bytes, why;
+  if (Read_All(path, bytes, why) == FileState::Unreadable) {
+    modMain::Write_Log("Data\\Hiscores.Dat cannot be read (" + why + "): the new records are not saved");
+    return false;
+  }
   const std::string fresh = Encode_HiScores(table);
-  // Rewritten in place from the first byte, never shortened: an older, longer table's
-  // last bytes stay behind the new fields.
+  // Rewritten from the first byte, never shortened: an older, longer table's last bytes
+  // stay behind the new fields.
   if (bytes.size() < fresh.size()) bytes.resize(fresh.size());
   bytes.replace(0, fresh.size(), fresh);
-  const std::string temp = path + ".new";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    if (!out) return false;
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.flush();
-    if (!out) {
-      out.close();
-      std::error_code ignored;
-      std::filesystem::remove(temp, ignored);
-      return false;
-    }
-  }
-  std::error_code ec;
-  std::filesystem::rename(temp, path, ec);
-  return !ec;
+  return modMain::Replace_File(path, bytes);
 }
 
 bool Is_New_Record(const HiScoreTable& t, const RaceFigures& race) {

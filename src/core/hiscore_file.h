@@ -35,14 +35,16 @@ std::string Encode_HiScores(const HiScoreTable& table);
 // name count of 0 or less is the empty name. Returns how many fields were read whole.
 int Decode_HiScores(const uint8_t* data, size_t size, HiScoreTable& table);
 
-// Reads the file at path; a missing file is created empty (the empty table).
+// Reads the file at path. Only a file that is truly absent is created (empty: the empty
+// table); one that exists but cannot be read reads as the empty table, is logged and is
+// left exactly as it is.
 HiScoreTable Read_HiScore_File(const std::string& path);
 // Reads the file at path without creating it (the empty table when it cannot be read).
 HiScoreTable Peek_HiScore_File(const std::string& path);
 // Writes the table's bytes from the first byte on, keeping whatever longer tail the old
-// file had. The new bytes go over a copy of the old file that is then renamed into place,
-// so a kill at any moment leaves the whole old file or the whole new one. False, the
-// file untouched, when the copy cannot be written.
+// file had, as one step through modMain::Replace_File: a kill at any moment leaves the
+// whole old file or the whole new one. False, the file untouched, when the old file exists
+// but cannot be read (logged) or the new one cannot be written.
 bool Write_HiScore_File(const std::string& path, const HiScoreTable& table);
 
 // A record falls when the race beats one strictly (ties never count); an empty lap or

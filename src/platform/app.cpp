@@ -15,6 +15,7 @@ std::string g_app_dir;
 std::string g_data_dir;    // where the game's read-only data lies
 std::string g_player_dir;  // where the player's files go
 int g_cursor_counter = 0;
+std::function<void(const std::string&)> g_message_hook;
 
 // An installed game keeps its data in the games share folder beside its bin folder, apart
 // from the user's data folder even when both lie under ~/.local.
@@ -79,7 +80,10 @@ std::string Game_Path(const std::string& relative) { return Below(Data_Dir(), re
 
 std::string Player_Path(const std::string& relative) { return Below(Player_Dir(), relative); }
 
+void Set_Message_Box_Hook(std::function<void(const std::string& text)> hook) { g_message_hook = std::move(hook); }
+
 void Message_Box(const std::string& text) {
+  if (g_message_hook) return g_message_hook(text);
   if (detail::Headless() ||
       SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, "Brindlex Quorval", text.c_str(), detail::Window()) != 0) {
     std::fprintf(stderr, "Brindlex Quorval: %s\n", text.c_str());

@@ -73,6 +73,21 @@ bool Parse_Journal(const std::string& text, Journal& journal, std::string& error
 // Pretends the display refreshes at hz (0: the display's own rate again).
 void Set_Refresh_Rate(int hz);
 
+// While set, Message_Box hands its text here instead of showing it (or printing it).
+void Set_Message_Box_Hook(std::function<void(const std::string& text)> hook);
+
+// GL objects alive in the current context, as GL itself answers for every name below the
+// next one it would hand out. All 0 without a context.
+struct GlObjectCount {
+  int textures = 0, buffers = 0, vertex_arrays = 0, samplers = 0, framebuffers = 0, renderbuffers = 0;
+  int programs = 0, shaders = 0;
+  int Total() const {
+    return textures + buffers + vertex_arrays + samplers + framebuffers + renderbuffers + programs + shaders;
+  }
+  bool operator==(const GlObjectCount&) const = default;
+};
+GlObjectCount Live_Gl_Objects();
+
 // --- the setup dialog ------------------------------------------------------------
 struct DialogPointer {
   float x = 0, y = 0;  // window pixels

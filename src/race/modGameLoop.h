@@ -34,11 +34,14 @@ inline constexpr i32 kCountdownMs = 3050;
 // The start lights show until this long after the loop starts.
 inline constexpr i32 kLightsMs = 4000;
 inline constexpr int kLaps = 3;
+// The longest physics step: one 60 Hz frame and a little.
+inline constexpr i32 kMaxStepMs = 17;
 
 // --- set-up and teardown (race_setup.cpp) ---
 // Game state 1: loads the race surfaces, the track and its mini-map, places the racers
 // (Players(0..NumOpponents), made by ship selection) and runs Race_Loop. A track that cannot
-// be read, or no racer to place, logs why, tears down and sets the main menu state.
+// be read (also told in a message box naming the file and the fault), or no racer to
+// place, logs why, tears down and sets the main menu state.
 void Init_Race();
 // Init_Race without the loop: everything a race frame needs (a benchmark's race). False,
 // with everything released and the main menu state set, when the race cannot run.
@@ -50,9 +53,10 @@ void Destroy_Race();
 // The frame loop; returns after Destroy_Race with GameState 2 (finished, Enter) or 0 (quit).
 // Leaves early, also through Destroy_Race, when the window system asks the game to close.
 void Race_Loop();
-// One physics step of every racer in index order: ComputeForces, Check_Wall_Collisions,
+// The physics of one frame, every racer in index order: ComputeForces, Check_Wall_Collisions,
 // Check_Car_Collisions, ApplyForces once elapsed (ms since the loop began, real time) has
-// reached the end of the countdown, Calculate_Vertices, Get_Track_Height. The game clock is
+// reached the end of the countdown, Calculate_Vertices, Get_Track_Height. A FrameTime above
+// kMaxStepMs runs as that many equal steps of at most kMaxStepMs each. The game clock is
 // held at 0 while first_go is set; the first racer to move clears it.
 void Update_Racers(i32 elapsed, bool& first_go);
 // Copies the start-light frame of elapsed ms (after 1000, 2000, 3000 the next) to the screen.

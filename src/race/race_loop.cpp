@@ -28,25 +28,32 @@ bool Player_Finished() { return (Player().cFinishedRace & 0xFF) != 0; }
 }  // namespace
 
 void Update_Racers(i32 elapsed, bool& first_go) {
+  // A slow frame runs as equal steps of at most kMaxStepMs, so racers move as they do at
+  // 60 frames a second; a frame up to that long is the one step it has always been.
+  const i32 frame = modMain::FrameTime;
+  const int steps = frame > kMaxStepMs ? (frame + kMaxStepMs - 1) / kMaxStepMs : 1;
+  const float step_ms = static_cast<float>(frame) / static_cast<float>(steps);
   const int count = static_cast<int>(modMain::Players.size());
-  for (i16 i = 0; i <= modMain::NumOpponents && i < count; ++i) {
-    clsHumanPlayer* racer = modMain::Players[static_cast<size_t>(i)].get();
-    if (racer == nullptr) continue;
-    racer->ComputeForces();
-    racer->Check_Wall_Collisions();
-    racer->Check_Car_Collisions(i);
-    if (elapsed >= kCountdownMs) {
-      racer->ApplyForces();
-      // The race time starts from 0 at the start signal.
-      if (first_go) {
+  for (int step = 0; step < steps; ++step) {
+    for (i16 i = 0; i <= modMain::NumOpponents && i < count; ++i) {
+      clsHumanPlayer* racer = modMain::Players[static_cast<size_t>(i)].get();
+      if (racer == nullptr) continue;
+      racer->ComputeForces();
+      racer->Check_Wall_Collisions();
+      racer->Check_Car_Collisions(i);
+      if (elapsed >= kCountdownMs) {
+        racer->ApplyForces(step_ms);
+        // The race time starts from 0 at the start signal.
+        if (first_go) {
+          modMain::Reset_Game_Clock();
+          first_go = false;
+        }
+      } else if (first_go) {
         modMain::Reset_Game_Clock();
-        first_go = false;
       }
-    } else if (first_go) {
-      modMain::Reset_Game_Clock();
+      racer->Calculate_Vertices(i);
+      racer->Get_Track_Height();
     }
-    racer->Calculate_Vertices(i);
-    racer->Get_Track_Height();
   }
 }
 

@@ -93,8 +93,10 @@ bool Set_Up_Race() {
   Write_Log("   Loading Track...");
   std::string error;
   if (!modTracks::Load_Track(&error)) {
-    // The reader's own line says which file and what is wrong with it.
+    // The reader's own line says which file and what is wrong with it; the player is told
+    // too, then finds the main menu.
     Write_Log("   " + error);
+    platform::Message_Box("The race cannot start. " + error);
     modMain::GameState = modMain::kStateMainMenu;
     Destroy_Race();
     return false;

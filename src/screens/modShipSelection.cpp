@@ -1,5 +1,7 @@
 #include "screens/modShipSelection.h"
 
+#include <set>
+
 #include "audio_input/frmMain.h"
 #include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
@@ -55,6 +57,10 @@ void Release_Racers() {
 
 clsHumanPlayer* Player() { return modMain::Players.empty() ? nullptr : modMain::Players[0].get(); }
 
+// What has already been reported during this visit (a catalogue fault, a mesh path).
+std::set<std::string> g_reported;
+bool Once_This_Visit(const std::string& what) { return g_reported.insert(what).second; }
+
 }  // namespace
 
 void Stat_Targets(double mass, double inertia, double thrust, i16 (&target)[3]) {
@@ -66,29 +72,25 @@ void Stat_Targets(double mass, double inertia, double thrust, i16 (&target)[3]) 
 void Load_Ship_Preview() {
   clsHumanPlayer* player = Player();
   if (player == nullptr) return;
-  // A catalogue the reader refuses shows as an empty one: no name, every figure 0.
+  // A missing catalogue shows as an empty one: no name, every figure 0.
   shipsdat::Catalogue catalogue;
   std::string error;
-  if (!shipsdat::Load(shipsdat::Path(), catalogue, error)) {
-    modMain::Write_Log(error);
-    catalogue = {};
-  }
+  if (!shipsdat::Load(shipsdat::Path(), catalogue, error) && Once_This_Visit(error)) modMain::Write_Log(error);
   i16 ship = player->cCurrentlySelectedShip, skin = player->cCurrentlySelectedSkin;
-  if (catalogue.Count >= 1) {
-    shipsdat::Resolve_Request(catalogue.Count, 0, 0, ship, skin);
-  } else {
-    ship = 0;
-    if (skin >= 4) skin = 1;
-    if (skin < 1) skin = 3;
-  }
+  shipsdat::Resolve_Request(catalogue.Count, 0, 0, ship, skin);
   player->cCurrentlySelectedShip = ship;
   player->cCurrentlySelectedSkin = skin;
 
-  shipsdat::ShipRecord record;
-  if (static_cast<size_t>(ship) < catalogue.Ships.size()) record = catalogue.Ships[static_cast<size_t>(ship)];
+  const shipsdat::ShipRecord& record = catalogue.Ship(ship);
   ShipName = record.DisplayName;
   if (PreviewMesh) {
-    PreviewMesh->Load(platform::Game_Path("\\Objects\\" + record.BaseName + ".x"));
+    // A mesh that cannot be loaded is told once a visit, not on every click back to it.
+    const std::string mesh = platform::Game_Path("\\Objects\\" + record.BaseName + ".x");
+    if (g_reported.contains(mesh)) {
+      PreviewMesh->Load_Quiet(mesh);
+    } else if (!PreviewMesh->Load(mesh)) {
+      Once_This_Visit(mesh);
+    }
     PreviewMesh->SetXTexture(mod3Denhance::Create_Texture(
         platform::Game_Path("\\Textures\\" + record.BaseName + std::to_string(skin) + ".bmp"), 0, 0, 0));
   }
@@ -98,6 +100,7 @@ void Load_Ship_Preview() {
 }
 
 void Init_Ship_Selection() {
+  g_reported.clear();
   PreviewMesh = std::make_unique<XFileClass>();
   PreviewMesh->AdjustScale(1, 1, 1);
   PreviewMesh->SetPosition(-6, 1, 0);

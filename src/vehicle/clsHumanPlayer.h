@@ -7,8 +7,9 @@
 // a racer index inside Players and RacerBox, a non-zero divisor) and is skipped when the
 // check fails; nothing throws. Loading is the one place a fault must be seen: Load_Ship
 // and Reset_Car_Attributes return false and write a log line naming the file and the
-// fault, and the racer is left with zero ship numbers (it cannot move on its own) but a
-// complete, finite state that every other member accepts.
+// fault when the catalogue or the mesh is missing. A mass or inertia of 0 (a blank or
+// non-numeric line) is never divided by: it is logged and leaves 1 / value at 0, so that
+// ship is not pushed (or not turned), with a complete, finite state all the same.
 #include <memory>
 #include <string>
 
@@ -76,6 +77,8 @@ class clsHumanPlayer {
   void Check_Car_Collisions(i16 self);
   // One explicit Euler step of FrameTime / 10.
   void ApplyForces();
+  // The same step for a part of the frame step_ms long (the race's slow-frame steps).
+  void ApplyForces(float step_ms);
   // Footprint corners (the old ones kept for the swept tests) and RacerBox(index).
   void Calculate_Vertices(i16 index);
   // Hover over the road and place the shadow quad.

@@ -61,7 +61,7 @@ void clsHumanPlayer::Wall_Bounce(const Vector3& hit, const Vector3& n, Vector3& 
   const Vector3 r{-(corner.z - PositionZ), 0, corner.x - PositionX};
   const float rn = modMATH::Vector_Dot(r, n);
   const float denom = InvInertia * rn * rn + InvMass;
-  // A ship without mass numbers (a refused Ships.Dat) takes the kick but no impulse.
+  // A ship with neither a usable mass nor inertia takes the kick but no impulse.
   const float j = denom > 0 ? -(Restitution + 1) * modMATH::Vector_Dot(vc, n) / denom : 0.0f;
   VelocityX = (VelocityX + j * InvMass * n.x) * WallGrip;
   VelocityZ = (VelocityZ + j * InvMass * n.z) * WallGrip;

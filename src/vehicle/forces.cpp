@@ -56,8 +56,10 @@ void clsHumanPlayer::ComputeForces() {
   if (divisor != 0) Torque -= AngularDrag * AngularVelocity / divisor;
 }
 
-void clsHumanPlayer::ApplyForces() {
-  const float dt = static_cast<float>(modMain::FrameTime) / 10.0f;
+void clsHumanPlayer::ApplyForces() { ApplyForces(static_cast<float>(modMain::FrameTime)); }
+
+void clsHumanPlayer::ApplyForces(float step_ms) {
+  const float dt = step_ms / 10.0f;
 
   // Positions move with the old velocities.
   PositionX += dt * VelocityX;

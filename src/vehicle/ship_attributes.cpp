@@ -116,13 +116,11 @@ bool clsHumanPlayer::Reset_Car_Attributes(i16 slot) {
 }
 
 bool clsHumanPlayer::Load_Ship(i16& ship) {
+  // A missing catalogue reads as an empty one: no ship files, every figure 0.
   shipsdat::Catalogue catalogue;
   std::string error;
-  if (!shipsdat::Load(shipsdat::Path(), catalogue, error)) {
-    modMain::Write_Log(error);
-    Clear_Ship_Numbers();
-    return false;
-  }
+  bool ok = shipsdat::Load(shipsdat::Path(), catalogue, error);
+  if (!ok) modMain::Write_Log(error);
 
   float u = 0, v = 0;
   if (ship == shipsdat::kRandomShip) {
@@ -130,11 +128,10 @@ bool clsHumanPlayer::Load_Ship(i16& ship) {
     v = modMain::Rnd();
   }
   shipsdat::Resolve_Request(catalogue.Count, u, v, ship, cCurrentlySelectedSkin);
-  const shipsdat::ShipRecord& record = catalogue.Ships[static_cast<size_t>(ship)];
+  const shipsdat::ShipRecord& record = catalogue.Ship(ship);
   const std::string& base = record.BaseName;
   ShipBaseName = base;
 
-  bool ok = true;
   const std::string mesh_path = platform::Game_Path("\\Objects\\" + base + ".x");
   if (!ShipMesh->Load(mesh_path)) {
     modMain::Write_Log("Ship " + std::to_string(ship) + ": mesh " + mesh_path + " could not be loaded");
@@ -146,8 +143,12 @@ bool clsHumanPlayer::Load_Ship(i16& ship) {
   if (skin) ShipMesh->SetXTexture(skin);
   ShadowTexture = mod3Denhance::Create_Texture(platform::Game_Path("\\Textures\\" + base + "shadow.dds"), 0, 0, 0);
 
-  InvMass = static_cast<float>(1.0 / record.Mass);
-  InvInertia = static_cast<float>(1.0 / record.Inertia);
+  // A mass or inertia of 0 is never divided by: the ship then is not pushed, or not turned.
+  InvMass = shipsdat::Reciprocal(record.Mass);
+  InvInertia = shipsdat::Reciprocal(record.Inertia);
+  const std::string who = "Data\\Ships.Dat: ship " + std::to_string(ship) + " (" + record.DisplayName + ")";
+  if (InvMass == 0) modMain::Write_Log(who + " has no usable mass; it will not move");
+  if (InvInertia == 0) modMain::Write_Log(who + " has no usable moment of inertia; it will not turn");
   ThrustForce = static_cast<float>(record.Thrust);
   LinearDrag = static_cast<float>(record.LinearDrag);
   AngularDrag = static_cast<float>(record.AngularDrag);

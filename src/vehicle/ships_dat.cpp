@@ -26,61 +26,41 @@ std::vector<std::string_view> Split_Lines(std::string_view text) {
   return lines;
 }
 
-std::string Describe(int ship, const std::string& name) { return "ship " + std::to_string(ship) + " (" + name + ")"; }
+// The racer holds every figure as a float: one that does not fit reads as 0.
+double Number(std::string_view line) {
+  const double v = numbers::Leading_Number(line);
+  return std::isfinite(static_cast<float>(v)) ? v : 0.0;
+}
 
 }  // namespace
 
+const ShipRecord& Catalogue::Ship(i16 index) const {
+  static const ShipRecord kBlank;
+  return index >= 0 && static_cast<size_t>(index) < Ships.size() ? Ships[static_cast<size_t>(index)] : kBlank;
+}
+
 std::string Path() { return platform::Game_Path("\\Data\\Ships.Dat"); }
 
-bool Parse(std::string_view text, Catalogue& out, std::string& error) {
-  out = Catalogue{};
+Catalogue Parse(std::string_view text) {
   const std::vector<std::string_view> lines = Split_Lines(text);
-  if (lines.empty()) {
-    error = "Data\\Ships.Dat is empty";
-    return false;
-  }
-  i16 count = 0;
-  const std::string_view head = lines[0].substr(0, 3);
-  if (!numbers::Convert_Round(numbers::Leading_Number(head), count) || count < 1) {
-    error = "Data\\Ships.Dat line 1: the ship count '" + std::string(head) + "' is not a number of 1 or more";
-    return false;
-  }
-  const size_t needed = 1 + static_cast<size_t>(count) * kLinesPerShip;
-  if (lines.size() < needed) {
-    error = "Data\\Ships.Dat promises " + std::to_string(count) + " ships (" + std::to_string(needed) +
-            " lines) but has only " + std::to_string(lines.size()) + " lines";
-    return false;
-  }
+  const auto line = [&](size_t i) { return i < lines.size() ? lines[i] : std::string_view{}; };
   Catalogue cat;
-  cat.Count = count;
-  cat.Ships.reserve(static_cast<size_t>(count));
-  for (int k = 0; k < count; ++k) {
-    const size_t first = 1 + static_cast<size_t>(k) * kLinesPerShip;  // 0-based line of the name
-    ShipRecord s;
-    s.DisplayName = std::string(lines[first]);
-    s.BaseName = std::string(lines[first + 1]);
-    double* fields[] = {&s.Mass, &s.Inertia, &s.Thrust, &s.LinearDrag, &s.AngularDrag};
-    static const char* const kNames[] = {"mass", "moment of inertia", "thrust", "linear drag", "angular drag"};
-    for (int f = 0; f < 5; ++f) {
-      const size_t line_index = first + 2 + static_cast<size_t>(f);
-      const double v = numbers::Leading_Number(lines[line_index]);
-      // The racer keeps these as floats, and 1 / mass and 1 / inertia: all must fit.
-      const bool must_be_positive = f < 2;
-      const bool fits = std::isfinite(static_cast<float>(v)) &&
-                        (!must_be_positive || (v > 0 && std::isfinite(static_cast<float>(1.0 / v))));
-      if (!fits) {
-        error = "Data\\Ships.Dat line " + std::to_string(line_index + 1) + ": " + Describe(k, s.DisplayName) +
-                " has a " + kNames[f] + " of '" + std::string(lines[line_index]) + "'" +
-                (must_be_positive ? ", which must be a number above 0" : ", which is not a usable number");
-        return false;
-      }
-      *fields[f] = v;
-    }
-    cat.Ships.push_back(std::move(s));
+  // Three characters hold at most "999" or "-99": always a 16-bit number.
+  numbers::Convert_Round(numbers::Leading_Number(line(0).substr(0, 3)), cat.Count);
+  if (cat.Count < 1) return cat;
+  cat.Ships.resize(static_cast<size_t>(cat.Count));
+  for (size_t k = 0; k < cat.Ships.size(); ++k) {
+    const size_t first = 1 + k * kLinesPerShip;  // 0-based line of the name
+    ShipRecord& s = cat.Ships[k];
+    s.DisplayName = std::string(line(first));
+    s.BaseName = std::string(line(first + 1));
+    s.Mass = Number(line(first + 2));
+    s.Inertia = Number(line(first + 3));
+    s.Thrust = Number(line(first + 4));
+    s.LinearDrag = Number(line(first + 5));
+    s.AngularDrag = Number(line(first + 6));
   }
-  out = std::move(cat);
-  error.clear();
-  return true;
+  return cat;
 }
 
 bool Load(const std::string& path, Catalogue& out, std::string& error) {
@@ -102,7 +82,9 @@ bool Load(const std::string& path, Catalogue& out, std::string& error) {
     error = "Data\\Ships.Dat could not be read";
     return false;
   }
-  return Parse(text, out, error);
+  out = Parse(text);
+  error.clear();
+  return true;
 }
 
 void Resolve_Request(i16 count, float u, float v, i16& ship, i16& skin) {
@@ -114,6 +96,12 @@ void Resolve_Request(i16 count, float u, float v, i16& ship, i16& skin) {
   if (ship < 0) ship = static_cast<i16>(count - 1);
   if (skin >= 4) skin = 1;
   if (skin < 1) skin = 3;
+}
+
+float Reciprocal(double value) {
+  if (value == 0) return 0;
+  const float r = static_cast<float>(1.0 / value);
+  return std::isfinite(r) ? r : 0.0f;
 }
 
 }  // namespace shipsdat

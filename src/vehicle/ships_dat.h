@@ -1,8 +1,9 @@
 #pragma once
 // The ship catalogue "Data\Ships.Dat": a count line, then seven lines per ship (display
 // name, base name of its files, mass, moment of inertia, thrust, linear drag, angular drag).
-// The reader refuses a catalogue it cannot trust as a whole, so a racer never divides by a
-// zero mass or reads a line the file does not have.
+// It is read line by line as the game always has: a line the file does not have reads as
+// empty, a number line without a number as 0. The racer keeps the race safe from the
+// numbers a catalogue may hold (a mass of 0 is never divided by).
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,10 @@ struct ShipRecord {
 };
 
 struct Catalogue {
-  i16 Count = 0;  // N of the first line
-  std::vector<ShipRecord> Ships;
+  i16 Count = 0;                  // N of the first line; may be 0 or negative
+  std::vector<ShipRecord> Ships;  // ships 0..N-1, blank where the file ran out
+  // The record of ship index; a blank one for an index outside the list.
+  const ShipRecord& Ship(i16 index) const;
 };
 
 // The ship request that asks for a random ship and skin.
@@ -32,14 +35,13 @@ inline constexpr i16 kRandomShip = -999;
 // Larger files are refused before they are read: 999 ships fit many times over.
 inline constexpr size_t kMaxFileBytes = 1 << 20;
 
-// Parses the whole text. Lines end in CR LF (a bare LF is accepted too). N is the number in
-// the first three characters, rounded half to even; every other number is the leading
-// number of its line. False, with a one-line reason in error, when N is below 1, the file
-// has fewer than 1 + 7 N lines, a ship's mass or inertia is not above 0 or its reciprocal
-// does not fit a float, or another of its numbers does not fit a float; out is then empty.
-bool Parse(std::string_view text, Catalogue& out, std::string& error);
+// Reads the whole text; it never fails. Lines end in CR LF (a bare LF is accepted too). N
+// is the number in the first three characters, rounded half to even; every other number is
+// the leading number of its line, and one that a float cannot hold reads as 0.
+Catalogue Parse(std::string_view text);
 
-// Reads and parses the file at path (a missing or oversized file is an error too).
+// Reads and parses the file at path. A missing, unreadable or oversized file is the empty
+// catalogue (N = 0) and false, with a one-line reason in error.
 bool Load(const std::string& path, Catalogue& out, std::string& error);
 
 // The catalogue's path below the application folder.
@@ -47,7 +49,12 @@ std::string Path();
 
 // The ship and skin a request resolves to: ship -999 picks a ship and a skin from the two
 // random numbers u, v in [0, 1); then a ship >= count wraps to 0, a negative one to
-// count - 1, a skin >= 4 to 1 and a skin < 1 to 3. count must be at least 1.
+// count - 1, a skin >= 4 to 1 and a skin < 1 to 3. With a count below 1 the ship may stay
+// outside the list (Ship() then gives the blank record).
 void Resolve_Request(i16 count, float u, float v, i16& ship, i16& skin);
+
+// 1 / value as the racer keeps it, or 0 where that is no usable float (a value of 0, or
+// one so small its reciprocal overflows): a ship without a usable mass is not pushed.
+float Reciprocal(double value);
 
 }  // namespace shipsdat

@@ -1,4 +1,6 @@
 // Whole races on the generated track, driven by the manual clock and scripted keys.
+#include <cmath>
+
 #include "race_fixture.h"
 
 using namespace race_test;
@@ -61,9 +63,12 @@ TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing
   EXPECT_TRUE(modGameLoop::SkySurf);
 }
 
-TEST_F(RaceTest, AnUnreadableTrackReturnsToTheMenuWithTheReadersMessage) {
+TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
+  std::vector<std::string> shown;
+  platform::Set_Message_Box_Hook([&](const std::string& text) { shown.push_back(text); });
   for (std::string bytes : {"", "\x01\x01\x01\x01\x01\x01\x01"}) {  // missing, truncated
     SCOPED_TRACE(bytes.size());
+    shown.clear();
     modMain::Create_Log();
     const std::string track = dir_.path() + "/Tracks/test.MXT";
     std::remove(track.c_str());
@@ -75,11 +80,14 @@ TEST_F(RaceTest, AnUnreadableTrackReturnsToTheMenuWithTheReadersMessage) {
     const auto at = std::find(log.begin(), log.end(), "   Loading Track...");
     ASSERT_LT(at + 2, log.end());
     EXPECT_TRUE(at[1].rfind("   Track file ", 0) == 0 && at[1].find("test.MXT") != std::string::npos) << at[1];
+    // The player reads the same: which file, and what is wrong with it.
+    EXPECT_EQ(shown, std::vector<std::string>{"The race cannot start. " + at[1].substr(3)});
     EXPECT_EQ(at[2], "Destroying Race Objects...");
     EXPECT_EQ(log[log.size() - 2], "...Done");
     Expect_Torn_Down();
     EXPECT_EQ(modMain::Players.size(), 5u);
   }
+  platform::Set_Message_Box_Hook(nullptr);
 }
 
 TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal) {
@@ -155,6 +163,45 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
   EXPECT_GE(blink_frames, 22);
   EXPECT_EQ(resume_lit, 12);
   EXPECT_EQ(quit_lit, 22);
+}
+
+TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
+  // The generated catalogue with ship 0's mass blank, ship 1's inertia not a number and a
+  // count one past its records: every racer gets one of the damaged ships or none at all.
+  auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
+  lines[3] = "", lines[7 + 4] = "heavy";
+  std::string text = "3\r\n";
+  for (size_t i = 1; i <= 14; ++i) text += lines[i] + "\r\n";
+  testenv::Write_File(dir_.path() + "/Data/Ships.Dat", text);
+  int missing_meshes = 0, faults = 0;
+  platform::Set_Message_Box_Hook([&](const std::string&) { ++missing_meshes; });
+  modMain::Create_Racers(4);
+  constexpr int kLeft = 37;
+  for (const i16 ship : {0, 1, 2}) {
+    SCOPED_TRACE(ship);
+    Player().cCurrentlySelectedShip = ship;
+    frames = 0;  // each race's script starts from its own time 0
+    Run_Race(4, [&](i32 t) {
+      for (int i = 0; i <= 4; ++i)
+        for (const float v : {Player(i).PositionX, Player(i).PositionY, Player(i).PositionZ, Player(i).cOrientation})
+          faults += !std::isfinite(v);
+      // Thrust and a turn, both let go for the pause menu's "Quit Race".
+      Keys(t, {{3100, kUp},
+               {3400, kLeft},
+               {4200, -kUp},
+               {4200, -kLeft},
+               {4300, kEscape},
+               {4316, -kEscape},
+               {4332, kDown},
+               {4348, -kDown},
+               {4364, kEnter}});
+    });
+    EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+    Key_Up(kEnter);
+  }
+  platform::Set_Message_Box_Hook(nullptr);
+  EXPECT_EQ(faults, 0);
+  EXPECT_GE(missing_meshes, 1) << "the player's ship 2 has no mesh";
 }
 
 TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "core/log.h"
 #include "support/test_env.h"
 
 using modHiScore::HiScoreTable;
@@ -50,6 +51,38 @@ TEST(HiScoreFile, ShorterTableLeavesTheOldTailAndReadsBackExactly) {
   EXPECT_EQ(bytes, fresh + long_bytes.substr(fresh.size()));
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), kShort);
   EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+}
+
+// Only a file that is truly absent is created; one that cannot be read is never replaced.
+// A folder and a link to itself stand in for unreadable files (mode 000 is readable to root).
+TEST(HiScoreFile, AnUnreadableFileIsKeptWhateverIsReadOrSaved) {
+  testenv::ScratchAppDir dir;
+  const std::string path = dir.path() + "/Hiscores.Dat";
+  EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
+  EXPECT_EQ(testenv::Read_File(path), "") << "created empty when absent";
+  EXPECT_TRUE(std::filesystem::is_regular_file(path));
+
+  for (const bool folder : {true, false}) {
+    SCOPED_TRACE(folder ? "a folder" : "a link to itself");
+    std::filesystem::remove_all(path);
+    modMain::Create_Log();
+    if (folder) {
+      std::filesystem::create_directories(path + "/inside");
+    } else {
+      std::filesystem::create_symlink("Hiscores.Dat", path);
+    }
+    EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
+    EXPECT_FALSE(modHiScore::Write_HiScore_File(path, kShort));
+    EXPECT_EQ(folder, std::filesystem::is_directory(std::filesystem::symlink_status(path)));
+    EXPECT_EQ(!folder, std::filesystem::is_symlink(path));
+    std::error_code loop;
+    EXPECT_EQ(folder, std::filesystem::exists(path + "/inside", loop));
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(path + ".new")));
+    const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
+    ASSERT_EQ(log.size(), 4u);  // the start of the log, then one line each
+    EXPECT_EQ(log[2].rfind("Data\\Hiscores.Dat cannot be read (", 0), 0u) << log[2];
+    EXPECT_NE(log[3].find("the new records are not saved"), std::string::npos) << log[3];
+  }
 }
 
 TEST(HiScoreFile, ShortAndCorruptFilesReadAsFarAsTheyHold) {

@@ -1,6 +1,8 @@
 // Ship selection's real loop: sliding buttons, ship and skin wrap, bars, start, back, one frame.
+#include <array>
 #include <filesystem>
 
+#include "mathmesh/XFileClass.h"
 #include "screens/modShipSelection.h"
 #include "support/screen_fixture.h"
 #include "vehicle/racer_box.h"
@@ -80,6 +82,50 @@ TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip
   modShipSelection::Init_Ship_Selection();
   EXPECT_EQ(at_entry, (std::vector<Choice>{{0, 1}, {0, 1}}));
   EXPECT_EQ(modMain::Players.size(), 1u);
+}
+
+// A count one past the records, ship 0's mass blank and ship 1's inertia not a number: the
+// screen shows what each record holds, and the missing mesh of the ship past the end is
+// told once a visit, however often the player comes back to it.
+TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshOnce) {
+  auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
+  lines[3] = "", lines[7 + 4] = "heavy";
+  std::string text = "3\r\n";
+  for (size_t i = 1; i <= 14; ++i) text += lines[i] + "\r\n";
+  testenv::Write_File(dir_.path() + "/Data/Ships.Dat", text);
+  std::vector<std::string> shown;
+  platform::Set_Message_Box_Hook([&](const std::string& m) { shown.push_back(m); });
+  struct Seen {
+    Choice choice;
+    std::string name;
+    i16 mass_bar, inertia_bar;
+    bool mesh;
+  };
+  std::vector<Seen> seen;
+  on_frame = [&](int f) {
+    for (int at : {2, 62, 66, 70, 74, 78})
+      if (f == at)
+        seen.push_back({Current(), modShipSelection::ShipName, modShipSelection::StatTarget[2],
+                        modShipSelection::StatTarget[1], Is_Set(modShipSelection::PreviewMesh->Loaded)});
+    Clicks(f, {{kNextShip, 60}, {kNextShip, 64}, {kNextShip, 68}, {kPrevShip, 72}, {kNextShip, 76}, {kBack, 80}});
+  };
+  for (int visit = 0; visit < 2; ++visit) {
+    frames = 0;
+    modShipSelection::Init_Ship_Selection();
+  }
+  platform::Set_Message_Box_Hook(nullptr);
+  ASSERT_EQ(seen.size(), 12u);
+  for (size_t i = 0; i < seen.size(); ++i) {
+    // Ships 0, 1, 2, 0, 2, 0 in each visit.
+    const int ship = std::array{0, 1, 2, 0, 2, 0}[i % 6];
+    SCOPED_TRACE(i);
+    EXPECT_EQ(seen[i].choice, Choice(ship, 1));
+    EXPECT_EQ(seen[i].mesh, ship != 2);
+    EXPECT_EQ(seen[i].name.empty(), ship == 2);
+    EXPECT_EQ(seen[i].mass_bar == -150, ship != 1) << "a blank mass reads 0";
+    EXPECT_EQ(seen[i].inertia_bar == -400, ship != 0) << "an inertia that is no number reads 0";
+  }
+  EXPECT_EQ(shown, (std::vector<std::string>{"error loading xfile", "error loading xfile"})) << "once a visit";
 }
 
 TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetThenMovesOneUnitAFrame) {

@@ -92,30 +92,73 @@ TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
   }
 }
 
-TEST_F(Ships, BrokenCataloguesAreReportedAndLeaveAnInertRacer) {
-  const std::string good = Catalogue(3, "3");
-  std::string zero_mass = good, zero_inertia = good;
-  zero_mass.replace(zero_mass.find("\r\n20\r\n"), 6, "\r\n0 kg\r\n");
-  zero_inertia.replace(zero_inertia.rfind("\r\n5\r\n"), 5, "\r\nnone\r\n");
-  const std::pair<std::string, const char*> cases[] = {
-      // catalogue ("" for none), log line
-      {zero_mass, "line 11: ship 1 (Ship 1) has a mass of '0 kg'"},
-      {zero_inertia, "line 19: ship 2 (Ship 2) has a moment of inertia of 'none'"},
-      {good.substr(0, good.size() - 4), "promises 3 ships (22 lines) but has only 21"},
-      {"ships\r\n" + good, "the ship count 'shi'"},
-      {"", "Data\\Ships.Dat is missing"},
-  };
+// Catalogue 3 with ship 1's mass blank, ship 2's inertia not a number, and a count of 4.
+std::string Damaged_Catalogue() {
+  std::string text = Catalogue(3, "4 ships");
+  text.replace(text.find("\r\n20\r\n"), 6, "\r\n\r\n");
+  text.replace(text.rfind("\r\n5\r\n"), 5, "\r\nheavy\r\n");
+  return text;
+}
+
+TEST(ShipsDat, ReadLineByLineMissingLinesAreEmptyAndNonNumbersZero) {
+  const shipsdat::Catalogue cat = shipsdat::Parse(Damaged_Catalogue());
+  ASSERT_EQ(cat.Count, 4);
+  ASSERT_EQ(cat.Ships.size(), 4u);
+  EXPECT_EQ(std::tuple(cat.Ships[1].BaseName, cat.Ships[1].Mass, cat.Ships[1].Inertia), std::tuple("S1", 0.0, 5.0));
+  EXPECT_EQ(std::tuple(cat.Ships[2].Mass, cat.Ships[2].Inertia, cat.Ships[2].AngularDrag), std::tuple(30.0, 0.0, 3.0));
+  // The fourth ship the count promises is all empty lines.
+  EXPECT_EQ(std::tuple(cat.Ships[3].DisplayName, cat.Ships[3].BaseName, cat.Ships[3].Thrust), std::tuple("", "", 0.0));
+
+  // Only three characters count; bare line ends do too; a number no float holds reads 0.
+  EXPECT_EQ(shipsdat::Parse(Catalogue(123, "1234")).Count, 123);
+  std::string lf = Catalogue(2, "2");
+  std::erase(lf, '\r');
+  lf.replace(lf.find("1.5"), 3, "1" + std::string(39, '0'));
+  const shipsdat::Catalogue two = shipsdat::Parse(lf);
+  EXPECT_EQ(std::tuple(two.Ships[1].BaseName, two.Ships[1].AngularDrag, two.Ships[0].Thrust),
+            std::tuple("S1", 3.0, 0.0));
+
+  // No count, or none at all: no ships, and every request reads the blank record.
+  for (const char* text : {"ships\r\nShip 0\r\nS0\r\n", "", "-5"}) {
+    const shipsdat::Catalogue none = shipsdat::Parse(text);
+    EXPECT_TRUE(none.Count < 1 && none.Ships.empty()) << text;
+    i16 ship = 2, skin = 1;
+    shipsdat::Resolve_Request(none.Count, 0, 0, ship, skin);
+    EXPECT_EQ(none.Ship(ship).BaseName, "") << text;
+  }
+  // Reciprocals the racer can hold: none for 0 or an overflow.
+  EXPECT_EQ(std::tuple(shipsdat::Reciprocal(0), shipsdat::Reciprocal(1e-300), shipsdat::Reciprocal(-4)),
+            std::tuple(0.0f, 0.0f, -0.25f));
+}
+
+TEST_F(Ships, ShipsWithoutAUsableMassOrInertiaRaceWithoutFaultsAndAreLogged) {
+  Write("Data/Ships.Dat", Damaged_Catalogue());
   r.RacerKind = 1;
   modMain::FrameTime = 50;
-  for (const auto& [text, log] : cases) {
-    SCOPED_TRACE(log);
+  struct Case {
+    i16 ship;
+    bool loads;         // mesh and catalogue found
+    const char* log;    // a line the load must write ("" for none)
+    bool moves, turns;  // under thrust and steering
+  };
+  const Case cases[] = {
+      {0, true, "", true, true},
+      {1, true, "ship 1 (Ship 1) has no usable mass; it will not move", false, true},
+      {2, true, "ship 2 (Ship 2) has no usable moment of inertia; it will not turn", true, false},
+      {3, false, "ship 3 () has no usable mass", false, false},  // beyond the file: no files, no figures
+      {-5, false, "Data\\Ships.Dat is missing", false, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.ship);
     modMain::Create_Log();
-    std::remove((dir.path() + "/Data/Ships.Dat").c_str());
-    if (!text.empty()) Write("Data/Ships.Dat", text);
-    EXPECT_FALSE(r.Reset_Car_Attributes(0));
-    EXPECT_NE(testenv::Read_File(modMain::Log_Path()).find(log), std::string::npos);
+    if (c.ship < 0) std::remove((dir.path() + "/Data/Ships.Dat").c_str());
+    r.cCurrentlySelectedShip = c.ship;
+    EXPECT_EQ(r.Reset_Car_Attributes(0), c.loads);
+    const std::string log = testenv::Read_File(modMain::Log_Path());
+    EXPECT_NE(log.find(c.log), std::string::npos) << log;
     r.Thrust = r.SteerLeft = kTrue;
-    r.VelocityX = 1;
+    r.VelocityX = 0.5f;  // a little speed, so steering has something to turn
+    const float heading = r.cOrientation;
     for (int i = 0; i < 20; ++i) {
       r.ComputeForces();
       r.Check_Wall_Collisions();
@@ -123,24 +166,11 @@ TEST_F(Ships, BrokenCataloguesAreReportedAndLeaveAnInertRacer) {
       r.Calculate_Vertices(0);
       r.Get_Track_Height();
     }
-    EXPECT_TRUE(std::isfinite(r.PositionX) && std::isfinite(r.VelocityX) && std::isfinite(r.cOrientation));
-    EXPECT_EQ(r.VelocityZ, 0);  // no thrust from a refused ship
+    for (const float v : {r.PositionX, r.PositionY, r.PositionZ, r.VelocityX, r.VelocityZ, r.cOrientation})
+      EXPECT_TRUE(std::isfinite(v)) << v;
+    EXPECT_EQ(r.VelocityZ != 0, c.moves) << "thrust";
+    EXPECT_EQ(r.cOrientation != heading, c.turns) << "steering";
   }
-}
-
-TEST(ShipsDat, CountComesFromTheFirstThreeCharactersAndLineEndsMayBeBare) {
-  shipsdat::Catalogue cat;
-  std::string error;
-  ASSERT_TRUE(shipsdat::Parse(Catalogue(123, "1234"), cat, error)) << error;
-  EXPECT_EQ(cat.Count, 123);
-  std::string lf = Catalogue(2, "2");
-  std::erase(lf, '\r');
-  ASSERT_TRUE(shipsdat::Parse(lf, cat, error)) << error;
-  EXPECT_EQ(std::pair(cat.Ships[1].BaseName, cat.Ships[1].AngularDrag), std::pair(std::string("S1"), 3.0));
-  std::string big = Catalogue(1, "1");  // a drag a float cannot hold
-  big.replace(big.find("1.5"), 3, "1" + std::string(39, '0'));
-  EXPECT_FALSE(shipsdat::Parse(big, cat, error));
-  EXPECT_NE(error.find("thrust of '1000"), std::string::npos) << error;
 }
 
 }  // namespace
