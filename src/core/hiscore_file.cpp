@@ -8,6 +8,7 @@
 #include <cstring>
 #include <sstream>
 
+#include "core/bytes.h"
 #include "core/files.h"
 #include "core/log.h"
 #include "core/numbers.h"
@@ -15,22 +16,10 @@
 namespace modHiScore {
 namespace {
 
-void Put(std::string& out, uint32_t v, int bytes) {
-  for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
-}
+using bytes::Put;
 
-// A cursor over the file's bytes that never reads past them.
-struct Reader {
-  const uint8_t* data;
-  size_t size;
-  size_t at = 0;
-  bool Take(int bytes, uint32_t& v) {
-    if (size - at < static_cast<size_t>(bytes)) return false;
-    v = 0;
-    for (int i = 0; i < bytes; ++i) v |= static_cast<uint32_t>(data[at + i]) << (8 * i);
-    at += static_cast<size_t>(bytes);
-    return true;
-  }
+// The hi-score file's cursor: numbers, and counted names.
+struct Reader : bytes::Reader {
   bool Name(std::string& out) {
     uint32_t raw = 0;
     if (!Take(2, raw)) return false;

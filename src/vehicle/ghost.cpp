@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "core/bytes.h"
 #include "core/extras.h"
 #include "core/files.h"
 #include "core/log.h"
@@ -34,26 +35,14 @@ int g_next_sector = 1;  // the next sector line of the lap (1..3), 4: only the l
 i16 g_lap = 1;
 Split g_last;
 
-void Put(std::string& out, uint32_t v, int bytes) {
-  for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
-}
+using bytes::Put;
 void Put_Float(std::string& out, float f) {
   uint32_t v = 0;
   std::memcpy(&v, &f, 4);
   Put(out, v, 4);
 }
 
-struct Reader {
-  const uint8_t* data;
-  size_t size;
-  size_t at = 0;
-  bool Take(int bytes, uint32_t& v) {
-    if (size - at < static_cast<size_t>(bytes)) return false;
-    v = 0;
-    for (int i = 0; i < bytes; ++i) v |= static_cast<uint32_t>(data[at + static_cast<size_t>(i)]) << (8 * i);
-    at += static_cast<size_t>(bytes);
-    return true;
-  }
+struct Reader : bytes::Reader {
   bool Take_I32(i32& v) {
     uint32_t u = 0;
     if (!Take(4, u)) return false;
