@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps configure build run test bench fuzz clean
+.PHONY: deps configure build run test bench soak fuzz clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -21,6 +21,19 @@ test: build
 
 bench: build
 	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ./bench/quorval_bench
+
+# A long evening: SOAK_RACES races of SOAK_FRAMES rendered frames in one process, watching
+# the resident memory and the GL objects; then LeakSanitizer's verdict over SOAK_LSAN_RACES.
+SOAK_RACES ?= 1000
+SOAK_FRAMES ?= 200
+SOAK_RENDER_EVERY ?= 8
+SOAK_LSAN_RACES ?= 50
+soak: build
+	@cmake --build $(BUILD) -j $(JOBS) --target quorval_soak quorval_soak_lsan
+	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ./tools/soak/quorval_soak $(SOAK_RACES) $(SOAK_FRAMES) $(SOAK_RENDER_EVERY)
+	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tools/soak/lsan.supp:print_suppressions=0:fast_unwind_on_malloc=0 \
+	  ./tools/soak/quorval_soak_lsan $(SOAK_LSAN_RACES) $(SOAK_FRAMES) $(SOAK_RENDER_EVERY)
 
 # Coverage-guided fuzzing needs clang; each target runs FUZZ_SECONDS.
 FUZZ_SECONDS ?= 60
