@@ -49,10 +49,11 @@ bool Refuse(const std::string& file, const std::string& why) {
   return false;
 }
 
+// False with why empty when there is no file at all: no music was given, none is played.
 bool Read_File(const std::string& file, std::vector<std::uint8_t>& bytes, std::string& why) {
   const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
-    why = std::string("the file cannot be opened (") + std::strerror(errno) + ")";
+    if (errno != ENOENT) why = std::string("the file cannot be opened (") + std::strerror(errno) + ")";
     return false;
   }
   struct stat st {};
@@ -77,13 +78,13 @@ bool Read_File(const std::string& file, std::vector<std::uint8_t>& bytes, std::s
   return ok;
 }
 
-// Reads and checks the music file, converting 24-bit samples to 16; one log line when it
-// cannot be played. The stream's own state is untouched.
+// Reads and checks the music file, converting 24-bit samples to 16; one log line when a
+// file is there but cannot be played. The stream's own state is untouched.
 bool Load_Music(const std::string& file, std::vector<std::uint8_t>& music, wave::WaveFormat& format, i32& data_bytes,
                 std::int64_t& header_bytes) {
   std::vector<std::uint8_t> bytes;
   std::string why;
-  if (!Read_File(file, bytes, why)) return Refuse(file, why);
+  if (!Read_File(file, bytes, why)) return why.empty() ? false : Refuse(file, why);
   const wave::WaveHeader h = wave::Read_Wave_Header(bytes.data(), bytes.size());
   if (h.result == wave::HeaderResult::NotWave) return Refuse(file, "it is not a RIFF WAVE file");
   if (h.result == wave::HeaderResult::Damaged) return Refuse(file, h.problem);

@@ -95,7 +95,7 @@ TEST_F(MusicStream, EveryFileThatCannotPlayPlaysNothingAndLeavesOneLineSayingWhy
   std::string lying = wave(1, 1, 16, 8000, 200);
   lying[lying.size() - 201] = '\x7f';  // the data chunk's size, now far past the end
   const std::pair<std::string, const char*> cases[] = {
-      {"", "the file cannot be opened"},  // no file at all
+      {"", nullptr},  // no file at all: no music was given, nothing to say
       {"not a wave file", "it is not a RIFF WAVE file"},
       {lying, "a chunk is longer than the rest of the file"},
       {wave(3, 1, 32, 8000, 20000), "format 3 is not uncompressed PCM"},
@@ -105,16 +105,16 @@ TEST_F(MusicStream, EveryFileThatCannotPlayPlaysNothingAndLeavesOneLineSayingWhy
       {wave(1, 2, 16, 8000, 0), "it holds no samples"},
   };
   for (const auto& [bytes, why] : cases) {
-    SCOPED_TRACE(why);
+    SCOPED_TRACE(why ? why : "no file");
     std::filesystem::remove(modMain::Log_Path());
     const std::string path = Put_Music(bytes);
     if (bytes.empty()) std::filesystem::remove(path);
     frmMain::Init_Streaming_Music();
     EXPECT_NO_THROW(frmMain::Play_Streaming_Music(path));
     EXPECT_FALSE(platform::Stream_Playing());
-    EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()),
-              std::vector<std::string>{"Music not played: " + path + ": " + why +
-                                       (bytes.empty() ? " (No such file or directory)" : "")});
+    const auto want =
+        why ? std::vector<std::string>{"Music not played: " + path + ": " + why} : std::vector<std::string>{};
+    EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), want);
     frmMain::Kill_DSound();
   }
 }
