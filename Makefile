@@ -21,7 +21,7 @@ test: build
 	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ctest --output-on-failure -j $(JOBS)
 
 bench: build
-	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ./bench/quorval_bench
+	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ./bench/quorval_bench --benchmark_counters_tabular=true
 
 # Coverage-guided fuzzing needs clang; each target runs FUZZ_SECONDS.
 FUZZ_SECONDS ?= 60
