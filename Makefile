@@ -21,7 +21,7 @@ test: build
 	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ctest --output-on-failure -j $(JOBS)
 
 bench: build
-	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ./bench/quorval_bench
+	cd $(BUILD) && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ./bench/quorval_bench --benchmark_counters_tabular=true
 
 # A long evening: SOAK_RACES races of SOAK_FRAMES frames (every SOAK_RENDER_EVERY-th drawn)
 # in one process, watching the resident memory and the GL objects; then LeakSanitizer's

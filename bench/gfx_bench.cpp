@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "core/settings.h"
+#include "bench_display.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
@@ -13,22 +13,7 @@
 
 namespace {
 
-bool Display() {
-  static const bool ready = [] {
-    platform::Set_App_Dir(QUORVAL_GAME_DIR);
-    modMain::Default_Settings();
-    modMain::ScreenWidth = 640;
-    modMain::ScreenHeight = 480;
-    if (!platform::Open_Window("bench")) return false;
-    if (!mod3Denhance::Init_DDraw(modMain::ScreenWidth, modMain::ScreenHeight, modMain::ScreenBPP)) return false;
-    {
-      std::string missing;
-      modText::Load_Fonts(missing);
-    }
-    return true;
-  }();
-  return ready;
-}
+bool Display() { return benchdisplay::Open(640, 480); }
 
 void Finish() {
   uint32_t pixel = 0;

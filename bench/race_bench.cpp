@@ -1,18 +1,35 @@
-// One whole race frame against four computer racers on the generated track: every racer's
+// Whole race frames against four computer racers on the generated track: every racer's
 // physics step, the 3D scene, the HUD, ended by a one-pixel read-back so the time includes
 // the drawing itself.
+//
+// BM_RaceFrameAtSize runs at the game's screen sizes and puts each beside the rasteriser's
+// floor at that size: one full-screen blended quad of a 256 x 256 texture, ended by the same
+// read-back. Its counters, all per frame unless named otherwise:
+//   median_ms, p99_ms   race frame, wall clock
+//   floor_ms            the floor's median, wall clock
+//   x_floor             median_ms / floor_ms
+//   cpu_ms              the game thread's own CPU time (the rasteriser's threads excluded)
+//   allocs              heap allocations
+//   setup_ms            Set_Up_Race, once
 #include <benchmark/benchmark.h>
 
+#include <time.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "alloc_count.h"
+#include "bench_display.h"
 #include "core/extras.h"
 #include "core/files.h"
 #include "core/modMain.h"
 #include "core/settings.h"
 #include "gfx/mod3Denhance.h"
-#include "gfx/modText.h"
+#include "mathmesh/modMATH.h"
 #include "platform/platform.h"
 #include "platform/testing.h"
 #include "race/modGameLoop.h"
@@ -24,21 +41,27 @@
 namespace {
 
 constexpr i32 kFrameMs = 16;
+constexpr int kSettleFrames = 300;  // racing, camera settled
+constexpr int kFloorFrames = 200;
 
-bool Display() {
-  static const bool ready = [] {
-    platform::Set_App_Dir(QUORVAL_GAME_DIR);
-    if (mod3Denhance::D3DDevice != nullptr) return true;  // another benchmark opened it
-    modMain::Default_Settings();
-    modMain::ScreenWidth = 640;
-    modMain::ScreenHeight = 480;
-    modMain::ScaleX = modMain::ScaleY = 1;
-    if (!platform::Open_Window("bench")) return false;
-    if (!mod3Denhance::Init_DDraw(modMain::ScreenWidth, modMain::ScreenHeight, modMain::ScreenBPP)) return false;
-    std::string error;
-    return modText::Load_Fonts(error);
-  }();
-  return ready;
+using Clock = std::chrono::steady_clock;
+
+double Ms_Since(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double Thread_Cpu_Ms() {
+  timespec t{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return double(t.tv_sec) * 1e3 + double(t.tv_nsec) / 1e6;
+}
+
+// One pixel read back: the frame's drawing has finished when it arrives.
+uint32_t Read_Pixel(int x, int y) {
+  uint32_t pixel = 0;
+  platform::Read_Backbuffer(Rect{x, y, x + 1, y + 1}, &pixel);
+  benchmark::DoNotOptimize(pixel);
+  return pixel;
 }
 
 void Race_Frame(i32 race_start, bool& first_go) {
@@ -50,9 +73,7 @@ void Race_Frame(i32 race_start, bool& first_go) {
   modGameLoop::Render_Race_Frame();
   mod3Denhance::D3DDevice->EndScene();
   modGameLoop::Draw_HUD();
-  uint32_t pixel = 0;
-  platform::Read_Backbuffer(Rect{0, 0, 1, 1}, &pixel);
-  benchmark::DoNotOptimize(pixel);
+  Read_Pixel(0, 0);
 }
 
 // A ghost lapping the track one block every 60 ms, written for the generated track.
@@ -92,8 +113,40 @@ bool Scratch_Player_Folder() {
   return ready;
 }
 
+// A race of five with the player's ship driving itself, run until the camera has settled.
+struct Race {
+  i32 start = 0;
+  bool first_go = true;
+  double setup_ms = 0;
+};
+// False, with the reason in `error`, when the race cannot be set up.
+bool Start_Race(Race& race, const char*& error) {
+  platform::Use_Manual_Clock(true);
+  modMain::Randomize(3);
+  modMain::NumOpponents = 4;
+  modMain::Create_Racers(modMain::NumOpponents);
+  modMain::Players[0]->RacerKind = 2;
+  const Clock::time_point t0 = Clock::now();
+  const bool ready = modGameLoop::Set_Up_Race();
+  race.setup_ms = Ms_Since(t0);
+  if (!ready) {
+    platform::Use_Manual_Clock(false);
+    error = "the race could not be set up (see the log)";
+    return false;
+  }
+  race.start = platform::Tick_Count() - modGameLoop::kCountdownMs;
+  for (int i = 0; i < kSettleFrames; ++i) Race_Frame(race.start, race.first_go);
+  return true;
+}
+
+void End_Race() {
+  modGameLoop::Destroy_Race();
+  modMain::Players.clear();
+  platform::Use_Manual_Clock(false);
+}
+
 void BM_RaceFrameFiveRacers(benchmark::State& state) {
-  if (!Display()) return state.SkipWithError("no display");
+  if (!benchdisplay::Open(640, 480)) return state.SkipWithError("no display");
   const bool with_ghost = state.range(0) != 0;
   if (with_ghost) {
     if (!Scratch_Player_Folder()) return state.SkipWithError("no scratch folder");
@@ -101,30 +154,122 @@ void BM_RaceFrameFiveRacers(benchmark::State& state) {
     if (!Write_Ghost()) return state.SkipWithError("no ghost");
   }
   ghost::Set_Enabled(with_ghost);
-  platform::Use_Manual_Clock(true);
-  modMain::Randomize(3);
-  modMain::NumOpponents = 4;
-  modMain::Create_Racers(modMain::NumOpponents);
-  modMain::Players[0]->RacerKind = 2;  // the player's ship drives itself
-  if (!modGameLoop::Set_Up_Race()) {
-    platform::Use_Manual_Clock(false);
-    return state.SkipWithError("the race could not be set up (see the log)");
+  Race race;
+  const char* error = "";
+  if (!Start_Race(race, error)) return state.SkipWithError(error);
+  if (with_ghost && ghost::Racing() == nullptr) {
+    End_Race();
+    return state.SkipWithError("the ghost is not racing");
   }
-  const i32 race_start = platform::Tick_Count() - modGameLoop::kCountdownMs;
-  bool first_go = true;
-  for (int i = 0; i < 300; ++i) Race_Frame(race_start, first_go);  // racing, camera settled
-  if (with_ghost && ghost::Racing() == nullptr) return state.SkipWithError("the ghost is not racing");
   const uint64_t before = benchalloc::Count();
   int64_t frames = 0;
   for (auto _ : state) {
-    Race_Frame(race_start, first_go);
+    Race_Frame(race.start, race.first_go);
     ++frames;
   }
   state.counters["allocs/frame"] = double(benchalloc::Count() - before) / double(frames > 0 ? frames : 1);
-  modGameLoop::Destroy_Race();
-  modMain::Players.clear();
-  platform::Use_Manual_Clock(false);
+  End_Race();
 }
-BENCHMARK(BM_RaceFrameFiveRacers)->ArgName("ghost")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+// A fixed count: each run settles its race first, which costs more than the frames timed.
+BENCHMARK(BM_RaceFrameFiveRacers)->ArgName("ghost")->Arg(0)->Arg(1)->Iterations(100)->Unit(benchmark::kMillisecond);
+
+// The value below which `share` of the sorted times lie (nearest rank).
+double Percentile(const std::vector<double>& sorted, double share) {
+  if (sorted.empty()) return 0;
+  const size_t rank = size_t(std::ceil(share * double(sorted.size())));
+  return sorted[std::clamp<size_t>(rank, 1, sorted.size()) - 1];
+}
+
+double Median(const std::vector<double>& sorted) {
+  if (sorted.empty()) return 0;
+  const size_t n = sorted.size();
+  return n % 2 != 0 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
+}
+
+// The least a frame of this size can cost: the whole back buffer covered once by a blended,
+// linearly filtered texture. 0, with the reason in `error`, when the quad does not reach the
+// screen.
+double Floor_Median_Ms(const char*& error) {
+  platform::Device3D& d = *mod3Denhance::D3DDevice;
+  mod3Denhance::Surface texture = mod3Denhance::Create_Texture("", 256, 256, 0);
+  if (!texture) {
+    error = "no floor texture";
+    return 0;
+  }
+  mod3Denhance::Fill_Rect(texture, 0, 0, 256, 256, 0x80FF8000u);  // half see-through orange
+  const float w = modMain::ScreenWidth, h = modMain::ScreenHeight;
+  const u32 white = modMATH::Create_Color_RGBA(1, 1, 1, 1);
+  const ScreenVertex quad[4] = {{0, h, 0, 1, white, 0, 0, 1},
+                                {0, 0, 0, 1, white, 0, 0, 0},
+                                {w, h, 0, 1, white, 0, 1, 1},
+                                {w, 0, 0, 1, white, 0, 1, 0}};
+  d.SetRenderState(platform::rs::ZEnable, 0);
+  d.SetRenderState(platform::rs::Lighting, 0);
+  d.SetRenderState(platform::rs::CullMode, platform::cull::None);
+  d.SetRenderState(platform::rs::AlphaBlendEnable, 1);
+  const auto draw = [&] {
+    d.BeginScene();
+    d.SetTexture(0, texture);
+    d.DrawPrimitive(platform::Primitive::TriangleStrip, quad, 4);
+    d.EndScene();
+    return Read_Pixel(modMain::ScreenWidth / 2, modMain::ScreenHeight / 2);
+  };
+  mod3Denhance::Clear_Screen();
+  const uint32_t first = draw();  // over the dark blue: red comes only from the texture
+  std::vector<double> times;
+  times.reserve(kFloorFrames);
+  for (int i = 0; i < kFloorFrames; ++i) {
+    const Clock::time_point t0 = Clock::now();
+    draw();
+    times.push_back(Ms_Since(t0));
+  }
+  d.SetTexture(0, nullptr);
+  d.SetRenderState(platform::rs::AlphaBlendEnable, 0);
+  d.SetRenderState(platform::rs::CullMode, platform::cull::CounterClockwise);
+  d.SetRenderState(platform::rs::ZEnable, 1);
+  if ((first >> 16 & 0xFFu) < 0x40u) {
+    error = "the floor quad did not reach the screen";
+    return 0;
+  }
+  std::sort(times.begin(), times.end());
+  return Median(times);
+}
+
+void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
+  if (!benchdisplay::Open(width, height)) return state.SkipWithError("no display");
+  ghost::Set_Enabled(false);
+  Race race;
+  const char* error = "";
+  if (!Start_Race(race, error)) return state.SkipWithError(error);
+  std::vector<double> wall;
+  wall.reserve(size_t(state.max_iterations));
+  double cpu_ms = 0;
+  const uint64_t before = benchalloc::Count();
+  for (auto _ : state) {
+    const double cpu0 = Thread_Cpu_Ms();
+    const Clock::time_point t0 = Clock::now();
+    Race_Frame(race.start, race.first_go);
+    wall.push_back(Ms_Since(t0));
+    cpu_ms += Thread_Cpu_Ms() - cpu0;
+  }
+  const uint64_t allocations = benchalloc::Count() - before;
+  End_Race();
+  if (wall.empty()) return;
+  const double frames = double(wall.size());
+  std::sort(wall.begin(), wall.end());
+  const double floor_ms = Floor_Median_Ms(error);
+  if (floor_ms <= 0) return state.SkipWithError(error);
+  const double median = Median(wall);
+  state.counters["median_ms"] = median;
+  state.counters["p99_ms"] = Percentile(wall, 0.99);
+  state.counters["floor_ms"] = floor_ms;
+  state.counters["x_floor"] = median / floor_ms;
+  state.counters["cpu_ms"] = cpu_ms / frames;
+  state.counters["allocs"] = double(allocations) / frames;
+  state.counters["setup_ms"] = race.setup_ms;
+}
+BENCHMARK_CAPTURE(BM_RaceFrameAtSize, 640x480, 640, 480)->Iterations(300)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_RaceFrameAtSize, 800x600, 800, 600)->Iterations(300)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_RaceFrameAtSize, 1920x1080, 1920, 1080)->Iterations(200)->Unit(benchmark::kMillisecond);
 
 }  // namespace
