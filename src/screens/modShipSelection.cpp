@@ -1,7 +1,7 @@
 #include "screens/modShipSelection.h"
 
 #include "audio_input/frmMain.h"
-#include "audio_input/modMouseParticles.h"
+#include "frontend/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "gfx/mod3Denhance.h"
