@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/xfile_reader.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/xfile_reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

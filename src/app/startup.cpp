@@ -4,12 +4,12 @@
 #include <string>
 
 #include "audio_input/frmMain.h"
-#include "audio_input/modMouseParticles.h"
 #include "core/extras.h"
 #include "core/modMain.h"
 #include "frontend/frmSetup.h"
 #include "frontend/modIntro.h"
 #include "frontend/modMainScr.h"
+#include "frontend/modMouseParticles.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"

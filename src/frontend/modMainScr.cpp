@@ -1,9 +1,9 @@
 #include "frontend/modMainScr.h"
 
 #include "audio_input/frmMain.h"
-#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
+#include "frontend/modMouseParticles.h"
 #include "platform/platform.h"
 
 namespace modMainScr {

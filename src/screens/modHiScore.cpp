@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "audio_input/frmMain.h"
-#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
+#include "frontend/modMouseParticles.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"

@@ -3,12 +3,12 @@
 #include <set>
 
 #include "audio_input/frmMain.h"
-#include "audio_input/modMouseParticles.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
+#include "frontend/modMouseParticles.h"
+#include "gfx/XFileClass.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
-#include "mathmesh/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "platform/platform.h"
 #include "vehicle/create_racers.h"

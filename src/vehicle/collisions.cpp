@@ -1,9 +1,7 @@
 // Collisions and hover height. The walls are the side edges of the road blocks; a racer
 // is tested by the movement of its four footprint corners over the last frame.
-#include <cmath>
-
 #include "core/modMain.h"
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "vehicle/racer_box.h"
 #include "vehicle/racer_internal.h"
@@ -35,36 +33,6 @@ void clsHumanPlayer::Check_Wall_Collisions() {
     for (int j = 0; j < 4; ++j) Side_Wall(side, j);
   }
   Track_Corner_Blocks();
-}
-
-void clsHumanPlayer::Wall_Bounce(const Vector3& hit, const Vector3& n, Vector3& corner) {
-  if (RacerKind == 1) {
-    // The player's grip varies per hit: 0.750 .. 0.850 in steps of 0.001.
-    WallGrip = std::floor(modMain::Rnd() * 101.0f + 750.0f) / 1000.0f;
-  }
-
-  // Put the crossing corner back exactly on the edge, the whole footprint with it.
-  const float dx = corner.x - hit.x, dz = corner.z - hit.z;
-  PositionX -= dx;
-  PositionZ -= dz;
-  for (Vector3& p : ShipCorners) {
-    p.x -= dx;
-    p.z -= dz;
-  }
-
-  const Vector3 vc{VelocityX, 0, VelocityZ};
-  VelocityX -= n.x;  // a fixed kick back onto the road
-  VelocityZ -= n.z;
-  Force.x = 0;
-  Force.z = 0;
-
-  const Vector3 r{-(corner.z - PositionZ), 0, corner.x - PositionX};
-  const float rn = modMATH::Vector_Dot(r, n);
-  const float denom = InvInertia * rn * rn + InvMass;
-  // A ship with neither a usable mass nor inertia takes the kick but no impulse.
-  const float j = denom > 0 ? -(Restitution + 1) * modMATH::Vector_Dot(vc, n) / denom : 0.0f;
-  VelocityX = (VelocityX + j * InvMass * n.x) * WallGrip;
-  VelocityZ = (VelocityZ + j * InvMass * n.z) * WallGrip;
 }
 
 void clsHumanPlayer::Check_Car_Collisions(i16 self) {

@@ -3,7 +3,7 @@
 // rewritten in place every frame.
 #include <algorithm>
 
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "vehicle/clsHumanPlayer.h"
 

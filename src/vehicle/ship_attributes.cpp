@@ -7,7 +7,7 @@
 #include "core/log.h"
 #include "core/modMain.h"
 #include "core/settings.h"
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "platform/platform.h"
 #include "vehicle/racer_internal.h"

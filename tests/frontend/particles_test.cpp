@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "audio_input/modMouseParticles.h"
+#include "frontend/modMouseParticles.h"
 #include "mathmesh/modMATH.h"
 #include "support/screen_fixture.h"
 

@@ -2,7 +2,7 @@
 #include <array>
 #include <filesystem>
 
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "screens/modShipSelection.h"
 #include "support/screen_fixture.h"
 #include "vehicle/racer_box.h"

@@ -4,10 +4,10 @@
 #include <fstream>
 
 #include "audio_input/frmMain.h"
-#include "audio_input/modMouseParticles.h"
 #include "core/log.h"
 #include "core/modMain.h"
 #include "core/settings.h"
+#include "frontend/modMouseParticles.h"
 #include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"

@@ -1,4 +1,4 @@
-#include "audio_input/modMouseParticles.h"
+#include "frontend/modMouseParticles.h"
 
 #include <algorithm>
 

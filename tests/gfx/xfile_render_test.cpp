@@ -2,7 +2,7 @@
 #include <set>
 #include <vector>
 
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "support/screen_fixture.h"
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/log.h"
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "support/recording_device.h"
 #include "support/test_env.h"

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "gfx/XFileClass.h"
 #include "gfx/mod3Denhance.h"
-#include "mathmesh/XFileClass.h"
 #include "support/test_env.h"
 #include "vehicle/ships_dat.h"
 

@@ -1,4 +1,4 @@
-#include "mathmesh/XFileClass.h"
+#include "gfx/XFileClass.h"
 
 #include <map>
 
