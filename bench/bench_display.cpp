@@ -15,12 +15,9 @@ bool g_settings_made = false;
 
 void Close() {
   modText::Release_Fonts();  // their textures go with the device
-  mod3Denhance::Restore_Display_Mode();
-  mod3Denhance::Release_ZBuffer();
   mod3Denhance::Release_D3DDevice();
   mod3Denhance::Release_D3D();
   mod3Denhance::Release_BackBuffer();
-  mod3Denhance::Release_Primary();
   mod3Denhance::Release_DD();
   mod3Denhance::Release_DX();
 }

@@ -63,7 +63,7 @@ void BM_MemoryBlitKeyed(benchmark::State& state) {
     for (int x = 0; x < 256; ++x) src->Set_Pixel(x, y, (x ^ y) & 1 ? 0x00FFFFFFu : 0);
   for (auto _ : state) {
     platform::Blit(*dst, *src, Rect{0, 0, 256, 256}, 100, 100, true);
-    benchmark::DoNotOptimize(dst->Bytes());
+    benchmark::DoNotOptimize(platform::Image_Bytes(*dst));
   }
 }
 BENCHMARK(BM_MemoryBlitKeyed);

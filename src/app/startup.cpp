@@ -111,12 +111,12 @@ void Kill_Everything() {
   Write_Log("Ending Program");
   while (platform::Show_Cursor(true) < 0) {
   }
-  mod3Denhance::Restore_Display_Mode();
+  // The window only ever covers the desktop at its own mode: there is no mode to restore.
   Write_Log("Cooperative level set back to normal");
   frmMain::Kill_DSound();
   Write_Log("DSound Killed");
   modText::Release_Fonts();  // their textures go with the device
-  mod3Denhance::Release_ZBuffer();
+  // The z-buffer and the screen itself belong to the display, which goes with DD.
   Write_Log("Z-buffer Killed");
   mod3Denhance::Release_D3DDevice();
   Write_Log("3D Device Killed");
@@ -124,7 +124,6 @@ void Kill_Everything() {
   Write_Log("D3D Killed");
   mod3Denhance::Release_BackBuffer();
   Write_Log("Backbuffer Killed");
-  mod3Denhance::Release_Primary();
   Write_Log("Primary Killed");
   mod3Denhance::Release_DD();
   Write_Log("DD Killed");

@@ -136,12 +136,11 @@ bool Prime() {
   HalfBytes = BufferBytes / 2;
   WholeChunksEnd = (DataBytes / BufferBytes) * BufferBytes;
   const platform::PcmFormat format{StreamFormat.Channels, StreamFormat.SamplesPerSec, StreamFormat.BitsPerSample};
-  if (!platform::Create_Stream(format, BufferBytes)) return false;
-  if (DataBytes >= BufferBytes) {
-    const platform::StreamNotification notes[2] = {{BufferBytes / 2, StreamEvents[0]},
-                                                   {BufferBytes - 1, StreamEvents[1]}};
-    platform::Set_Stream_Notifications(notes, 2, DirectXEvent_DXCallback);
-  }
+  // Music shorter than the buffer plays once from it and needs no refills.
+  const platform::StreamNotification notes[2] = {{BufferBytes / 2, StreamEvents[0]},
+                                                 {BufferBytes - 1, StreamEvents[1]}};
+  const size_t count = DataBytes >= BufferBytes ? 2 : 0;
+  if (!platform::Create_Stream(format, BufferBytes, {notes, count}, DirectXEvent_DXCallback)) return false;
   Chunk.assign(static_cast<size_t>(std::min(BufferBytes, DataBytes)), 0);
   Read_Chunk();
   platform::Write_Stream(0, Chunk.data(), static_cast<i32>(Chunk.size()));
@@ -150,7 +149,6 @@ bool Prime() {
 
 void Start() {
   EndCount = 0;
-  platform::Set_Stream_Position(0);
   platform::Play_Stream();
 }
 
@@ -211,7 +209,7 @@ void DirectXEvent_DXCallback(i32 event) {
     platform::Write_Stream(HalfBytes, Chunk.data() + HalfBytes, HalfBytes);
     if (EndCount == 2) {
       // The music starts again from its first sample, from memory.
-      platform::Stop_Stream();
+      platform::Release_Stream();
       if (g_loaded && Prime()) Start();
     }
   }

@@ -209,12 +209,10 @@ bool Show() {
   Apply_Style();
   Action action = Action::None;
   for (int frame = 0; action == Action::None; ++frame) {
-    if (!platform::Begin_Dialog_Frame()) {
+    if (!platform::Dialog_Frame([&] { action = Draw(form); })) {
       action = Action::Exit;
       break;
     }
-    action = Draw(form);
-    platform::End_Dialog_Frame();
     if (g_hook) g_hook(form, frame);
   }
   if (action == Action::Start) form.lblStart_Click();

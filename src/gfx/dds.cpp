@@ -66,13 +66,14 @@ Surface Decode_DDS(const uint8_t* data, size_t size) {
   size_t stride = row_bytes;
   if ((h.flags & kPitchFlag) != 0 && h.pitch > row_bytes && size_t(h.pitch) * (h.height - 1) + row_bytes <= available)
     stride = h.pitch;
-  uint8_t* dst = texture->Lock();
-  for (size_t y = 0; y < h.height; ++y) {
-    const size_t start = y * stride;
-    if (start >= available) break;  // rows the file does not hold stay transparent black
-    std::memcpy(dst + y * row_bytes, pixels + start, std::min(row_bytes, available - start));
-  }
-  texture->Unlock();
+  // Pixels the file does not hold stay transparent black.
+  for (size_t y = 0; y < h.height; ++y)
+    for (size_t x = 0; x < h.width; ++x) {
+      const size_t at = y * stride + x * 2;
+      if (at >= available) break;
+      const uint32_t high = at + 1 < available ? pixels[at + 1] : 0;  // a file cut mid-pixel
+      texture->Set_Pixel(int(x), int(y), uint32_t(pixels[at]) | high << 8);
+    }
   return texture;
 }
 

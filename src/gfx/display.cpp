@@ -10,10 +10,8 @@ namespace mod3Denhance {
 
 std::unique_ptr<RootObject> DX;
 std::unique_ptr<DisplayDriver> DD;
-Surface Primary;
 Surface BackBuffer;
 std::unique_ptr<Direct3DObject> D3D;
-Surface ZBuffer;
 platform::Device3D* D3DDevice = nullptr;
 Rect ScreenRect;
 D3DMaterial Material;
@@ -23,11 +21,9 @@ std::unique_ptr<platform::Device3D> g_device;
 
 // Undoes a set-up that cannot go on, so the game can end without a shutdown sequence.
 void Abandon_Display() {
-  Release_ZBuffer();
   Release_D3DDevice();
   Release_D3D();
   Release_BackBuffer();
-  Release_Primary();
   Release_DD();
   Release_DX();
 }
@@ -42,21 +38,17 @@ bool Fail(const std::string& message) {
 bool Init_DDraw(i16& width, i16& height, u8& bpp) {
   using modMain::Write_Log;
   DX = std::make_unique<RootObject>();
+  // One open makes the context, the back buffer and its z-buffer; the log still tells
+  // each step. Full screen and exclusive: the window already covers the desktop; the mode
+  // is the back buffer's size, which Flip scales to the window.
   std::string error;
-  if (!platform::Open_Display(modMain::D3DDeviceGuid, error))
-    return Fail(error + "\n\nBrindlex Quorval needs a 3D display and will now close.");
-  DD = std::make_unique<DisplayDriver>(DisplayDriver{platform::Renderer_Name()});
+  BackBuffer = platform::Open_Display(modMain::D3DDeviceGuid, width, height, error);
+  if (!BackBuffer) return Fail(error + "\n\nBrindlex Quorval needs a 3D display and will now close.");
+  DD = std::make_unique<DisplayDriver>();
   Write_Log("DX and DDraw objects created");
-  // Full screen and exclusive: the window already covers the desktop; the mode is the
-  // back buffer's size, which Flip scales to the window.
   Write_Log("Exclusive mode set, at " + std::to_string(width) + "x" + std::to_string(height) + "x" +
             std::to_string(bpp));
-  Primary = platform::Create_Primary(width, height);
-  if (!Primary)
-    return Fail("The screen could not be set to " + std::to_string(width) + "x" + std::to_string(height) + ".");
   Write_Log("Primary Surface Created");
-  BackBuffer = platform::Create_Backbuffer(width, height);
-  if (!BackBuffer) return Fail("The back buffer could not be created.");
   Write_Log("Backbuffer Created");
   ScreenRect = Rect{0, 0, width, height};
   Write_Log("...DDraw Initialized");
@@ -70,14 +62,12 @@ bool Init_D3D() {
   D3D = std::make_unique<Direct3DObject>(Direct3DObject{platform::Device_List()});
   Write_Log("D3D object created");
   Write_Log("Device found - " + modMain::D3DDeviceGuid);
-  // The depth format is the layer's choice: 24 bits, in GPU memory like the target.
-  ZBuffer = platform::Create_Depth_Buffer();
-  if (!ZBuffer) return Fail("Surface creation failed.");
+  // The z-buffer came with the back buffer: 24 bits, in GPU memory like the target.
   Write_Log("Z-buffer created");
   Write_Log("Z-buffer Attached to backbuffer");
   // An identifier this machine does not offer ("<none>" after a skipped setup) runs on
   // the best device there is.
-  g_device = platform::Create_Device(platform::Resolve_Device(modMain::D3DDeviceGuid));
+  g_device = platform::Create_Device(modMain::D3DDeviceGuid);
   D3DDevice = g_device.get();
   if (D3DDevice == nullptr) return Fail("The 3D device could not be created.\n\nBrindlex Quorval will now close.");
   Write_Log("Device Created");
@@ -118,8 +108,7 @@ void Set_Scene_Light(const ColorValue& diffuse, const Vector3& direction) {
   light.direction = direction;
   light.range = 5000.0f;
   light.attenuation0 = 0.8f;
-  D3DDevice->SetLight(0, light);
-  D3DDevice->LightEnable(0, true);
+  D3DDevice->SetLight(0, light);  // and enables it
   D3DDevice->SetRenderState(platform::rs::Lighting, static_cast<uint32_t>(kTrue));
   D3DDevice->SetRenderState(platform::rs::Ambient, 0x00969696u);  // red, green and blue 150
 }
@@ -129,13 +118,6 @@ void Flip() {
   modMain::Count_Design_Steps();
 }
 
-void Restore_Display_Mode() { platform::Restore_Display_Mode(); }
-
-void Release_ZBuffer() {
-  if (ZBuffer) platform::Release_Depth_Buffer();
-  ZBuffer.reset();
-}
-
 void Release_D3DDevice() {
   g_device.reset();
   D3DDevice = nullptr;
@@ -143,12 +125,7 @@ void Release_D3DDevice() {
 
 void Release_D3D() { D3D.reset(); }
 
-void Release_BackBuffer() {
-  if (BackBuffer) platform::Release_Backbuffer();
-  BackBuffer.reset();
-}
-
-void Release_Primary() { Primary.reset(); }
+void Release_BackBuffer() { BackBuffer.reset(); }
 
 void Release_DD() {
   if (DD) platform::Close_Display();

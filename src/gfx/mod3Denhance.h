@@ -17,41 +17,35 @@ namespace mod3Denhance {
 using Surface = platform::ImageRef;
 
 // The display objects, in creation order; each is set while it exists.
-struct RootObject {};   // DX: the clock, matrix and colour services need no state of their own
-struct DisplayDriver {  // DD: the GL context on the game window
-  std::string renderer;
-};
-struct Direct3DObject {  // D3D: the devices this machine offers
+struct RootObject {};     // DX: the clock, matrix and colour services need no state of their own
+struct DisplayDriver {};  // DD: the GL context on the game window, with the back buffer
+struct Direct3DObject {   // D3D: the devices this machine offers
   std::vector<platform::DeviceInfo> devices;
 };
 extern std::unique_ptr<RootObject> DX;
 extern std::unique_ptr<DisplayDriver> DD;
-extern Surface Primary;     // the visible screen
-extern Surface BackBuffer;  // every screen draws here; exactly ScreenWidth x ScreenHeight
+extern Surface BackBuffer;  // every screen draws here, depth-buffered; exactly ScreenWidth x ScreenHeight
 extern std::unique_ptr<Direct3DObject> D3D;
-extern Surface ZBuffer;
 // The 3D device of the run; null until Init_D3D has created it. Owned by this module.
 extern platform::Device3D* D3DDevice;
 extern Rect ScreenRect;       // 0, 0, ScreenWidth, ScreenHeight
 extern D3DMaterial Material;  // the one material: diffuse and ambient white
 
 // --- display and device, created once by Init_DDraw, released by Kill_Everything ---
-// Opens the display (back buffer exactly width x height), then runs Init_D3D, logging each
-// step. An unknown device identifier falls back to the best device there is. False, after
-// telling the player why and releasing what was made, when the game cannot draw.
+// Opens the display (back buffer exactly width x height, with its z-buffer), then runs
+// Init_D3D, logging each step. An unknown device identifier falls back to the best device
+// there is. False, after telling the player why and releasing what was made, when the game
+// cannot draw.
 bool Init_DDraw(i16& width, i16& height, u8& bpp);
-// The 3D set-up; called only by Init_DDraw. False when the z-buffer ("Surface creation
-// failed.") or the device cannot be made.
+// The 3D set-up; called only by Init_DDraw. False when the device cannot be made.
 bool Init_D3D();
 // Shows the back buffer scaled to the window (aspect kept) and waits for the display.
 void Flip();
-// Teardown steps in the order Kill_Everything runs them (each safe to call twice).
-void Restore_Display_Mode();  // also sets the cooperative level back to normal
-void Release_ZBuffer();
+// Teardown steps in the order Kill_Everything runs them (each safe to call twice). The
+// display, its back buffer and z-buffer go with DD.
 void Release_D3DDevice();
 void Release_D3D();
 void Release_BackBuffer();
-void Release_Primary();
 void Release_DD();
 void Release_DX();
 
@@ -97,7 +91,5 @@ void Fill_Rect(const Surface& surface, i16 left, i16 top, i16 right, i16 bottom,
 Rect Make_Rect(i16 left, i16 top, i16 right, i16 bottom);
 // True when left <= x < right and top <= y < bottom.
 Bool16 Point_In_Rect(const Rect& rect, i16 x, i16 y);
-
-inline void Make_Vector(Vector3& v, float x, float y, float z) { v = Vector3{x, y, z}; }
 
 }  // namespace mod3Denhance

@@ -53,7 +53,7 @@ mod3Denhance::Surface Tinted_Font(u8 font, u32 rgb) {
       if (src.Is_Key_Pixel(out)) out = platform::From_Argb(src.Format(), tinted | 0x010101u);
       copy->Set_Pixel(x, y, out);
     }
-  if (src.Has_Color_Key()) copy->Set_Color_Key(src.Color_Key());
+  if (const auto key = src.Color_Key()) copy->Set_Color_Key(*key);
   return copy;
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-// Vector and matrix routines: the game's own four (plus Make_Vector in mod3Denhance)
+// Vector and matrix routines: the game's own four
 // and the matrix, vector and colour operations the game takes from the platform's root
 // object. Pure functions: no state, no allocation. Row vectors, y up, heading theta faces
 // (-sin theta, 0, cos theta).

@@ -24,8 +24,9 @@ constexpr const char* kInstalledData = "/../share/games/brindlex-quorval";
 std::string Data_Dir() {
   if (g_data_dir.empty()) {
     std::error_code ec;
-    const std::filesystem::path installed = App_Dir() + kInstalledData;
-    g_data_dir = std::filesystem::is_directory(installed, ec) ? installed.lexically_normal().string() : App_Dir();
+    const std::filesystem::path installed = detail::App_Dir() + kInstalledData;
+    g_data_dir =
+        std::filesystem::is_directory(installed, ec) ? installed.lexically_normal().string() : detail::App_Dir();
   }
   return g_data_dir;
 }
@@ -34,8 +35,8 @@ std::string Data_Dir() {
 // has; an installed game (read-only, or data in a share folder) uses the user's data folder.
 std::string Player_Dir() {
   if (g_player_dir.empty()) {
-    g_player_dir = App_Dir();
-    if (Data_Dir() != App_Dir() || ::access(App_Dir().c_str(), W_OK) != 0) {
+    g_player_dir = detail::App_Dir();
+    if (Data_Dir() != detail::App_Dir() || ::access(detail::App_Dir().c_str(), W_OK) != 0) {
       if (char* pref = SDL_GetPrefPath("", "brindlex-quorval")) {
         g_player_dir = pref;
         SDL_free(pref);
@@ -44,7 +45,7 @@ std::string Player_Dir() {
         std::filesystem::create_directories(g_player_dir + "/Data", ec);
       } else {
         std::fprintf(stderr, "Brindlex Quorval: no folder for the player's files (%s); using %s\n", SDL_GetError(),
-                     App_Dir().c_str());
+                     detail::App_Dir().c_str());
       }
     }
   }
@@ -61,7 +62,7 @@ std::string Below(const std::string& dir, const std::string& relative) {
 }
 }  // namespace
 
-std::string App_Dir() {
+std::string detail::App_Dir() {
   if (g_app_dir.empty()) {
     std::error_code ec;
     auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);

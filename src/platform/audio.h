@@ -2,6 +2,7 @@
 // The platform's sound: the output devices, and one looping PCM stream buffer with
 // position notifications. Nothing here exposes SDL.
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -31,25 +32,19 @@ struct PcmFormat {
 // release and recreate the stream; it must not call Close_Sound.
 using StreamHandler = void (*)(int32_t event);
 
-// Creates the stream buffer of `bytes` bytes (silent) for the format, replacing any
-// earlier one. False without sound, for a format the device cannot take, or when a
-// notification asks for another format than the one the device was opened with.
-bool Create_Stream(const PcmFormat& format, int32_t bytes);
 struct StreamNotification {
-  int32_t offset;  // 0 .. bytes - 1
+  int32_t offset;  // 0 .. size - 1
   int32_t event;   // passed to the handler
 };
-// Replaces the notifications; false when an offset is outside the buffer or no stream.
-bool Set_Stream_Notifications(const StreamNotification* list, int count, StreamHandler handler);
-// The notifications of the current stream (empty without one).
-std::vector<StreamNotification> Stream_Notification_List();
+// Creates the stream buffer of `size` bytes (silent) for the format with its notifications
+// (possibly none; each raises `notify`), replacing any earlier one. False without sound, for
+// a format the device cannot take, for another format than the open device's when called
+// from a notification, or when a notification's offset is outside the buffer.
+bool Create_Stream(const PcmFormat& pcm, int32_t size, std::span<const StreamNotification> notes, StreamHandler notify);
 // Copies bytes into the buffer at offset; false when they do not fit or no stream.
 bool Write_Stream(int32_t offset, const uint8_t* bytes, int32_t count);
-void Set_Stream_Position(int32_t offset);
-// Plays the buffer round and round from its position; Stop leaves it where it is.
+// Plays the buffer round and round from its start, until it is released.
 bool Play_Stream();
-void Stop_Stream();
-bool Stream_Playing();
 void Release_Stream();
 // Scales what the stream plays from now on: 1 plays its bytes unchanged, 0 is silence.
 // Kept across streams; safe from any thread.

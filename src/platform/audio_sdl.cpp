@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "platform/audio.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace {
@@ -199,8 +200,11 @@ void Close_Sound() {
   g_sound_open = false;
 }
 
-bool Create_Stream(const PcmFormat& format, int32_t bytes) {
-  if (!g_sound_open || bytes < 1 || bytes > kMaxStreamBytes) return false;
+bool Create_Stream(const PcmFormat& format, int32_t bytes, std::span<const StreamNotification> notes,
+                   StreamHandler notify) {
+  if (!g_sound_open || bytes < 1 || bytes > kMaxStreamBytes || notes.size() > size_t(kMaxNotifications)) return false;
+  for (const StreamNotification& n : notes)
+    if (n.offset < 0 || n.offset >= bytes) return false;
   if (Sdl_Format(format.bits_per_sample) == 0 || format.channels < 1 || format.channels > 8 ||
       format.samples_per_sec < 1000 || format.samples_per_sec > 384000)
     return false;
@@ -214,20 +218,10 @@ bool Create_Stream(const PcmFormat& format, int32_t bytes) {
   if (g_device == 0 && !Open_Device(format)) return false;
   g_stream.bytes.assign(size_t(bytes), g_silence);
   g_stream.position = 0;
-  g_stream.note_count = 0;
-  g_stream.handler = nullptr;
+  std::copy(notes.begin(), notes.end(), g_stream.notes);
+  g_stream.note_count = int(notes.size());
+  g_stream.handler = notify;
   g_stream.exists = true;
-  return true;
-}
-
-bool Set_Stream_Notifications(const StreamNotification* list, int count, StreamHandler handler) {
-  std::lock_guard<std::recursive_mutex> lock(g_mutex);
-  if (!g_stream.exists || count < 0 || count > kMaxNotifications) return false;
-  for (int i = 0; i < count; ++i)
-    if (list[i].offset < 0 || list[i].offset >= static_cast<int32_t>(g_stream.bytes.size())) return false;
-  std::copy(list, list + count, g_stream.notes);
-  g_stream.note_count = count;
-  g_stream.handler = handler;
   return true;
 }
 
@@ -245,15 +239,10 @@ bool Write_Stream(int32_t offset, const uint8_t* bytes, int32_t count) {
   return true;
 }
 
-void Set_Stream_Position(int32_t offset) {
-  std::lock_guard<std::recursive_mutex> lock(g_mutex);
-  if (g_stream.exists && offset >= 0 && offset < static_cast<int32_t>(g_stream.bytes.size()))
-    g_stream.position = offset;
-}
-
 bool Play_Stream() {
   std::lock_guard<std::recursive_mutex> lock(g_mutex);
   if (!g_stream.exists || g_device == 0) return false;
+  g_stream.position = 0;
   g_stream.playing = true;
   // The device stays paused until there is something to play, so output starts with it.
   if (!g_unpaused) {
@@ -261,11 +250,6 @@ bool Play_Stream() {
     g_unpaused = true;
   }
   return true;
-}
-
-void Stop_Stream() {
-  std::lock_guard<std::recursive_mutex> lock(g_mutex);
-  g_stream.playing = false;
 }
 
 bool Stream_Playing() {

@@ -87,7 +87,7 @@ bool Gpu_Blit_To_Backbuffer(Image& src, const Rect& r, int x, int y, bool keyed)
   glUniform4f(g_blit.dst, float(x), float(y), float(r.right - r.left), float(r.bottom - r.top));
   glUniform2f(g_blit.target, float(Gl().width), float(Gl().height));
   glUniform2i(g_blit.offset, r.left - x, r.top - y);
-  glUniform1i(g_blit.keyed, keyed && src.Has_Color_Key() ? 1 : 0);
+  glUniform1i(g_blit.keyed, keyed && src.Color_Key() ? 1 : 0);
   glUniform1i(g_blit.opaque, src.Format() == PixelFormat::X8R8G8B8 ? 1 : 0);
   glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
   return true;

@@ -14,6 +14,7 @@
 #include "platform/gl_internal.h"
 #include "platform/gl_state.h"
 #include "platform/render.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace {
@@ -40,7 +41,6 @@ enum Uniform : int {
   uNormalMatrix,
   uViewport,
   uLighting,
-  uNormalize,
   uAmbient,
   uMatDiffuse,
   uMatAmbient,
@@ -51,19 +51,13 @@ enum Uniform : int {
   uLightAmbient,
   uTextured,
   uFlat,
-  uSpecularOn,
-  uColorStage,
-  uAlphaStage,
-  uColorKey,
-  uAlphaFunc,
-  uAlphaRef,
+  uAlphaModulate,
   kUniformCount
 };
 const char* const kUniformNames[kUniformCount] = {
-    "u_kind",          "u_wvp",           "u_normal_matrix", "u_viewport",     "u_lighting",    "u_normalize",
-    "u_ambient",       "u_mat_diffuse",   "u_mat_ambient",   "u_mat_emissive", "u_light_on",    "u_light_to",
-    "u_light_diffuse", "u_light_ambient", "u_textured",      "u_flat",         "u_specular_on", "u_color_stage",
-    "u_alpha_stage",   "u_color_key",     "u_alpha_func",    "u_alpha_ref"};
+    "u_kind",          "u_wvp",         "u_normal_matrix", "u_viewport",      "u_lighting", "u_ambient",
+    "u_mat_diffuse",   "u_mat_ambient", "u_mat_emissive",  "u_light_on",      "u_light_to", "u_light_diffuse",
+    "u_light_ambient", "u_textured",    "u_flat",          "u_alpha_modulate"};
 
 enum Kind : int { kScreen = 0, kLit = 1, kMesh = 2 };
 
@@ -88,7 +82,7 @@ Matrix4 Multiply(const Matrix4& a, const Matrix4& b) {
 }
 
 // Normals follow the inverse transpose of the world's 3x3 part, as the game's
-// fixed-function lighting has it (not renormalised unless the game asks).
+// fixed-function lighting has it (never renormalised).
 std::array<float, 9> Normal_Matrix(const Matrix4& w) {
   const float a = w._11, b = w._12, c = w._13, d = w._21, e = w._22, f = w._23, g = w._31, h = w._32, i = w._33;
   const float det = a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g);
@@ -105,56 +99,12 @@ GLenum Blend_Factor(uint32_t v) {
       return GL_ZERO;
     case blend::One:
       return GL_ONE;
-    case blend::SrcColor:
-      return GL_SRC_COLOR;
-    case blend::InvSrcColor:
-      return GL_ONE_MINUS_SRC_COLOR;
     case blend::SrcAlpha:
       return GL_SRC_ALPHA;
     case blend::InvSrcAlpha:
       return GL_ONE_MINUS_SRC_ALPHA;
-    case blend::DestAlpha:
-      return GL_DST_ALPHA;
-    case blend::InvDestAlpha:
-      return GL_ONE_MINUS_DST_ALPHA;
-    case blend::DestColor:
-      return GL_DST_COLOR;
-    case blend::InvDestColor:
-      return GL_ONE_MINUS_DST_COLOR;
     default:
       return GL_ONE;
-  }
-}
-
-GLenum Compare_Func(uint32_t v) {
-  switch (v) {
-    case cmp::Never:
-      return GL_NEVER;
-    case cmp::Less:
-      return GL_LESS;
-    case cmp::Equal:
-      return GL_EQUAL;
-    case cmp::LessEqual:
-      return GL_LEQUAL;
-    case cmp::Greater:
-      return GL_GREATER;
-    case cmp::NotEqual:
-      return GL_NOTEQUAL;
-    case cmp::GreaterEqual:
-      return GL_GEQUAL;
-    default:
-      return GL_ALWAYS;
-  }
-}
-
-GLint Address_Mode(uint32_t v) {
-  switch (v) {
-    case tss::Mirror:
-      return GL_MIRRORED_REPEAT;
-    case tss::Clamp:
-      return GL_CLAMP_TO_EDGE;
-    default:
-      return GL_REPEAT;
   }
 }
 
@@ -178,23 +128,13 @@ class GlDevice final : public Device3D {
     render_states_ = {{rs::ZEnable, 1},
                       {rs::ShadeMode, 2},
                       {rs::ZWriteEnable, 1},
-                      {rs::AlphaTestEnable, 0},
                       {rs::SrcBlend, blend::One},
                       {rs::DestBlend, blend::Zero},
                       {rs::CullMode, cull::CounterClockwise},
-                      {rs::ZFunc, cmp::LessEqual},
-                      {rs::AlphaRef, 0},
-                      {rs::AlphaFunc, cmp::Always},
                       {rs::AlphaBlendEnable, 0},
-                      {rs::SpecularEnable, 0},
-                      {rs::ColorKeyEnable, 0},
                       {rs::Lighting, 1},
-                      {rs::Ambient, 0},
-                      {rs::NormalizeNormals, 0}};
-    stage_ = {{tss::ColorOp, tss::OpModulate},   {tss::ColorArg1, tss::ArgTexture}, {tss::ColorArg2, tss::ArgCurrent},
-              {tss::AlphaOp, tss::OpSelectArg1}, {tss::AlphaArg1, tss::ArgTexture}, {tss::AlphaArg2, tss::ArgCurrent},
-              {tss::AddressU, tss::Wrap},        {tss::AddressV, tss::Wrap},        {tss::MagFilter, tss::Point},
-              {tss::MinFilter, tss::Point}};
+                      {rs::Ambient, 0}};
+    stage_ = {{tss::AlphaOp, tss::OpSelectArg1}, {tss::MagFilter, tss::Point}, {tss::MinFilter, tss::Point}};
     viewport_ = {0, 0, Gl().width, Gl().height, 0, 1};
     Create_Gl_Objects();
     g_live_device = this;
@@ -213,7 +153,7 @@ class GlDevice final : public Device3D {
 
   bool Ready() const { return program_ != 0; }
 
-  std::string Identifier() const override { return identifier_; }
+  const std::string& Identifier() const { return identifier_; }
 
   void SetTransform(TransformKind kind, const Matrix4& m) override {
     const int slot = Slot(kind);
@@ -221,17 +161,12 @@ class GlDevice final : public Device3D {
     Flush();
     transforms_[slot] = m;
   }
-  Matrix4 GetTransform(TransformKind kind) const override {
-    const int slot = Slot(kind);
-    return slot < 0 ? Identity() : transforms_[slot];
-  }
 
   void SetMaterial(const D3DMaterial& material) override {
     if (std::memcmp(&material_, &material, sizeof material) == 0) return;
     Flush();
     material_ = material;
   }
-  D3DMaterial GetMaterial() const override { return material_; }
 
   void SetTexture(int stage, const ImageRef& texture) override {
     if (stage != 0) return;  // the game draws with one stage
@@ -246,18 +181,13 @@ class GlDevice final : public Device3D {
     Flush();
     render_states_[state] = value;
   }
-  uint32_t GetRenderState(uint32_t state) const override {
+  uint32_t Render_State(uint32_t state) const {
     auto it = render_states_.find(state);
     return it == render_states_.end() ? 0 : it->second;
   }
 
   void SetTextureStageState(int stage, uint32_t state, uint32_t value) override {
     if (stage != 0) return;
-    if (state == tss::Address) {
-      SetTextureStageState(0, tss::AddressU, value);
-      SetTextureStageState(0, tss::AddressV, value);
-      return;
-    }
     auto it = stage_.find(state);
     if (it != stage_.end() && it->second == value) return;
     Flush();
@@ -268,17 +198,12 @@ class GlDevice final : public Device3D {
     Flush();
     viewport_ = viewport;
   }
-  Viewport GetViewport() const override { return viewport_; }
 
   void SetLight(int index, const D3DLight& light) override {
     if (index != 0) return;  // one light is all the game uses
     Flush();
     light_ = light;
-  }
-  void LightEnable(int index, bool enable) override {
-    if (index != 0 || light_on_ == enable) return;
-    Flush();
-    light_on_ = enable;
+    light_on_ = true;
   }
 
   void Clear(const Rect* rects, int count, uint32_t flags, uint32_t argb, float z, uint32_t stencil) override {
@@ -311,20 +236,17 @@ class GlDevice final : public Device3D {
   void BeginScene() override {}
   void EndScene() override { Flush(); }
 
-  void DrawPrimitive(Primitive type, const ScreenVertex* v, int count) override {
-    Draw(type, kScreen, count, [&](int i, GpuVertex& g) {
+  void DrawPrimitive(Primitive, const ScreenVertex* v, int count) override {
+    Draw(kScreen, count, [&](int i, GpuVertex& g) {
       const ScreenVertex& s = v[i];
       g = GpuVertex{{s.sx, s.sy, s.sz, s.rhw}, {0, 0, 0}, s.color, s.specular, {s.tu, s.tv}, 0};
     });
   }
-  void DrawPrimitive(Primitive type, const LitVertex* v, int count) override {
-    Draw(type, kLit, count, [&](int i, GpuVertex& g) {
+  void DrawPrimitive(Primitive, const LitVertex* v, int count) override {
+    Draw(kLit, count, [&](int i, GpuVertex& g) {
       const LitVertex& s = v[i];
       g = GpuVertex{{s.x, s.y, s.z, 1}, {0, 0, 0}, s.color, s.specular, {s.tu, s.tv}, 0};
     });
-  }
-  void DrawPrimitive(Primitive type, const MeshVertex* v, int count) override {
-    Draw(type, kMesh, count, [&](int i, GpuVertex& g) { g = From_Mesh(v[i]); });
   }
 
   void DrawIndexedMesh(const MeshVertex* v, int vertex_count, const uint16_t* indices, int index_count) override {
@@ -400,39 +322,27 @@ class GlDevice final : public Device3D {
     }
   }
 
-  // Appends a list, strip or fan as triangles. Strips keep the game's winding (odd
-  // triangles reversed) and their first vertex first, which flat shading takes.
+  // Appends a strip as triangles, keeping the game's winding (odd triangles reversed) and
+  // each triangle's first vertex first, which flat shading takes.
   template <class Fill>
-  void Draw(Primitive type, int kind, int count, Fill fill) {
+  void Draw(int kind, int count, Fill fill) {
     if (count < 3 || program_ == 0) return;
     Begin_Kind(kind);
-    if (type == Primitive::TriangleList) count -= count % 3;
-    // A fan longer than the buffer keeps what fits; the game draws none that long.
-    if (type == Primitive::TriangleFan) count = std::min(count, kVertexCapacity);
     int start = 0;
     while (start + 2 < count) {
       int n = std::min(count - start, kVertexCapacity);
       const bool last = start + n == count;
-      if (type == Primitive::TriangleList) n -= n % 3;
       // A strip cut short restarts at its first undrawn triangle, at an even offset
       // so the triangles after it keep their winding.
-      if (type == Primitive::TriangleStrip && !last && n % 2 != 0) --n;
-      const int triangles = type == Primitive::TriangleList ? n / 3 : n - 2;
+      if (!last && n % 2 != 0) --n;
+      const int triangles = n - 2;
       if (vertex_used_ + n > kVertexCapacity || index_used_ + triangles * 3 > kIndexCapacity) Flush();
       const uint32_t base = uint32_t(vertex_used_);
       for (int i = 0; i < n; ++i) fill(start + i, vertices_[size_t(vertex_used_ + i)]);
       vertex_used_ += n;
       for (int t = 0; t < triangles; ++t) {
         uint32_t a, b, c;
-        if (type == Primitive::TriangleList) {
-          a = 3 * t;
-          b = 3 * t + 1;
-          c = 3 * t + 2;
-        } else if (type == Primitive::TriangleFan) {
-          a = 0;
-          b = t + 1;
-          c = t + 2;
-        } else if (t % 2 == 0) {
+        if (t % 2 == 0) {
           a = t;
           b = t + 1;
           c = t + 2;
@@ -445,8 +355,7 @@ class GlDevice final : public Device3D {
         indices_[size_t(index_used_++)] = base + b;
         indices_[size_t(index_used_++)] = base + c;
       }
-      if (type == Primitive::TriangleFan) break;
-      start += type == Primitive::TriangleList ? n : n - 2;
+      start += n - 2;
     }
   }
 
@@ -474,9 +383,6 @@ class GlDevice final : public Device3D {
     glEnableVertexAttribArray(2);
     glVertexAttribPointer(2, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride,
                           reinterpret_cast<void*>(offsetof(GpuVertex, color)));
-    glEnableVertexAttribArray(3);
-    glVertexAttribPointer(3, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride,
-                          reinterpret_cast<void*>(offsetof(GpuVertex, specular)));
     glEnableVertexAttribArray(4);
     glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, uv)));
     glBindVertexArray(0);
@@ -487,7 +393,7 @@ class GlDevice final : public Device3D {
   }
 
   GLint U(Uniform u) const { return uniforms_[size_t(u)]; }
-  uint32_t R(uint32_t state) const { return GetRenderState(state); }
+  uint32_t R(uint32_t state) const { return Render_State(state); }
   uint32_t S(uint32_t state) const {
     auto it = stage_.find(state);
     return it == stage_.end() ? 0 : it->second;
@@ -501,7 +407,7 @@ class GlDevice final : public Device3D {
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     if (R(rs::ZEnable) != 0 && Gl().depth != 0) {
       glEnable(GL_DEPTH_TEST);
-      glDepthFunc(Compare_Func(R(rs::ZFunc)));
+      glDepthFunc(GL_LEQUAL);
     } else {
       glDisable(GL_DEPTH_TEST);
     }
@@ -530,7 +436,6 @@ class GlDevice final : public Device3D {
     glUniform1i(U(uKind), kind_);
     glUniform4f(U(uViewport), float(viewport_.x), float(viewport_.y), float(viewport_.width), float(viewport_.height));
     glUniform1i(U(uLighting), R(rs::Lighting) != 0);
-    glUniform1i(U(uNormalize), R(rs::NormalizeNormals) != 0);
     Set_Argb(U(uAmbient), R(rs::Ambient));
     Set_Color(U(uMatDiffuse), material_.diffuse);
     Set_Color(U(uMatAmbient), material_.ambient);
@@ -543,19 +448,12 @@ class GlDevice final : public Device3D {
     Set_Color(U(uLightDiffuse), light_.diffuse);
     Set_Color(U(uLightAmbient), light_.ambient);
     glUniform1i(U(uFlat), R(rs::ShadeMode) == 1);
-    glUniform1i(U(uSpecularOn), R(rs::SpecularEnable) != 0);
-    glUniform3i(U(uColorStage), int(S(tss::ColorOp)), int(S(tss::ColorArg1)), int(S(tss::ColorArg2)));
-    glUniform3i(U(uAlphaStage), int(S(tss::AlphaOp)), int(S(tss::AlphaArg1)), int(S(tss::AlphaArg2)));
-    glUniform1i(U(uAlphaFunc), R(rs::AlphaTestEnable) != 0 ? int(R(rs::AlphaFunc)) : 0);
-    glUniform1f(U(uAlphaRef), float(R(rs::AlphaRef) & 0xFF) / 255.0f);
+    glUniform1i(U(uAlphaModulate), S(tss::AlphaOp) == tss::OpModulate);
 
     glActiveTexture(GL_TEXTURE0);
     const GLuint texture = texture_ ? detail::Texture_Of(*texture_) : 0;
     glUniform1i(U(uTextured), texture != 0);
-    glUniform1i(U(uColorKey), texture != 0 && R(rs::ColorKeyEnable) != 0 && texture_->Has_Color_Key());
     glBindTexture(GL_TEXTURE_2D, texture);
-    glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_S, Address_Mode(S(tss::AddressU)));
-    glSamplerParameteri(sampler_, GL_TEXTURE_WRAP_T, Address_Mode(S(tss::AddressV)));
     glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, S(tss::MagFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST);
     glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, S(tss::MinFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST);
     glBindSampler(0, sampler_);
@@ -590,9 +488,19 @@ void Flush_Device() {
 
 std::unique_ptr<Device3D> Create_Device(const std::string& identifier) {
   if (Gl().context == nullptr || Gl().fbo == 0) return nullptr;
-  auto device = std::make_unique<GlDevice>(identifier);
+  auto device = std::make_unique<GlDevice>(Resolve_Device(identifier));
   if (!device->Ready()) return nullptr;
   return device;
+}
+
+std::string Device_Identifier(const Device3D& device) {
+  const auto* gl = dynamic_cast<const GlDevice*>(&device);
+  return gl != nullptr ? gl->Identifier() : std::string();
+}
+
+uint32_t Render_State(const Device3D& device, uint32_t state) {
+  const auto* gl = dynamic_cast<const GlDevice*>(&device);
+  return gl != nullptr ? gl->Render_State(state) : 0;
 }
 
 }  // namespace platform

@@ -64,7 +64,9 @@ bool Open_Dialog(const char* caption, int width, int height, const std::string& 
 
 bool Dialog_Open() { return g_window != nullptr; }
 
-bool Begin_Dialog_Frame() {
+namespace {
+// Collects events and starts an ImGui frame; false when the window has been asked to close.
+bool Begin_Frame() {
   if (g_window == nullptr) return false;
   // Idle until something happens or a short while has passed: a dialog need not spin.
   SDL_WaitEventTimeout(nullptr, 15);
@@ -93,7 +95,8 @@ bool Begin_Dialog_Frame() {
   return true;
 }
 
-void End_Dialog_Frame() {
+// Renders the frame and shows it.
+void End_Frame() {
   if (g_window == nullptr) return;
   ImGui::Render();
   int w = 0, h = 0;
@@ -116,6 +119,14 @@ void End_Dialog_Frame() {
   }
   SDL_GL_SwapWindow(g_window);
   ++g_frame;
+}
+}  // namespace
+
+bool Dialog_Frame(const std::function<void()>& draw) {
+  if (!Begin_Frame()) return false;
+  draw();
+  End_Frame();
+  return true;
 }
 
 void Close_Dialog() {

@@ -90,8 +90,8 @@ void Forget_Texture(GpuState& gpu) {
 
 uint32_t Texture_Of(Image& image) {
   GlDisplay& gl = Gl();
-  if (gl.context == nullptr || !image.Has_Pixels()) return 0;
-  GpuState& gpu = Gpu_Of(image);
+  if (gl.context == nullptr || ImageAccess::Is_Backbuffer(image)) return 0;
+  GpuState& gpu = ImageAccess::Gpu(image);
   if (gpu.generation != gl.generation) {
     gpu.texture = 0;  // a name from an earlier context means nothing now
     gpu.stale = true;
@@ -103,14 +103,15 @@ uint32_t Texture_Of(Image& image) {
   }
   glBindTexture(GL_TEXTURE_2D, gpu.texture);
   if (!gpu.stale) return gpu.texture;
-  const bool direct = !image.Has_Color_Key() && image.Format() != PixelFormat::X8R8G8B8;
+  const bool direct = !image.Color_Key() && image.Format() != PixelFormat::X8R8G8B8;
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
   if (direct) {
     // Both memory layouts match a GL packed type bit for bit, so they upload as they stand.
     const GLenum type =
         image.Format() == PixelFormat::A4R4G4B4 ? GL_UNSIGNED_SHORT_4_4_4_4_REV : GL_UNSIGNED_INT_8_8_8_8_REV;
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA, type, image.Bytes());
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA, type,
+                 ImageAccess::Pixels(image).data());
   } else {
     // The colour key becomes alpha 0; 2D surfaces are otherwise opaque.
     static std::vector<uint32_t> scratch;
@@ -188,15 +189,15 @@ std::string Resolve_Device(const std::string& identifier) {
   return list.empty() ? std::string() : list.front().identifier;
 }
 
-bool Open_Display(const std::string& device_identifier, std::string& error) {
+namespace {
+bool Start_Context(const std::string& device_identifier, std::string& error) {
   detail::GlDisplay& gl = Gl();
-  if (gl.context != nullptr) return true;
   const std::string device = Resolve_Device(device_identifier);
   if (device.empty()) {
     error = "No OpenGL 3.3 device could be found on this computer.";
     return false;
   }
-  if (!Window_Open() && !Open_Window("Brindlex Quorval")) {
+  if (detail::Window() == nullptr && !Open_Window("Brindlex Quorval")) {
     error = "The game window could not be opened.";
     return false;
   }
@@ -231,24 +232,21 @@ bool Open_Display(const std::string& device_identifier, std::string& error) {
   return true;
 }
 
-bool Display_Open() { return Gl().context != nullptr; }
-
-std::string Renderer_Name() {
-  if (Gl().context == nullptr) return "";
-  const auto* name = glGetString(GL_RENDERER);
-  return name != nullptr ? reinterpret_cast<const char*>(name) : "";
-}
-
-ImageRef Create_Primary(int width, int height) {
-  if (Gl().context == nullptr) return nullptr;
-  Gl().primary = true;
-  return Image::Create_Display_Buffer(ImageKind::Primary, width, height);
-}
-
-ImageRef Create_Backbuffer(int width, int height) {
+void Release_Backbuffer() {
   detail::GlDisplay& gl = Gl();
-  if (gl.context == nullptr || width < 1 || height < 1) return nullptr;
-  Release_Backbuffer();
+  if (gl.fbo != 0) detail::Flush_Device();
+  if (gl.depth != 0) glDeleteRenderbuffers(1, &gl.depth);
+  if (gl.fbo != 0) glDeleteFramebuffers(1, &gl.fbo);
+  if (gl.color != 0) glDeleteTextures(1, &gl.color);
+  gl.fbo = 0;
+  gl.color = 0;
+  gl.depth = 0;
+  gl.width = gl.height = 0;
+}
+
+// The colour texture and the 24-bit depth buffer the game draws into, cleared.
+bool Make_Backbuffer(int width, int height) {
+  detail::GlDisplay& gl = Gl();
   glGenTextures(1, &gl.color);
   glBindTexture(GL_TEXTURE_2D, gl.color);
   glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, width, height, 0, GL_BGRA, GL_UNSIGNED_BYTE, nullptr);
@@ -256,62 +254,37 @@ ImageRef Create_Backbuffer(int width, int height) {
   glGenFramebuffers(1, &gl.fbo);
   glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
   glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, gl.color, 0);
+  glGenRenderbuffers(1, &gl.depth);
+  glBindRenderbuffer(GL_RENDERBUFFER, gl.depth);
+  glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, width, height);
+  glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, gl.depth);
   if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
     Release_Backbuffer();
-    return nullptr;
+    return false;
   }
   gl.width = width;
   gl.height = height;
   glViewport(0, 0, width, height);
   glClearColor(0, 0, 0, 1);
-  glClear(GL_COLOR_BUFFER_BIT);
+  glClearDepth(1.0);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   detail::Set_Backbuffer_Size(width, height);
-  return Image::Create_Display_Buffer(ImageKind::BackBuffer, width, height);
+  return true;
 }
+}  // namespace
 
-ImageRef Create_Depth_Buffer() {
-  detail::GlDisplay& gl = Gl();
-  if (gl.fbo == 0) return nullptr;
-  Release_Depth_Buffer();
-  glGenRenderbuffers(1, &gl.depth);
-  glBindRenderbuffer(GL_RENDERBUFFER, gl.depth);
-  glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, gl.width, gl.height);
-  glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
-  glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, gl.depth);
-  if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
-    Release_Depth_Buffer();
+ImageRef Open_Display(const std::string& device_identifier, int width, int height, std::string& error) {
+  if (width < 1 || height < 1 || width > 16384 || height > 16384) {
+    error = "The screen could not be set to " + std::to_string(width) + "x" + std::to_string(height) + ".";
     return nullptr;
   }
-  glClearDepth(1.0);
-  glClear(GL_DEPTH_BUFFER_BIT);
-  return Image::Create_Display_Buffer(ImageKind::DepthBuffer, gl.width, gl.height);
-}
-
-void Release_Depth_Buffer() {
-  detail::GlDisplay& gl = Gl();
-  if (gl.context == nullptr || gl.depth == 0) return;
-  detail::Flush_Device();
-  if (gl.fbo != 0) {
-    glBindFramebuffer(GL_FRAMEBUFFER, gl.fbo);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, 0);
+  if (Gl().context == nullptr && !Start_Context(device_identifier, error)) return nullptr;
+  Release_Backbuffer();
+  if (!Make_Backbuffer(width, height)) {
+    error = "Surface creation failed.";
+    return nullptr;
   }
-  glDeleteRenderbuffers(1, &gl.depth);
-  gl.depth = 0;
-}
-
-void Release_Backbuffer() {
-  detail::GlDisplay& gl = Gl();
-  if (gl.context == nullptr) return;
-  if (gl.fbo != 0) detail::Flush_Device();
-  if (gl.fbo != 0) glDeleteFramebuffers(1, &gl.fbo);
-  if (gl.color != 0) glDeleteTextures(1, &gl.color);
-  gl.fbo = 0;
-  gl.color = 0;
-  gl.width = gl.height = 0;
-}
-
-void Restore_Display_Mode() {
-  if (SDL_Window* window = detail::Window()) SDL_SetWindowFullscreen(window, 0);
+  return detail::ImageAccess::Backbuffer(width, height);
 }
 
 namespace {
@@ -377,13 +350,11 @@ void Present() {
 void Close_Display() {
   detail::GlDisplay& gl = Gl();
   if (gl.context == nullptr) return;
-  Release_Depth_Buffer();
   Release_Backbuffer();
   detail::Release_Blit_Program();
   SDL_GL_MakeCurrent(detail::Window(), nullptr);
   SDL_GL_DeleteContext(static_cast<SDL_GLContext>(gl.context));
   gl.context = nullptr;
-  gl.primary = false;
 }
 
 }  // namespace platform

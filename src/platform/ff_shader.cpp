@@ -1,6 +1,6 @@
 // The one program that stands in for the fixed-function pipeline: pre-transformed,
-// pre-lit and lit vertices, one directional light, material, ambient, texture stage 0
-// with its colour and alpha operations, alpha test and colour key.
+// pre-lit and lit vertices, one directional light, material, ambient, and texture stage 0
+// modulating the diffuse colour (its alpha selected or modulated).
 #include "platform/ff_shader.h"
 
 namespace platform::detail {
@@ -9,7 +9,6 @@ const char* kFixedFunctionVertex = R"(#version 330 core
 layout(location = 0) in vec4 a_pos;
 layout(location = 1) in vec3 a_normal;
 layout(location = 2) in vec4 a_color;
-layout(location = 3) in vec4 a_specular;
 layout(location = 4) in vec2 a_uv;
 
 uniform int u_kind;            // 0 pre-transformed, 1 pre-lit, 2 mesh
@@ -17,7 +16,6 @@ uniform mat4 u_wvp;
 uniform mat3 u_normal_matrix;
 uniform vec4 u_viewport;       // x, y, width, height
 uniform bool u_lighting;
-uniform bool u_normalize;
 uniform vec4 u_ambient;
 uniform vec4 u_mat_diffuse, u_mat_ambient, u_mat_emissive;
 uniform bool u_light_on;
@@ -26,7 +24,6 @@ uniform vec4 u_light_diffuse, u_light_ambient;
 
 out vec4 v_color;
 flat out vec4 v_color_flat;
-out vec4 v_specular;
 out vec2 v_uv;
 
 void main() {
@@ -43,7 +40,6 @@ void main() {
   vec4 colour = u_kind == 2 ? vec4(1.0) : a_color;
   if (u_lighting && u_kind != 0) {
     vec3 n = u_normal_matrix * a_normal;
-    if (u_normalize && dot(n, n) > 0.0) n = normalize(n);
     vec3 lit = u_mat_emissive.rgb + u_ambient.rgb * u_mat_ambient.rgb;
     if (u_light_on)
       lit += u_light_ambient.rgb * u_mat_ambient.rgb + u_light_diffuse.rgb * diffuse_source.rgb * max(dot(n, u_light_to), 0.0);
@@ -51,7 +47,6 @@ void main() {
   }
   v_color = colour;
   v_color_flat = colour;
-  v_specular = u_kind == 2 ? vec4(0.0) : a_specular;
   v_uv = a_uv;
 }
 )";
@@ -59,62 +54,20 @@ void main() {
 const char* kFixedFunctionFragment = R"(#version 330 core
 in vec4 v_color;
 flat in vec4 v_color_flat;
-in vec4 v_specular;
 in vec2 v_uv;
 
 uniform sampler2D u_texture;
 uniform bool u_textured;
 uniform bool u_flat;
-uniform bool u_specular_on;
-uniform ivec3 u_color_stage;   // operation, argument 1, argument 2
-uniform ivec3 u_alpha_stage;
-uniform bool u_color_key;
-uniform int u_alpha_func;      // 0: no alpha test, else the comparison number
-uniform float u_alpha_ref;
+uniform bool u_alpha_modulate;  // else the texel's alpha alone
 
 out vec4 colour;
-
-vec4 Argument(int which, vec4 texel, vec4 diffuse) {
-  return which == 2 ? texel : diffuse;  // diffuse and current are one at stage 0
-}
-
-vec4 Combine(ivec3 stage, vec4 texel, vec4 diffuse) {
-  vec4 a = Argument(stage.y, texel, diffuse), b = Argument(stage.z, texel, diffuse);
-  if (stage.x == 2) return a;
-  if (stage.x == 3) return b;
-  if (stage.x == 4) return a * b;
-  if (stage.x == 5) return min(a * b * 2.0, 1.0);
-  if (stage.x == 6) return min(a * b * 4.0, 1.0);
-  if (stage.x == 7) return min(a + b, 1.0);
-  return diffuse;
-}
-
-bool Passes(int func, float a, float ref) {
-  if (func == 1) return false;
-  if (func == 2) return a < ref;
-  if (func == 3) return a == ref;
-  if (func == 4) return a <= ref;
-  if (func == 5) return a > ref;
-  if (func == 6) return a != ref;
-  if (func == 7) return a >= ref;
-  return true;
-}
 
 void main() {
   vec4 diffuse = u_flat ? v_color_flat : v_color;
   // A stage with no texture samples as opaque white.
   vec4 texel = u_textured ? texture(u_texture, v_uv) : vec4(1.0);
-  if (u_color_key && u_textured && texel.a == 0.0) discard;
-  vec4 result;
-  if (u_color_stage.x == 1) {
-    result = diffuse;  // a disabled first stage switches texturing off altogether
-  } else {
-    result.rgb = Combine(u_color_stage, texel, diffuse).rgb;
-    result.a = u_alpha_stage.x == 1 ? diffuse.a : Combine(u_alpha_stage, texel, diffuse).a;
-  }
-  if (u_specular_on) result.rgb = min(result.rgb + v_specular.rgb, 1.0);
-  if (u_alpha_func != 0 && !Passes(u_alpha_func, result.a, u_alpha_ref)) discard;
-  colour = result;
+  colour = vec4(texel.rgb * diffuse.rgb, u_alpha_modulate ? texel.a * diffuse.a : texel.a);
 }
 )";
 

@@ -99,7 +99,6 @@ void Close_Pad() {
 
 }  // namespace
 
-bool Pad_Connected() { return g_pad != nullptr; }
 const std::string& Pad_Name() { return g_pad_name; }
 
 namespace detail {

@@ -2,16 +2,35 @@
 // Internal to the platform layer: the GL side of images and 2D operations. Every
 // function here is safe to call with no display (it then does nothing or fails).
 #include <cstdint>
+#include <vector>
 
 #include "platform/render.h"
 
 namespace platform::detail {
+
+struct PixelMasks {
+  uint32_t red, green, blue, alpha;
+  int bytes;  // per pixel
+};
+PixelMasks Masks_Of(PixelFormat format);
+// A raw pixel value of the format as 0xAARRGGBB (X8R8G8B8 reads as opaque).
+uint32_t To_Argb(PixelFormat format, uint32_t raw);
 
 // An image's texture on the GPU.
 struct GpuState {
   uint32_t texture = 0;     // GL name, 0 when none
   uint64_t generation = 0;  // the context it belongs to
   bool stale = true;        // CPU pixels changed since upload
+};
+
+// What only the platform sees of an image: its pixel bytes (rows top to bottom, unpadded;
+// empty for the back buffer), its GPU side, and the back buffer's own image.
+struct ImageAccess {
+  static std::vector<uint8_t>& Pixels(Image& image) { return image.pixels_; }
+  static const std::vector<uint8_t>& Pixels(const Image& image) { return image.pixels_; }
+  static bool Is_Backbuffer(const Image& image) { return image.backbuffer_; }
+  static GpuState& Gpu(Image& image) { return *image.gpu_; }
+  static ImageRef Backbuffer(int width, int height);
 };
 
 // True while a GL context is current.

@@ -14,7 +14,6 @@ struct GlDisplay {
   GLuint color = 0;         // its colour texture
   GLuint depth = 0;         // its depth renderbuffer (the z-buffer)
   int width = 0, height = 0;
-  bool primary = false;  // the window's own framebuffer is in use
 };
 GlDisplay& Gl();
 

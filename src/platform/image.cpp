@@ -10,9 +10,11 @@
 
 #include "platform/gl_internal.h"
 #include "platform/render.h"
+#include "platform/testing.h"
 
 namespace platform {
 
+namespace detail {
 PixelMasks Masks_Of(PixelFormat format) {
   switch (format) {
     case PixelFormat::X8R8G8B8:
@@ -40,6 +42,10 @@ uint32_t To_Argb(PixelFormat format, uint32_t raw) {
   }
   return raw;
 }
+}  // namespace detail
+
+using detail::Masks_Of;
+using detail::To_Argb;
 
 uint32_t From_Argb(PixelFormat format, uint32_t argb) {
   switch (format) {
@@ -56,33 +62,26 @@ uint32_t From_Argb(PixelFormat format, uint32_t argb) {
   return argb;
 }
 
-Image::Image(int width, int height, PixelFormat format, ImageKind kind)
-    : width_(width), height_(height), format_(format), kind_(kind), gpu_(std::make_unique<detail::GpuState>()) {
-  if (kind == ImageKind::Memory) pixels_.assign(size_t(width) * size_t(height) * size_t(Masks_Of(format).bytes), 0);
+Image::Image(int width, int height, PixelFormat format, bool backbuffer)
+    : width_(width),
+      height_(height),
+      format_(format),
+      backbuffer_(backbuffer),
+      gpu_(std::make_unique<detail::GpuState>()) {
+  if (!backbuffer) pixels_.assign(size_t(width) * size_t(height) * size_t(Masks_Of(format).bytes), 0);
 }
 
 Image::~Image() { detail::Forget_Texture(*gpu_); }
 
-namespace detail {
-GpuState& Gpu_Of(Image& image) { return *image.gpu_; }
-}  // namespace detail
-
 ImageRef Image::Create(int width, int height, PixelFormat format) {
   if (width < 1 || height < 1 || width > 16384 || height > 16384) return nullptr;
-  return ImageRef(new Image(width, height, format, ImageKind::Memory));
+  return ImageRef(new Image(width, height, format, false));
 }
 
-ImageRef Image::Create_Display_Buffer(ImageKind kind, int width, int height) {
-  if (kind == ImageKind::Memory || width < 1 || height < 1) return nullptr;
-  return ImageRef(new Image(width, height, PixelFormat::X8R8G8B8, kind));
+ImageRef detail::ImageAccess::Backbuffer(int width, int height) {
+  if (width < 1 || height < 1) return nullptr;
+  return ImageRef(new Image(width, height, PixelFormat::X8R8G8B8, true));
 }
-
-uint8_t* Image::Lock() {
-  detail::Flush_Device();  // batched draws still using the old pixels go first
-  return pixels_.empty() ? nullptr : pixels_.data();
-}
-
-void Image::Unlock() { gpu_->stale = true; }
 
 uint32_t Image::Pixel(int x, int y) const {
   if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
@@ -106,23 +105,24 @@ void Image::Set_Pixel(int x, int y, uint32_t raw) {
   gpu_->stale = true;
 }
 
+uint32_t Image::Argb(int x, int y) const { return To_Argb(format_, Pixel(x, y)); }
+
 void Image::Set_Color_Key(uint32_t raw_key) {
-  has_key_ = true;
   key_ = raw_key;
   gpu_->stale = true;
 }
 
-void Image::Clear_Color_Key() {
-  has_key_ = false;
-  gpu_->stale = true;
+const uint8_t* Image_Bytes(const Image& image) {
+  const std::vector<uint8_t>& pixels = detail::ImageAccess::Pixels(image);
+  return pixels.empty() ? nullptr : pixels.data();
 }
 
 bool Image::Is_Key_Pixel(uint32_t raw) const {
-  if (!has_key_) return false;
+  if (!key_) return false;
   // Only the colour bits take part: a key of black matches whatever the alpha byte holds.
-  const PixelMasks m = Masks_Of(format_);
+  const detail::PixelMasks m = Masks_Of(format_);
   const uint32_t colour = m.red | m.green | m.blue;
-  return (raw & colour) == (key_ & colour);
+  return (raw & colour) == (*key_ & colour);
 }
 
 namespace {
@@ -152,7 +152,7 @@ bool Cut(const Image& dst, const Image& src, Rect& r, int& x, int& y) {
 }
 
 void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool keyed) {
-  keyed = keyed && src.Has_Color_Key();
+  keyed = keyed && src.Color_Key();
   const int w = r.right - r.left, h = r.bottom - r.top;
   if (dst.Format() != src.Format()) {
     for (int j = 0; j < h; ++j)
@@ -165,8 +165,8 @@ void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool
   }
   // Same format: whole rows at a time (memmove, as an image may be blitted onto itself).
   const size_t bytes = size_t(Masks_Of(src.Format()).bytes);
-  const uint8_t* s = src.Bytes();
-  uint8_t* d = dst.Lock();
+  const uint8_t* s = detail::ImageAccess::Pixels(src).data();
+  uint8_t* d = detail::ImageAccess::Pixels(dst).data();
   for (int j = 0; j < h; ++j) {
     const uint8_t* srow = s + (size_t(r.top + j) * size_t(src.Width()) + size_t(r.left)) * bytes;
     uint8_t* drow = d + (size_t(y + j) * size_t(dst.Width()) + size_t(x)) * bytes;
@@ -180,7 +180,7 @@ void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool
       if (!src.Is_Key_Pixel(v)) std::memcpy(drow + size_t(i) * bytes, &v, bytes);
     }
   }
-  dst.Unlock();
+  detail::ImageAccess::Gpu(dst).stale = true;
 }
 
 // Reads the back buffer into a memory image, converting to its format.
@@ -198,10 +198,11 @@ bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool
   detail::Flush_Device();
   Rect r = src_rect;
   if (!Cut(dst, src, r, x, y)) return false;
-  if (dst.Kind() == ImageKind::BackBuffer && src.Has_Pixels())
-    return detail::Gpu_Blit_To_Backbuffer(const_cast<Image&>(src), r, x, y, keyed);
-  if (src.Kind() == ImageKind::BackBuffer && dst.Has_Pixels()) return Read_Into(dst, r, x, y);
-  if (!dst.Has_Pixels() || !src.Has_Pixels()) return false;
+  using detail::ImageAccess;
+  const bool to_screen = ImageAccess::Is_Backbuffer(dst), from_screen = ImageAccess::Is_Backbuffer(src);
+  if (to_screen && !from_screen) return detail::Gpu_Blit_To_Backbuffer(const_cast<Image&>(src), r, x, y, keyed);
+  if (from_screen && !to_screen) return Read_Into(dst, r, x, y);
+  if (to_screen || from_screen) return false;
   Memory_Blit(dst, src, r, x, y, keyed);
   return true;
 }
@@ -214,8 +215,8 @@ bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw) {
   r.right = std::min(r.right, dst.Width());
   r.bottom = std::min(r.bottom, dst.Height());
   if (r.right <= r.left || r.bottom <= r.top) return false;
-  if (dst.Kind() == ImageKind::BackBuffer) return detail::Gpu_Fill_Backbuffer(r, To_Argb(PixelFormat::X8R8G8B8, raw));
-  if (!dst.Has_Pixels()) return false;
+  if (detail::ImageAccess::Is_Backbuffer(dst))
+    return detail::Gpu_Fill_Backbuffer(r, To_Argb(PixelFormat::X8R8G8B8, raw));
   for (int y = r.top; y < r.bottom; ++y)
     for (int x = r.left; x < r.right; ++x) dst.Set_Pixel(x, y, raw);
   return true;

@@ -8,8 +8,6 @@
 namespace platform {
 
 // --- application ---------------------------------------------------------------
-// The folder holding the executable (no trailing slash).
-std::string App_Dir();
 // Builds the path of the game's read-only data from a game path such as "\Data\Ships.Dat":
 // below the application folder, or below an installed game's share/games/brindlex-quorval.
 std::string Game_Path(const std::string& relative);
@@ -30,7 +28,6 @@ int Show_Cursor(bool show);
 // Opens the desktop-fullscreen game window. Safe to call again (no-op). False on failure.
 bool Open_Window(const char* caption);
 void Close_Window();
-bool Window_Open();
 // Switches between the desktop-fullscreen window and an ordinary resizable window sized
 // to fit well inside the desktop. The GL context, and everything made on it, stays. May be
 // asked before the window opens: it then opens that way. While full screen and focused
@@ -108,9 +105,8 @@ enum PadControl : int16_t {
   kPadRightTrigger = 24,
   kPadControlCount = 25
 };
-bool Pad_Connected();
-// The pad's product name as its mapping gives it (empty without a pad); valid until the
-// next pump.
+// The pad's product name as its mapping gives it ("Gamepad" when it gives none); empty
+// while no pad is plugged in. Valid until the next pump.
 const std::string& Pad_Name();
 
 }  // namespace platform

@@ -3,9 +3,12 @@
 #include <SDL.h>
 
 #include <cstdint>
+#include <string>
 
 namespace platform::detail {
 SDL_Window* Window();
+// The folder holding the executable (no trailing slash), or the one a test set.
+std::string App_Dir();
 // Starts SDL's video (and events) if need be and asks for the GL 3.3 core, double-buffered
 // context every window of the game uses. False when there is no video at all.
 bool Prepare_GL_Window();

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/audio.h"
+#include "platform/render.h"
+
 namespace platform {
 
 // Points the application folder elsewhere (a scratch folder of a test).
@@ -102,5 +105,23 @@ void Set_Dialog_Script(std::function<bool(uint64_t frame, DialogPointer& pointer
 // rows top to bottom (empty before the first frame).
 void Keep_Dialog_Frames(bool keep);
 const std::vector<uint32_t>& Dialog_Frame(int& width, int& height);
+
+// --- what the display, the device and the sound hold ---------------------------------
+// Reads back-buffer pixels as 0xAARRGGBB, rows top to bottom; false without a display
+// or when the rectangle is not inside the back buffer.
+bool Read_Backbuffer(const Rect& rect, uint32_t* argb_out);
+// An image's pixel bytes, rows top to bottom, unpadded (null for the back buffer).
+const uint8_t* Image_Bytes(const Image& image);
+// The identifier a device of Open_Display/Create_Device gets for the one asked for.
+std::string Resolve_Device(const std::string& identifier);
+// The identifier the GL device was created for, and a render state's value on it ("" and 0
+// for any other device).
+std::string Device_Identifier(const Device3D& device);
+uint32_t Render_State(const Device3D& device, uint32_t state);
+// The notifications of the current stream (empty without one), and whether it plays.
+std::vector<StreamNotification> Stream_Notification_List();
+bool Stream_Playing();
+// Whether the setup dialog's window is open.
+bool Dialog_Open();
 
 }  // namespace platform

@@ -129,8 +129,6 @@ void Close_Window() {
   g_window = nullptr;
 }
 
-bool Window_Open() { return g_window != nullptr; }
-
 namespace detail {
 namespace {
 Letterbox g_letterbox;

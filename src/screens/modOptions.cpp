@@ -165,7 +165,7 @@ const std::string& Device_Text() {
   static const std::string kKeyboard = "Keyboard", kNoPad = "no gamepad connected", kOther;
   if (modMain::ControlDevice == 0) return kKeyboard;
   if (!Pad_Chosen()) return kOther;  // a value the game does not offer shows nothing
-  if (!platform::Pad_Connected()) return kNoPad;
+  if (platform::Pad_Name().empty()) return kNoPad;
   g_device_text.assign(platform::Pad_Name(), 0, kDeviceTextCells);
   return g_device_text;
 }

@@ -55,7 +55,7 @@ TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll)
   EXPECT_TRUE((centre >> 16 & 0xFF) > 0xC0 && (centre >> 8 & 0xFF) > 0x80 && (centre & 0xFF) < 0x40)
       << std::hex << centre;
   EXPECT_EQ(At(300, 100), kClear) << "the sprite is 20 x 20, unscaled";
-  EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::AlphaBlendEnable), 0u);
+  EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::AlphaBlendEnable), 0u);
 }
 
 TEST_F(Particles, LongFrameFadesByFadeTimesFiftyAndADeadParticleIsDrawnOnceThenReborn) {

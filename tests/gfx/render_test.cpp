@@ -42,14 +42,14 @@ TEST_F(DisplayTest, StartUpSetsTheScreenAndFontsAndPicksTheBestDevice) {
     ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
   }
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
-  EXPECT_EQ(D3DDevice->GetRenderState(rs::Lighting), uint32_t(-1));
-  EXPECT_EQ(D3DDevice->GetRenderState(rs::SrcBlend), platform::blend::SrcAlpha);
+  EXPECT_EQ(platform::Render_State(*D3DDevice, rs::Lighting), uint32_t(-1));
+  EXPECT_EQ(platform::Render_State(*D3DDevice, rs::SrcBlend), platform::blend::SrcAlpha);
   ASSERT_TRUE(modText::Fonts[2]);
   EXPECT_EQ(modText::Fonts[2]->Width(), 27 * 12);
   // "<none>" and device names this machine lacks run on the best device there is.
   const auto list = platform::Device_List();
   ASSERT_FALSE(list.empty());
-  EXPECT_EQ(D3DDevice->Identifier(), list.front().identifier);
+  EXPECT_EQ(platform::Device_Identifier(*D3DDevice), list.front().identifier);
   EXPECT_EQ(platform::Resolve_Device("IID_IDirect3DTnLHALDevice"), list.front().identifier);
   EXPECT_EQ(list.back().identifier, platform::kSoftwareDevice);
   EXPECT_EQ(platform::Resolve_Device(platform::kSoftwareDevice), platform::kSoftwareDevice);
@@ -115,18 +115,22 @@ TEST_F(DisplayTest, DrawTextPutsEachGlyphInItsCell) {
 
 TEST_F(DisplayTest, TrianglesClockwiseOnScreenAreFrontFacing) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
-  ASSERT_EQ(d.GetRenderState(rs::CullMode), platform::cull::CounterClockwise);
+  ASSERT_EQ(platform::Render_State(d, rs::CullMode), platform::cull::CounterClockwise);
   const uint32_t r = 0xFFFF0000, g = 0xFF00FF00;
   // Clockwise red on the left, counter-clockwise green on the right.
   const ScreenVertex tris[] = {SV(100, 100, 0.5f, r), SV(200, 100, 0.5f, r), SV(100, 200, 0.5f, r),
                                SV(300, 100, 0.5f, g), SV(300, 200, 0.5f, g), SV(400, 100, 0.5f, g)};
+  const auto draw_both = [&] {
+    d.DrawPrimitive(platform::Primitive::TriangleStrip, tris, 3);
+    d.DrawPrimitive(platform::Primitive::TriangleStrip, tris + 3, 3);
+  };
   d.BeginScene();
-  d.DrawPrimitive(platform::Primitive::TriangleList, tris, 6);
+  draw_both();
   d.EndScene();
   EXPECT_EQ(At(120, 120), 0xFF0000u);
   EXPECT_EQ(At(320, 120), kBlue);
   d.SetRenderState(rs::CullMode, platform::cull::Clockwise);
-  d.DrawPrimitive(platform::Primitive::TriangleList, tris, 6);
+  draw_both();
   d.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
   Quad(0, 300, 100, 480, 0.5f, 0xFF0000FF);  // a strip's second triangle is wound the other way; it still shows
   // 2D work after batched 3D lands on top of it.

@@ -7,6 +7,7 @@
 
 #include "core/settings.h"
 #include "gfx/mod3Denhance.h"
+#include "platform/testing.h"
 #include "support/test_env.h"
 
 using namespace mod3Denhance;
@@ -61,7 +62,7 @@ TEST(DdsTest, DecodesTexelsAsStoredWithTheirAlpha) {
   EXPECT_EQ(t->Format(), PixelFormat::A4R4G4B4);
   const uint32_t argb[] = {0x88FF0000u, 0xFF00FF00u, 0x110000FFu, 0};
   for (int i = 0; i < 4; ++i) EXPECT_EQ(t->Argb(i % 2, i / 2), argb[i]) << i;
-  EXPECT_FALSE(t->Has_Color_Key());
+  EXPECT_FALSE(t->Color_Key());
 }
 
 TEST(DdsTest, RefusesWhatIsNotA16BitImage) {
@@ -100,7 +101,7 @@ TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundThei
   Surface t = Create_Texture(dir.path() + "\\Textures\\a.DDS", 64, 64, kKeyBlack);
   ASSERT_TRUE(t);
   EXPECT_EQ(t->Width(), 1);  // the file's size, and no colour key on .dds
-  EXPECT_FALSE(t->Has_Color_Key());
+  EXPECT_FALSE(t->Color_Key());
   EXPECT_FALSE(Create_Texture(dir.path() + "/Textures/fake.dds", 0, 0, 0));
   EXPECT_FALSE(Create_Texture(dir.path() + "/Textures/missing.dds", 0, 0, 0));
   // A texture with only one size given keeps the file's own size.
@@ -157,9 +158,9 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
   EXPECT_EQ(s->Color_Key(), 0u);
   EXPECT_TRUE(s->Is_Key_Pixel(0xFF000000u));  // the unused top byte takes no part
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", 3, kTrue));
-  EXPECT_FALSE(s->Has_Color_Key());
+  EXPECT_FALSE(s->Color_Key());
   const Surface dds = Decode(Dds(1, 1, {0}));
-  dds->Set_Color_Key(platform::Masks_Of(dds->Format()).red + platform::Masks_Of(dds->Format()).blue);
+  dds->Set_Color_Key(platform::From_Argb(dds->Format(), 0x00FF00FFu));
   EXPECT_EQ(dds->Color_Key(), 0x0F0Fu);
 }
 
@@ -187,9 +188,10 @@ TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPix
   b = Blit(dst, src, 64 - 5, -3, 0);
   EXPECT_EQ(std::tuple(int(b.r.right), int(b.r.top), int(b.y)), std::tuple(5, 3, 0));
   EXPECT_EQ(std::pair(dst->Pixel(59, 0), dst->Pixel(63, 4)), std::pair(0x010003u, 0x050007u));
-  const std::vector<uint8_t> before(dst->Bytes(), dst->Bytes() + 64 * 48 * 4);
+  const uint8_t* bytes = platform::Image_Bytes(*dst);
+  const std::vector<uint8_t> before(bytes, bytes + 64 * 48 * 4);
   EXPECT_EQ(Blit(dst, src, -40, 30, 0).x, -40);  // nothing drawn, nothing changed
-  EXPECT_EQ(std::vector<uint8_t>(dst->Bytes(), dst->Bytes() + before.size()), before);
+  EXPECT_EQ(std::vector<uint8_t>(bytes, bytes + before.size()), before);
   Blit(dst, src, 10, 30, 2);  // an unknown transparency flag draws nothing
   EXPECT_EQ(dst->Pixel(10, 30), 0u);
 

@@ -51,7 +51,7 @@ TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) 
                                            mod3Denhance::kKeyBlack, kFalse));
   const std::vector<uint32_t> before = Draw_Buttons();
   mod3Denhance::Flip();
-  const platform::detail::GpuState gpu = platform::detail::Gpu_Of(*buttons_);
+  const platform::detail::GpuState gpu = platform::detail::ImageAccess::Gpu(*buttons_);
   ASSERT_NE(gpu.texture, 0u);
   EXPECT_NE(SDL_GetWindowFlags(window) & SDL_WINDOW_INPUT_GRABBED, 0u) << "full screen holds the pointer";
 
@@ -69,8 +69,8 @@ TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) 
   // The same texture draws the same pixels: nothing was lost or uploaded again.
   EXPECT_EQ(Draw_Buttons(), before);
   mod3Denhance::Flip();
-  EXPECT_EQ(platform::detail::Gpu_Of(*buttons_).texture, gpu.texture);
-  EXPECT_EQ(platform::detail::Gpu_Of(*buttons_).generation, gpu.generation);
+  EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).texture, gpu.texture);
+  EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).generation, gpu.generation);
 
   // The player drags the window wide: bands left and right, the pointer mapped through them.
   SDL_SetWindowSize(window, 1000, 500);

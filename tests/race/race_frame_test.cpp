@@ -95,8 +95,8 @@ TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
   modTracks::Build_MiniMap(map);
   EXPECT_EQ(pixel(5, 5) | pixel(64, 10) | pixel(121, 121), 0u);
   // The device is left as the race expects it.
-  EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::Lighting), 0u);
-  EXPECT_EQ(mod3Denhance::D3DDevice->GetRenderState(platform::rs::CullMode), platform::cull::CounterClockwise);
+  EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::Lighting), 0u);
+  EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::CullMode), platform::cull::CounterClockwise);
 }
 
 }  // namespace

@@ -22,26 +22,20 @@ class RecordingDevice : public platform::Device3D {
   std::vector<Draw> draws;         // indexed meshes
   int calls = 0;                   // transforms, materials, textures and draws
 
-  std::string Identifier() const override { return "recording"; }
   void SetTransform(platform::TransformKind k, const Matrix4& m) override {
     ++calls;
     if (k == platform::TransformKind::World) worlds.push_back(m);
     if (k == platform::TransformKind::View) view = m;
   }
-  Matrix4 GetTransform(platform::TransformKind) const override { return view; }
   void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
-  D3DMaterial GetMaterial() const override { return material_; }
   void SetTexture(int, const platform::ImageRef& t) override {
     ++calls, texture_ = t;
     textures.push_back(t);
   }
   void SetRenderState(uint32_t s, uint32_t v) override { states.emplace_back(s, v); }
-  uint32_t GetRenderState(uint32_t) const override { return 0; }
   void SetTextureStageState(int, uint32_t, uint32_t) override {}
   void SetViewport(const platform::Viewport&) override {}
-  platform::Viewport GetViewport() const override { return {}; }
   void SetLight(int, const platform::D3DLight&) override {}
-  void LightEnable(int, bool) override {}
   void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
   void BeginScene() override {}
   void EndScene() override {}
@@ -50,7 +44,6 @@ class RecordingDevice : public platform::Device3D {
     ++calls;
     lit_first_x.push_back(v[0].x);
   }
-  void DrawPrimitive(platform::Primitive, const MeshVertex*, int) override { ++calls; }
   void DrawIndexedMesh(const MeshVertex*, int vertex_count, const uint16_t* indices, int index_count) override {
     ++calls;
     draws.push_back({texture_, material_, vertex_count, index_count,

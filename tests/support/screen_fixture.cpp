@@ -89,12 +89,9 @@ void DisplayTest::SetUp() {
 }
 
 void DisplayTest::TearDown() {
-  mod3Denhance::Restore_Display_Mode();
-  mod3Denhance::Release_ZBuffer();
   mod3Denhance::Release_D3DDevice();
   mod3Denhance::Release_D3D();
   mod3Denhance::Release_BackBuffer();
-  mod3Denhance::Release_Primary();
   mod3Denhance::Release_DD();
   mod3Denhance::Release_DX();
   platform::Close_Window();

@@ -164,11 +164,9 @@ int main(int argc, char** argv) {
       ++failures;
     }
     modText::Release_Fonts();
-    mod3Denhance::Release_ZBuffer();
     mod3Denhance::Release_D3DDevice();
     mod3Denhance::Release_D3D();
     mod3Denhance::Release_BackBuffer();
-    mod3Denhance::Release_Primary();
     mod3Denhance::Release_DD();
     platform::Close_Window();
     platform::Use_Manual_Clock(false);
