@@ -14,18 +14,19 @@
 namespace frmMain {
 
 Bool16 KeyState[kKeyStateCount] = {};
-Bool16 EnterPressed = kFalse;
-Bool16 EscapePressed = kFalse;
 Bool16 ShiftPressed = kFalse;
 i16 MouseX = 0, MouseY = 0;
-Bool16 MouseLeftDown = kFalse;
-Bool16 PadState[platform::kPadControlCount] = {};
 i16 PadPressed = -1;
 std::array<i16, 4> PadBinding = kDefaultPadBinding;
 bool PauseRequested = false;
 u8 MusicVolume = 10;
 
 namespace {
+// The presses, set by the handlers and cleared on release or by Take only.
+Bool16 EnterPressed = kFalse;
+Bool16 EscapePressed = kFalse;
+Bool16 MouseLeftDown = kFalse;
+Bool16 PadState[platform::kPadControlCount] = {};  // held pad controls, as KeyState
 constexpr i16 kLeftButton = 1;
 constexpr u8 kFullVolume = 10;
 constexpr std::string_view kPadNames[4] = {"pad_thrust", "pad_brake", "pad_left", "pad_right"};
@@ -163,6 +164,24 @@ void Form_KeyDown(i16 key_code, i16 shift) {
 
 void Form_KeyUp(i16 key_code, i16 shift) {
   if (!Window_Key(key_code, shift)) Key_Event(key_code, kFalse);
+}
+
+bool Pressed(Press p) {
+  switch (p) {
+    case Press::Enter:
+      return Is_Set(EnterPressed);
+    case Press::Escape:
+      return Is_Set(EscapePressed);
+    case Press::LeftClick:
+      return Is_Set(MouseLeftDown);
+  }
+  return false;
+}
+
+bool Take(Press p) {
+  if (!Pressed(p)) return false;
+  (p == Press::Enter ? EnterPressed : p == Press::Escape ? EscapePressed : MouseLeftDown) = kFalse;
+  return true;
 }
 
 void Request_Pause() { PauseRequested = true; }

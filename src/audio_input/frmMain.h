@@ -2,11 +2,8 @@
 // The main window: its key and mouse handlers, the input state the screens poll, and the
 // music stream it owns. Handlers run only while a loop pumps messages (between frames).
 #include <array>
-#include <cstdint>
 #include <string>
-#include <vector>
 
-#include "audio_input/wave.h"
 #include "core/types.h"
 #include "platform/platform.h"
 
@@ -15,11 +12,18 @@ namespace frmMain {
 inline constexpr int kKeyStateCount = 124;  // codes 0..123 are recorded
 
 extern Bool16 KeyState[kKeyStateCount];
-extern Bool16 EnterPressed;   // readers clear it after acting on it
-extern Bool16 EscapePressed;  // the race pause clears it
 extern Bool16 ShiftPressed;
-extern i16 MouseX, MouseY;    // back-buffer pixels
-extern Bool16 MouseLeftDown;  // readers clear it when they act on a click
+extern i16 MouseX, MouseY;  // back-buffer pixels
+
+// The one-shot presses: Enter, Escape and the left button (the pad's Start is Escape, its A
+// Enter in a race and the left button elsewhere). A press is down from its key or button
+// going down until it goes up or a screen takes it: a screen that acts on a press takes it,
+// so one press triggers one action, and neither a later button nor the next screen sees it.
+// A press that is only read stays down while held (a held click skips both intro pages).
+enum class Press : u8 { Enter, Escape, LeftClick };
+bool Pressed(Press p);
+// Pressed(p), and the press is spent until its key or button goes down again.
+bool Take(Press p);
 // Set by Request_Pause; the race takes it as it takes Escape and clears it.
 extern bool PauseRequested;
 
@@ -54,7 +58,6 @@ void Reset_Input();
 // stick moves the pointer of the menu screens. While ControlDevice is 1 the bound pad
 // controls drive Players(0) first (a stick binding takes the D-pad's same direction too),
 // and a bound control never doubles as Start or A.
-extern Bool16 PadState[platform::kPadControlCount];  // held pad controls, as KeyState
 extern i16 PadPressed;  // the last control pressed, -1 for none; the options' binding takes it
 // The pad controls of thrust, brake, left and right.
 inline constexpr std::array<i16, 4> kDefaultPadBinding = {platform::kPadRightTrigger, platform::kPadLeftTrigger,
@@ -77,19 +80,6 @@ void Read_Pad_And_Volume();
 // Remembers them; a value never changed from its default is not written.
 void Store_Pad_And_Volume();
 
-// The looping music stream. Its state below is written by these procedures and by the
-// refill, which runs on the sound system's thread; read it only with the stream locked
-// (platform::StreamLock) or while no music plays.
-extern wave::WaveFormat StreamFormat;
-extern i32 StreamEvents[2];  // event 0: middle of the buffer; event 1: its last byte
-extern i32 BufferBytes;      // 2 x samples per second
-extern i32 HalfBytes;
-extern i32 DataBytes;
-extern i32 WholeChunksEnd;  // DataBytes rounded down to whole buffers
-extern std::vector<std::uint8_t> Chunk;
-extern i32 EndCount;  // refills that found the end of the data
-extern std::string StreamFile;
-
 // Starts the sound system for the default device; without one the game stays silent.
 void Init_Streaming_Music();
 // Reads a RIFF WAVE PCM file (24-bit samples become 16-bit) and plays it in a loop; a
@@ -100,5 +90,14 @@ void Play_Streaming_Music(const std::string& file);
 void DirectXEvent_DXCallback(i32 event);
 // Stops the music and releases the stream, waiting for a running refill to end.
 void Kill_DSound();
+// The stream of the music playing: its buffer in bytes (2 x samples per second), where the
+// music's whole buffers end, and the events of its notifications (middle, last byte). Read
+// it with the stream locked (platform::StreamLock) or while no refill can run.
+struct StreamShape {
+  i32 buffer_bytes = 0;
+  i32 whole_chunks_end = 0;
+  i32 events[2] = {0, 0};
+};
+StreamShape Stream_Shape();
 
 }  // namespace frmMain

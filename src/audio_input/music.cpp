@@ -9,25 +9,31 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "audio_input/frmMain.h"
+#include "audio_input/wave.h"
 #include "core/log.h"
 #include "platform/audio.h"
 
 namespace frmMain {
 
+namespace {
+
+// The stream's state, written by the procedures below and by the refill, which runs on the
+// sound system's thread; read it only with the stream locked or while no music plays.
 wave::WaveFormat StreamFormat;
-i32 StreamEvents[2] = {0, 0};
-i32 BufferBytes = 0;
+i32 StreamEvents[2] = {0, 0};  // event 0: middle of the buffer; event 1: its last byte
+i32 BufferBytes = 0;           // 2 x samples per second
 i32 HalfBytes = 0;
 i32 DataBytes = 0;
-i32 WholeChunksEnd = 0;
+i32 WholeChunksEnd = 0;  // DataBytes rounded down to whole buffers
 std::vector<std::uint8_t> Chunk;
-i32 EndCount = 0;
+i32 EndCount = 0;  // refills that found the end of the data
 std::string StreamFile;
-
-namespace {
 
 bool g_sound = false;  // the sound system started for the default device
 
@@ -226,6 +232,10 @@ void Kill_DSound() {
   }
   platform::Close_Sound();
   g_sound = false;
+}
+
+StreamShape Stream_Shape() {
+  return {BufferBytes, WholeChunksEnd, {StreamEvents[0], StreamEvents[1]}};
 }
 
 }  // namespace frmMain

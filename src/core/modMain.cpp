@@ -11,12 +11,12 @@ u8 GameState = kStateIntro;
 Bool16 Running = kFalse;
 i32 FrameTime = 0;
 i32 GameClock = 0;
-i32 LastTick = 0;
 i16 NumOpponents = 0;
 bool QuitRequested = false;
 i32 DesignSteps = 1;
 
 namespace {
+i32 LastTick = 0;  // tick count at the last frame
 constexpr i32 kMaxFrameTime = 50;
 constexpr i32 kClockWrap = 3600000;
 std::mt19937 g_random(0);
@@ -39,6 +39,8 @@ void Update_Frame_Timer() {
   if (GameClock >= kClockWrap) GameClock -= kClockWrap;
   LastTick = platform::Tick_Count();
 }
+
+void Start_Frame_Timer() { LastTick = platform::Tick_Count(); }
 
 void Reset_Game_Clock() { GameClock = 0; }
 

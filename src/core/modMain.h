@@ -15,7 +15,6 @@ extern u8 GameState;
 extern Bool16 Running;
 extern i32 FrameTime;  // last frame in ms, at most 50
 extern i32 GameClock;  // ms since the current screen began, wraps at one hour
-extern i32 LastTick;
 extern i16 NumOpponents;
 // Set when the window system asks the game to close (window closed, process told to stop):
 // every screen loop leaves, the state loop ends, and shutdown runs as for the quit button.
@@ -28,8 +27,10 @@ extern i32 DesignSteps;
 // Counts the steps the coming frame holds; called once a frame, by the flip.
 void Count_Design_Steps();
 
-// FrameTime = now - LastTick (at most 50); GameClock advances by it (one-hour wrap).
+// FrameTime = now - the last frame's tick (at most 50); GameClock advances by it (one-hour wrap).
 void Update_Frame_Timer();
+// The next frame's time counts from now.
+void Start_Frame_Timer();
 void Reset_Game_Clock();
 
 // The one random source: uniform in [0, 1).

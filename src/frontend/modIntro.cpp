@@ -2,16 +2,17 @@
 
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
+#include "gfx/mod3Denhance.h"
 #include "platform/platform.h"
 
 namespace modIntro {
 
-mod3Denhance::Surface IntroSurface;
-Bool16 IntroRunning = kFalse;
-i16 IntroPage = 1;
-i32 PageStart = 0;
-
 namespace {
+mod3Denhance::Surface IntroSurface;  // the picture on show, stretched to the screen
+Bool16 IntroRunning = kFalse;
+i16 IntroPage = 1;  // 1 or 2
+i32 PageStart = 0;  // tick count when the page appeared
+
 void Load_Page(const char* file) {
   // A missing picture leaves the surface empty; the page still runs for its time.
   mod3Denhance::Create_Surface(IntroSurface, modMain::ScreenWidth, modMain::ScreenHeight, platform::Game_Path(file),
@@ -30,8 +31,8 @@ void Show_Page_2() {
 
 void End_Intro() {
   IntroRunning = kFalse;
-  frmMain::MouseLeftDown = kFalse;
-  frmMain::EnterPressed = kFalse;
+  frmMain::Take(frmMain::Press::LeftClick);
+  frmMain::Take(frmMain::Press::Enter);
   modMain::GameState = modMain::kStateMainMenu;
 }
 
@@ -49,7 +50,8 @@ void Intro_Loop() {
   PageStart = platform::Tick_Count();
   IntroPage = 1;
   while (Is_Set(IntroRunning)) {
-    if (Is_Set(frmMain::MouseLeftDown) || Is_Set(frmMain::EnterPressed)) {
+    // Read, not taken, on page 1: a press still held ends page 2 as well.
+    if (frmMain::Pressed(frmMain::Press::LeftClick) || frmMain::Pressed(frmMain::Press::Enter)) {
       if (IntroPage == 2) {
         End_Intro();
       } else {
@@ -75,5 +77,9 @@ void Intro() {
   Intro_Loop();
   IntroSurface.reset();
 }
+
+i16 Page() { return IntroPage; }
+bool Running() { return Is_Set(IntroRunning); }
+bool Picture_Held() { return static_cast<bool>(IntroSurface); }
 
 }  // namespace modIntro

@@ -1,9 +1,12 @@
 #include "frontend/modMainScr.h"
 
+#include <array>
+
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "frontend/modMouseParticles.h"
+#include "gfx/mod3Denhance.h"
 #include "platform/platform.h"
 
 namespace modMainScr {
@@ -11,12 +14,13 @@ namespace modMainScr {
 using modMain::Screen_X;
 using modMain::Screen_Y;
 
+namespace {
 mod3Denhance::Surface MenuBackground, MenuCursor, MenuButtons;
-std::array<Rect, 4> ButtonRects;
+std::array<Rect, 4> ButtonRects;  // screen rectangles of the buttons 0..3
+// Slide-in offset in pixels; the buttons take clicks only once it is exactly 0.
 float ButtonSlide = 0;
 Bool16 MenuRunning = kFalse;
 
-namespace {
 using mod3Denhance::BackBuffer;
 using mod3Denhance::Blit_Clipped;
 
@@ -77,8 +81,7 @@ void Main_Menu_Loop() {
       for (int i = 0; i < 4; ++i) {
         if (Is_Set(
                 mod3Denhance::Point_In_Rect(ButtonRects[static_cast<size_t>(i)], frmMain::MouseX, frmMain::MouseY)) &&
-            Is_Set(frmMain::MouseLeftDown)) {
-          frmMain::MouseLeftDown = kFalse;
+            frmMain::Take(frmMain::Press::LeftClick)) {
           MenuRunning = kFalse;
           Choose(i);
         }
@@ -118,5 +121,10 @@ void Main_Menu() {
   MenuBackground.reset();
   MenuButtons.reset();
 }
+
+float Button_Slide() { return ButtonSlide; }
+const Rect& Button_Rect(int i) { return ButtonRects.at(static_cast<size_t>(i)); }
+bool Running() { return Is_Set(MenuRunning); }
+bool Surfaces_Held() { return MenuBackground || MenuCursor || MenuButtons; }
 
 }  // namespace modMainScr

@@ -10,19 +10,22 @@
 namespace modMouseParticles {
 
 std::array<Particle, kParticleCount> Particles;
-mod3Denhance::Surface ParticleTexture;
-i16 PrevMouseX = 0, PrevMouseY = 0;
 
 namespace {
+mod3Denhance::Surface ParticleTexture;  // Gfx/particle.dds, kept for the run
+i16 PrevMouseX = 0, PrevMouseY = 0;     // pointer at the end of the last update
 constexpr float kGravity = 0.002f;  // pixels per ms per ms
 constexpr float kHalfSize = 10.0f;  // the sprite is 20 x 20 pixels at every resolution
 // Strip of the current sprite, rewritten in place each draw.
 std::array<ScreenVertex, 4> g_quad;
 }  // namespace
 
-void Init_Particles() {
+bool Init_Particles() {
   ParticleTexture = mod3Denhance::Create_Texture(platform::Game_Path("\\Gfx\\particle.dds"), 32, 32, 0);
   for (Particle& p : Particles) p.Life = 0;
+  PrevMouseX = frmMain::MouseX;
+  PrevMouseY = frmMain::MouseY;
+  return static_cast<bool>(ParticleTexture);
 }
 
 void Draw_Particles_Scene() {

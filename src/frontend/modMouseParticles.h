@@ -20,11 +20,11 @@ struct Particle {
 
 inline constexpr int kParticleCount = 41;
 extern std::array<Particle, kParticleCount> Particles;
-extern mod3Denhance::Surface ParticleTexture;  // Gfx/particle.dds, kept for the run
-extern i16 PrevMouseX, PrevMouseY;             // pointer at the end of the last update
 
-// Loads the sprite and marks every particle dead. Called once by Init_Game.
-void Init_Particles();
+// Loads the sprite (Gfx/particle.dds, kept for the run), marks every particle dead and
+// takes the pointer as at rest. Called once by Init_Game. False when the sprite could not
+// be loaded: the fountain then runs unseen.
+bool Init_Particles();
 // Advances by FrameTime and draws every particle; call once per frame inside a 3D scene.
 // A dead particle is only reborn at the pointer in this call, and drawn from the next.
 void Update_Particles();

@@ -8,15 +8,22 @@
 
 namespace mod3Denhance {
 
-std::unique_ptr<RootObject> DX;
-std::unique_ptr<DisplayDriver> DD;
 Surface BackBuffer;
-std::unique_ptr<Direct3DObject> D3D;
 platform::Device3D* D3DDevice = nullptr;
 Rect ScreenRect;
 D3DMaterial Material;
 
 namespace {
+// The display objects, in creation order; each is set while it exists.
+struct RootObject {};     // DX: the clock, matrix and colour services need no state of their own
+struct DisplayDriver {};  // DD: the GL context on the game window, with the back buffer
+struct Direct3DObject {   // D3D: the devices this machine offers
+  std::vector<platform::DeviceInfo> devices;
+};
+std::unique_ptr<RootObject> DX;
+std::unique_ptr<DisplayDriver> DD;
+std::unique_ptr<Direct3DObject> D3D;
+
 std::unique_ptr<platform::Device3D> g_device;
 
 // Undoes a set-up that cannot go on, so the game can end without a shutdown sequence.

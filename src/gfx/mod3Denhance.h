@@ -16,16 +16,7 @@ namespace mod3Denhance {
 // A 2D surface or a texture; empty when none.
 using Surface = platform::ImageRef;
 
-// The display objects, in creation order; each is set while it exists.
-struct RootObject {};     // DX: the clock, matrix and colour services need no state of their own
-struct DisplayDriver {};  // DD: the GL context on the game window, with the back buffer
-struct Direct3DObject {   // D3D: the devices this machine offers
-  std::vector<platform::DeviceInfo> devices;
-};
-extern std::unique_ptr<RootObject> DX;
-extern std::unique_ptr<DisplayDriver> DD;
 extern Surface BackBuffer;  // every screen draws here, depth-buffered; exactly ScreenWidth x ScreenHeight
-extern std::unique_ptr<Direct3DObject> D3D;
 // The 3D device of the run; null until Init_D3D has created it. Owned by this module.
 extern platform::Device3D* D3DDevice;
 extern Rect ScreenRect;       // 0, 0, ScreenWidth, ScreenHeight

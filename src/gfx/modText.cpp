@@ -2,14 +2,22 @@
 #include "gfx/modText.h"
 
 #include <algorithm>
+#include <array>
 
 #include "core/log.h"
 #include "platform/platform.h"
 
 namespace modText {
 
-std::array<CellSize, 3> FontCell;
+namespace {
+std::array<CellSize, 3> FontCell;  // set by Load_Fonts
+// Font0..2.bmp with black as the key; kept for the whole run.
 std::array<mod3Denhance::Surface, 3> Fonts;
+const mod3Denhance::Surface kNoFont;
+}  // namespace
+
+CellSize Cell(u8 font) { return font < FontCell.size() ? FontCell[font] : CellSize{}; }
+const mod3Denhance::Surface& Font(u8 font) { return font < Fonts.size() ? Fonts[font] : kNoFont; }
 
 bool Load_Fonts(std::string& missing) {
   FontCell = {CellSize{20, 30}, CellSize{20, 30}, CellSize{12, 15}};

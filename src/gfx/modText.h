@@ -1,6 +1,5 @@
 #pragma once
 // The three bitmap fonts and text drawing.
-#include <array>
 #include <string>
 
 #include "core/types.h"
@@ -11,10 +10,10 @@ namespace modText {
 struct CellSize {
   u8 width = 0, height = 0;
 };
-// Cell size of each font, set by Load_Fonts: 20 x 30, 20 x 30, 12 x 15.
-extern std::array<CellSize, 3> FontCell;
-// Font0..2.bmp with black as the key; kept for the whole run.
-extern std::array<mod3Denhance::Surface, 3> Fonts;
+// Font 0..2's cell size and glyph sheet (Font0..2.bmp, black key) once Load_Fonts has run:
+// cells of 20 x 30, 20 x 30, 12 x 15. Other fonts have neither.
+CellSize Cell(u8 font);
+const mod3Denhance::Surface& Font(u8 font);
 
 // Loads Gfx/Font0..2.bmp (own size, black key), logging each font. False, with the path
 // of the first font that could not be read in missing, when one is absent or unreadable.

@@ -23,11 +23,8 @@ extern Surface StatsBGSurf;       // 234 x 157 HUD artwork
 
 extern float CameraDistance;                // smoothed chase distance, 20 at the start
 extern IndexedArray<i16> TransparentWalls;  // wall entries deferred to the see-through pass
-extern u8 WallsDeferred;
-extern Bool16 RaceRunning;
 extern Bool16 Paused;
 extern i16 PauseSelection;  // 0 "Resume", 1 "Quit Race"; kept between pauses and races
-extern i16 PauseBlink;      // 0..10, kept between calls
 
 // Racers stand still this long after the loop starts; then the race keys work too.
 inline constexpr i32 kCountdownMs = 3050;
@@ -66,6 +63,8 @@ int Start_Light_Left(i32 elapsed);
 // Enter after the finish; Escape pauses; in the pause, up/down move the selection and
 // Enter resumes or quits.
 void Race_Keys();
+// Whether Race_Loop is running its frames (not during set-up or teardown).
+bool Race_Running();
 
 // --- HUD (race_hud.cpp) ---
 // The HUD's times: minutes and hundredths, and "mm:ss:hh".
@@ -77,6 +76,8 @@ void Draw_Dim_Panel();
 void Draw_HUD();
 // The pause items; the highlighted one blinks.
 void Draw_Pause_Menu();
+// Whether the blink shows the highlighted pause item in the phase the last menu drew.
+bool Pause_Highlight_Shown();
 // Screen position of the top-left of racer i's map marker; false (no marker) when the
 // racer does not exist, the map has no extent or the position does not fit.
 bool Marker_Position(int racer, i16& x, i16& y);

@@ -14,9 +14,8 @@
 
 namespace modGameLoop {
 
-i16 PauseBlink = 0;
-
 namespace {
+i16 PauseBlink = 0;  // 0..10, kept between calls
 
 constexpr int kLargeFont = 0, kWarningFont = 1, kSmallFont = 2;
 constexpr i16 kBlinkPeriod = 10, kBlinkShown = 5;
@@ -126,5 +125,7 @@ void Draw_Pause_Menu() {
   if (PauseSelection != 0 || lit) Text(Px(half - 60), Px(220 * sy), kLargeFont, "Resume");
   if (PauseSelection != 1 || lit) Text(Px(half - 90), Px(250 * sy), kLargeFont, "Quit Race");
 }
+
+bool Pause_Highlight_Shown() { return PauseBlink <= kBlinkShown; }
 
 }  // namespace modGameLoop

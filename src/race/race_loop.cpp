@@ -11,11 +11,12 @@
 
 namespace modGameLoop {
 
-Bool16 RaceRunning = kFalse;
 Bool16 Paused = kFalse;
 i16 PauseSelection = 0;
 
 namespace {
+
+Bool16 RaceRunning = kFalse;
 
 constexpr int kLightWidth = 53, kLightHeight = 113;
 
@@ -74,17 +75,16 @@ void Draw_Start_Lights(i32& elapsed) {
 
 void Race_Keys() {
   if (Player_Finished()) {
-    if (Is_Set(frmMain::EnterPressed)) {
+    if (frmMain::Take(frmMain::Press::Enter)) {
       RaceRunning = kFalse;
       modMain::GameState = modMain::kStateHiScore;
-      frmMain::EnterPressed = kFalse;
     }
     frmMain::PauseRequested = false;  // a finished race has no pause to give
     return;
   }
   // A requested pause (a pad unplugged, the window losing focus) is taken as Escape is.
-  if ((Is_Set(frmMain::EscapePressed) || frmMain::PauseRequested) && !Is_Set(Paused)) {
-    frmMain::EscapePressed = kFalse;
+  if ((frmMain::Pressed(frmMain::Press::Escape) || frmMain::PauseRequested) && !Is_Set(Paused)) {
+    frmMain::Take(frmMain::Press::Escape);
     Paused = kTrue;
   }
   frmMain::PauseRequested = false;
@@ -93,8 +93,8 @@ void Race_Keys() {
     if (--PauseSelection < 0) PauseSelection = 0;
   } else if (Is_Set(Player().Brake)) {
     if (++PauseSelection > 1) PauseSelection = 1;
-  } else if (Is_Set(frmMain::EnterPressed)) {
-    // Enter stays set until the key is released, as every screen expects.
+  } else if (frmMain::Pressed(frmMain::Press::Enter)) {
+    // Read, not taken: Enter stays down until the key is released, as every screen expects.
     if (PauseSelection == 0) {
       Paused = kFalse;
     } else if (PauseSelection == 1) {
@@ -131,7 +131,10 @@ void Race_Loop() {
     mod3Denhance::Flip();
     platform::Pump_Messages();
   }
+  RaceRunning = kFalse;  // also when the window closed the race
   Destroy_Race();
 }
+
+bool Race_Running() { return Is_Set(RaceRunning); }
 
 }  // namespace modGameLoop

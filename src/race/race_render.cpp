@@ -15,8 +15,6 @@
 
 namespace modGameLoop {
 
-u8 WallsDeferred = 0;
-
 namespace {
 
 using platform::Device3D;
@@ -98,7 +96,7 @@ int Draw_Walls(Device3D& device) {
   if (TrackWalls.Upper() < 0) return 0;  // the single index -1 stands for no walls
   for (int i = std::max(0, TrackWalls.Lower()); i <= TrackWalls.Upper(); ++i) {
     const modTracks::TrackStrip& wall = TrackWalls(i);
-    WallsDeferred = 0;
+    bool walls_deferred = false;
     if (modTracks::TrackTexture.Contains(wall.TextureIndex)) {
       const modTracks::TextureEntry& t = modTracks::TrackTexture(wall.TextureIndex);
       if (!Is_Bound(t.TextureName)) {
@@ -107,7 +105,7 @@ int Draw_Walls(Device3D& device) {
           g_bound = nullptr;
         } else if (Ends_With_Dds(t.TextureName)) {
           // See-through walls wait for the racers, so they show what is behind them.
-          WallsDeferred = 1;
+          walls_deferred = true;
           TransparentWalls.Resize_Keep(deferred);
           TransparentWalls(deferred++) = static_cast<i16>(i);
         } else {
@@ -116,7 +114,7 @@ int Draw_Walls(Device3D& device) {
         }
       }
     }
-    if (WallsDeferred == 0) Draw_Strip(device, wall);
+    if (!walls_deferred) Draw_Strip(device, wall);
   }
   return deferred;
 }

@@ -17,13 +17,12 @@ namespace modHiScore {
 using modMain::Screen_X;
 using modMain::Screen_Y;
 
-HiScoreTable Scores;
-Bool16 HiScoreRunning = kFalse;
-Bool16 NewHiScore = kFalse;
-std::string EnteredName;
-i16 RaceFastestLap = 1;
-
 namespace {
+HiScoreTable Scores;  // the one table, as last read from the file
+Bool16 HiScoreRunning = kFalse;
+Bool16 NewHiScore = kFalse;  // a record fell and the name is still being entered
+std::string EnteredName;
+i16 RaceFastestLap = 1;  // 1..3
 
 using mod3Denhance::Surface;
 
@@ -112,9 +111,9 @@ void Init_HiScore_Screen() {
 }
 
 void HiScore_Screen_Loop() {
-  frmMain::EnterPressed = kFalse;  // the Enter that ended the race
+  frmMain::Take(frmMain::Press::Enter);  // the Enter that ended the race
   while (Is_Set(HiScoreRunning) && !modMain::QuitRequested) {
-    if (Is_Set(frmMain::MouseLeftDown) || Is_Set(frmMain::EnterPressed)) {
+    if (frmMain::Pressed(frmMain::Press::LeftClick) || frmMain::Pressed(frmMain::Press::Enter)) {
       if (Is_Set(NewHiScore)) {
         Save_HiScores();
         platform::Pump_Messages();
@@ -124,8 +123,8 @@ void HiScore_Screen_Loop() {
         HiScoreRunning = kFalse;
         modMain::GameState = modMain::kStateMainMenu;
       }
-      frmMain::EnterPressed = kFalse;
-      frmMain::MouseLeftDown = kFalse;
+      frmMain::Take(frmMain::Press::Enter);
+      frmMain::Take(frmMain::Press::LeftClick);
     }
     Draw_HiScore_Screen();
     HiScore_Name_Entry();
@@ -193,5 +192,11 @@ void Exit_HiScore_Screen() {
   Save_HiScores();
   for (auto& racer : modMain::Players) racer.reset();
 }
+
+const HiScoreTable& Table() { return Scores; }
+bool Running() { return Is_Set(HiScoreRunning); }
+bool Entering_Name() { return Is_Set(NewHiScore); }
+const std::string& Entered_Name() { return EnteredName; }
+i16 Race_Fastest_Lap() { return RaceFastestLap; }
 
 }  // namespace modHiScore

@@ -9,13 +9,6 @@
 
 namespace modHiScore {
 
-// The one hi-score table, as last read from the file.
-extern HiScoreTable Scores;
-extern Bool16 HiScoreRunning;
-extern Bool16 NewHiScore;  // a record fell and the name is still being entered
-extern std::string EnteredName;
-extern i16 RaceFastestLap;  // 1..3
-
 // Game state 2: loads the screen, runs its loop, returns once it has been left (GameState
 // 0) or the game is closing. Reads the race from Players(0) (zero figures when there is
 // none).
@@ -33,5 +26,14 @@ void Exit_HiScore_Screen();
 
 // The file's path below the application folder.
 std::string HiScore_Path();
+
+// What the screen holds: the table as last read from the file, whether the screen runs,
+// whether a record fell and its name is still being typed, the name typed so far, and the
+// lap (1..3) of the race's fastest.
+const HiScoreTable& Table();
+bool Running();
+bool Entering_Name();
+const std::string& Entered_Name();
+i16 Race_Fastest_Lap();
 
 }  // namespace modHiScore

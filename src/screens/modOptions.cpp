@@ -1,11 +1,13 @@
 #include "screens/modOptions.h"
 
+#include <array>
 #include <string>
 
 #include "audio_input/frmMain.h"
 #include "core/modMain.h"
 #include "core/numbers.h"
 #include "frontend/modMouseParticles.h"
+#include "gfx/mod3Denhance.h"
 #include "gfx/modText.h"
 #include "platform/platform.h"
 #include "screens/modDInput.h"
@@ -16,12 +18,16 @@ namespace modOptions {
 using modMain::Screen_X;
 using modMain::Screen_Y;
 
-Bool16 OptionsRunning = kFalse;
-u8 CaptureSlot = 0;
-std::array<Rect, 9> OptionButtons;
-std::array<Rect, 4> AddedButtons;
-
 namespace {
+Bool16 OptionsRunning = kFalse;
+// 0: no key awaited; 1..4: the next key goes to KeyUp, KeyDown, KeyLeft, KeyRight.
+u8 CaptureSlot = 0;
+// Clickable areas: 0/1 difficulty down/up, 2 setup tick, 3 store and leave, 4 defaults,
+// 5..8 rebind up, down, left, right.
+std::array<Rect, 9> OptionButtons;
+// The added areas: 0 control device (keyboard <-> gamepad), 1/2 music volume down/up,
+// 3 the ghost switch.
+std::array<Rect, 4> AddedButtons;
 using mod3Denhance::BackBuffer;
 using mod3Denhance::Blit_Clipped;
 
@@ -98,7 +104,7 @@ void Store_And_Leave() {
   frmMain::Store_Pad_And_Volume();
   if (g_ghost != ghost::Enabled()) ghost::Set_Enabled(g_ghost);
   OptionsRunning = kFalse;
-  frmMain::MouseLeftDown = kFalse;
+  frmMain::Take(frmMain::Press::LeftClick);
   modMain::GameState = modMain::kStateMainMenu;
 }
 
@@ -120,7 +126,7 @@ void Act(int area) {
       Set_Defaults();
       break;
     default:
-      frmMain::MouseLeftDown = kFalse;
+      frmMain::Take(frmMain::Press::LeftClick);
       CaptureSlot = static_cast<u8>(area - 4);
       frmMain::PadPressed = -1;  // only a press after the click binds
       break;
@@ -246,15 +252,15 @@ void Options_Screen_Loop() {
   while (Is_Set(OptionsRunning)) {
     if (CaptureSlot == 0) {
       for (int i = 0; i < 9; ++i) {
-        if (Mouse_Over(i) && Is_Set(frmMain::MouseLeftDown)) {
+        if (Mouse_Over(i) && frmMain::Pressed(frmMain::Press::LeftClick)) {
           Act(i);
-          frmMain::MouseLeftDown = kFalse;  // one click acts once
+          frmMain::Take(frmMain::Press::LeftClick);  // one click acts once
         }
       }
       for (int i = 0; i < static_cast<int>(AddedButtons.size()); ++i) {
-        if (Mouse_Over_Added(i) && Is_Set(frmMain::MouseLeftDown)) {
+        if (Mouse_Over_Added(i) && frmMain::Pressed(frmMain::Press::LeftClick)) {
           Act_Added(i);
-          frmMain::MouseLeftDown = kFalse;
+          frmMain::Take(frmMain::Press::LeftClick);
         }
       }
     } else {
@@ -296,5 +302,8 @@ void Exit_Options_Screen() {
   g_cursor.reset();
   g_buttons.reset();
 }
+
+u8 Capture_Slot() { return CaptureSlot; }
+const Rect& Button_Rect(int area) { return OptionButtons.at(static_cast<size_t>(area)); }
 
 }  // namespace modOptions

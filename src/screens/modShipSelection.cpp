@@ -1,5 +1,6 @@
 #include "screens/modShipSelection.h"
 
+#include <memory>
 #include <set>
 
 #include "audio_input/frmMain.h"
@@ -20,15 +21,14 @@ namespace modShipSelection {
 using modMain::Screen_X;
 using modMain::Screen_Y;
 
+namespace {
 Bool16 ShipSelRunning = kFalse;
-float SlideOffset = 0;
-Rect ShipButtons[6];
+float SlideOffset = 0;  // pixels the buttons are still left of their place
+Rect ShipButtons[6];    // back, start, previous/next skin, previous/next ship
 std::string ShipName;
 std::unique_ptr<XFileClass> PreviewMesh;
-i16 StatTarget[3] = {0, 0, 0};
+i16 StatTarget[3] = {0, 0, 0};  // bars 1..3 (thrust, inertia, mass) at [0..2], design units
 i16 StatShown[3] = {0, 0, 0};
-
-namespace {
 
 using mod3Denhance::Surface;
 
@@ -48,7 +48,7 @@ void Set_Up_Light() { mod3Denhance::Set_Scene_Light(ColorValue{1, 1, 1, 1}, Vect
 
 bool Clicked(int i) {
   return Is_Set(mod3Denhance::Point_In_Rect(ShipButtons[i], frmMain::MouseX, frmMain::MouseY)) &&
-         Is_Set(frmMain::MouseLeftDown);
+         frmMain::Pressed(frmMain::Press::LeftClick);
 }
 
 void Release_Racers() {
@@ -136,7 +136,7 @@ void Ship_Selection_Loop() {
     if (SlideOffset == 0) {
       for (int i = 0; i < 6; ++i) {
         if (!Clicked(i)) continue;
-        frmMain::MouseLeftDown = kFalse;
+        frmMain::Take(frmMain::Press::LeftClick);
         clsHumanPlayer* player = Player();
         switch (i) {
           case 0:
@@ -231,5 +231,12 @@ void Exit_Ship_Selection() {
   ButtonsSurf.reset();
   PreviewMesh.reset();
 }
+
+float Button_Slide() { return SlideOffset; }
+const Rect& Button_Rect(int i) { return ShipButtons[i]; }
+const std::string& Ship_Name() { return ShipName; }
+const XFileClass* Preview() { return PreviewMesh.get(); }
+i16 Bar_Target(int bar) { return StatTarget[bar]; }
+i16 Bar_Shown(int bar) { return StatShown[bar]; }
 
 }  // namespace modShipSelection

@@ -3,7 +3,6 @@
 // the ships of Ships.Dat and their three skins with a spinning lit preview, its name and
 // three statistic bars, then starts the race (racers kept) or goes back (racers released).
 // Mouse only: six buttons that slide in from the left.
-#include <memory>
 #include <string>
 
 #include "core/types.h"
@@ -12,14 +11,6 @@
 class XFileClass;
 
 namespace modShipSelection {
-
-extern Bool16 ShipSelRunning;
-extern float SlideOffset;    // pixels the buttons are still left of their place
-extern Rect ShipButtons[6];  // back, start, previous/next skin, previous/next ship
-extern std::string ShipName;
-extern std::unique_ptr<XFileClass> PreviewMesh;
-extern i16 StatTarget[3];  // bars 1..3 (thrust, inertia, mass) at [0..2], design units
-extern i16 StatShown[3];
 
 // Game state 3: creates Players(0..NumOpponents), runs the screen, returns once it has
 // been left (GameState 1 with the racers, or 0 without them) or the game is closing.
@@ -34,5 +25,16 @@ void Exit_Ship_Selection();
 
 // Bar targets from a ship's figures as written in Ships.Dat: thrust, inertia, mass.
 void Stat_Targets(double mass, double inertia, double thrust, i16 (&target)[3]);
+
+// What the screen shows: how many pixels the buttons are still left of their place (they
+// take clicks only at exactly 0); button i's rectangle (back, start, previous/next skin,
+// previous/next ship); the ship's name; its preview mesh (none once the screen is left);
+// bar i's target and the length it is drawn at (0..2: thrust, inertia, mass; design units).
+float Button_Slide();
+const Rect& Button_Rect(int i);
+const std::string& Ship_Name();
+const XFileClass* Preview();
+i16 Bar_Target(int bar);
+i16 Bar_Shown(int bar);
 
 }  // namespace modShipSelection

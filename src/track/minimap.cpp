@@ -1,5 +1,6 @@
 // The mini-map: the road seen from above, squeezed into a 127 x 127 square, rendered once
 // per race through the 3D device into the back buffer and copied into the map texture.
+#include <array>
 #include <vector>
 
 #include "gfx/mod3Denhance.h"
@@ -8,9 +9,10 @@
 
 namespace modTracks {
 
-float TrackMinX = 0, TrackMaxX = 0, TrackMinZ = 0, TrackMaxZ = 0;
-
 namespace {
+
+// Horizontal bounds of the road, set by Build_MiniMap (all 0 for a road with no vertex).
+float TrackMinX = 0, TrackMaxX = 0, TrackMinZ = 0, TrackMaxZ = 0;
 
 // Sets the four bounds from every road vertex; false when the road has no vertex at all.
 bool Road_Bounds() {
@@ -91,5 +93,7 @@ void Build_MiniMap(const mod3Denhance::Surface& target) {
   if (target && outline.size() >= 3)
     platform::Blit(*target, *mod3Denhance::BackBuffer, Rect{0, 0, kMiniMapSide, kMiniMapSide}, 0, 0, false);
 }
+
+std::array<float, 4> Map_Bounds() { return {TrackMinX, TrackMaxX, TrackMinZ, TrackMaxZ}; }
 
 }  // namespace modTracks

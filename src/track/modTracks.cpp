@@ -13,11 +13,11 @@ namespace modTracks {
 IndexedArray<TrackStrip> Track(0, 0);
 IndexedArray<TrackStrip> Grass(0, 0);
 IndexedArray<TrackStrip> TrackWalls(0, 0);
-IndexedArray<SectorRecord> TrackSector(0, 0);
 IndexedArray<TextureEntry> TrackTexture(0, 0);
 IndexedArray<TrackBlockRecord> TrackBlock(0, 0);
 
 namespace {
+IndexedArray<SectorRecord> TrackSector(0, 0);
 
 void Reset_Model() {
   Track.Resize(0, 0);
@@ -154,5 +154,7 @@ void Empty_Track_Arrays() {
   TrackSector.Resize(0, 0);
   modMain::Write_Log("TrackSector");
 }
+
+const IndexedArray<SectorRecord>& Sectors() { return TrackSector; }
 
 }  // namespace modTracks

@@ -1,6 +1,7 @@
 #pragma once
 // The track model: road, grass and wall strips, sectors, textures, and the road blocks
 // derived from the road. Filled by race set-up, read-only during a race, emptied after it.
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,7 +40,6 @@ struct TrackBlockRecord {
 extern IndexedArray<TrackStrip> Track;
 extern IndexedArray<TrackStrip> Grass;
 extern IndexedArray<TrackStrip> TrackWalls;  // the single index -1 when there are no walls
-extern IndexedArray<SectorRecord> TrackSector;
 extern IndexedArray<TextureEntry> TrackTexture;
 extern IndexedArray<TrackBlockRecord> TrackBlock;  // 0 .. blocks - 1, at least index 0
 
@@ -74,10 +74,10 @@ void Clear_Track();
 // Clear_Track's two halves, which race teardown runs with the surfaces released between.
 void Release_Track_Textures();
 void Empty_Track_Arrays();
+// The sectors of the track loaded last (only the track keeps them).
+const IndexedArray<SectorRecord>& Sectors();
 
 // --- the mini-map (minimap.cpp) ---
-// Horizontal bounds of the road, set by Build_MiniMap (all 0 for a road with no vertex).
-extern float TrackMinX, TrackMaxX, TrackMinZ, TrackMaxZ;
 // The map is this many pixels across and down (x to columns, z to rows, z down).
 inline constexpr int kMiniMapSide = 127;
 // Map column and row (0..127) of a world point; false, leaving both untouched, when the
@@ -91,5 +91,8 @@ std::vector<ScreenVertex> MiniMap_Outline();
 // black first, and stays black for a degenerate road. Leaves lighting off, no texture on
 // stage 0 and culling counter-clockwise. Call after Load_Track, before the next frame.
 void Build_MiniMap(const mod3Denhance::Surface& target);
+// The road's horizontal bounds as the last Build_MiniMap found them: min x, max x, min z,
+// max z (all 0 for a road with no vertex).
+std::array<float, 4> Map_Bounds();
 
 }  // namespace modTracks

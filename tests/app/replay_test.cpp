@@ -87,15 +87,15 @@ Outcome Record(const std::function<int32_t(uint64_t)>& frame_ms, platform::Journ
     if (state != last_state && state == modMain::kStateMainMenu) ++menu_visits;
     last_state = state;
     if (script.Busy()) return script.Step();
-    if (state == modMain::kStateIntro && modIntro::IntroPage != intro_page) {
-      intro_page = modIntro::IntroPage;
+    if (state == modMain::kStateIntro && modIntro::Page() != intro_page) {
+      intro_page = modIntro::Page();
       script.Wait(10);
       script.Tap(13);
-    } else if (state == modMain::kStateMainMenu && modMainScr::ButtonSlide == 0.0f) {
-      script.Click(modMainScr::ButtonRects[menu_visits == 1 ? 1 : 3]);  // race four ships, then quit
+    } else if (state == modMain::kStateMainMenu && modMainScr::Button_Slide() == 0.0f) {
+      script.Click(modMainScr::Button_Rect(menu_visits == 1 ? 1 : 3));  // race four ships, then quit
       script.Wait(5);
-    } else if (state == modMain::kStateShipSelection && !started && modShipSelection::SlideOffset == 0.0f) {
-      script.Click(modShipSelection::ShipButtons[1]);
+    } else if (state == modMain::kStateShipSelection && !started && modShipSelection::Button_Slide() == 0.0f) {
+      script.Click(modShipSelection::Button_Rect(1));
       started = true;
     } else if (state == modMain::kStateRace && !finished && !modMain::Players.empty() &&
                modTracks::TrackBlock.Count() >= 3) {

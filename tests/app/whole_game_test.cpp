@@ -81,38 +81,38 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
       if (state == modMain::kStateMainMenu) ++menu_visits;
       last_state = state;
     }
-    if (state == modMain::kStateHiScore) name_typed = modHiScore::EnteredName;
+    if (state == modMain::kStateHiScore) name_typed = modHiScore::Entered_Name();
     if (script.Busy()) return script.Step();
     switch (state) {
       case modMain::kStateIntro:
         // One Enter tap per page, each after the page has been seen for a while.
-        if (intro_pages.empty() || intro_pages.back() != modIntro::IntroPage) {
-          intro_pages.push_back(modIntro::IntroPage);
+        if (intro_pages.empty() || intro_pages.back() != modIntro::Page()) {
+          intro_pages.push_back(modIntro::Page());
           script.Wait(10);
           script.Tap(13);
         }
         break;
       case modMain::kStateMainMenu:
-        if (modMainScr::ButtonSlide != 0.0f) break;
+        if (modMainScr::Button_Slide() != 0.0f) break;
         if (menu_visits == 1)
-          script.Click(modMainScr::ButtonRects[1]);  // race four ships
+          script.Click(modMainScr::Button_Rect(1));  // race four ships
         else if (menu_visits == 2)
-          script.Click(modMainScr::ButtonRects[2]);  // options
+          script.Click(modMainScr::Button_Rect(2));  // options
         else
-          script.Click(modMainScr::ButtonRects[3]);  // quit
+          script.Click(modMainScr::Button_Rect(3));  // quit
         script.Wait(5);
         break;
       case modMain::kStateShipSelection:
-        if (shipsel_done || modShipSelection::SlideOffset != 0.0f) break;
+        if (shipsel_done || modShipSelection::Button_Slide() != 0.0f) break;
         if (ships_changed == 0) {
-          script.Click(modShipSelection::ShipButtons[5]);  // next ship
-          script.Click(modShipSelection::ShipButtons[3]);  // next skin
+          script.Click(modShipSelection::Button_Rect(5));  // next ship
+          script.Click(modShipSelection::Button_Rect(3));  // next skin
           script.Wait(30);                                 // the bars move
           ++ships_changed;
         } else {
           ship_seen = modMain::Players[0]->cCurrentlySelectedShip;
           skin_seen = modMain::Players[0]->cCurrentlySelectedSkin;
-          script.Click(modShipSelection::ShipButtons[1]);  // start
+          script.Click(modShipSelection::Button_Rect(1));  // start
           shipsel_done = true;
         }
         break;
@@ -148,10 +148,10 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
       case modMain::kStateOptions:
         if (options_done) break;
         script.Wait(3);
-        script.Click(modOptions::OptionButtons[5]);  // rebind thrust
+        script.Click(modOptions::Button_Rect(5));  // rebind thrust
         script.Tap(87);                              // to W
-        script.Click(modOptions::OptionButtons[1]);  // difficulty up
-        script.Click(modOptions::OptionButtons[3]);  // store and leave
+        script.Click(modOptions::Button_Rect(1));  // difficulty up
+        script.Click(modOptions::Button_Rect(3));  // store and leave
         options_done = true;
         break;
       default:

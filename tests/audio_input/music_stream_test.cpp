@@ -9,6 +9,7 @@
 
 #include "app/startup.h"
 #include "audio_input/frmMain.h"
+#include "audio_input/wave.h"
 #include "core/modMain.h"
 #include "platform/audio.h"
 #include "platform/platform.h"
@@ -74,14 +75,15 @@ TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastBy
     layout.rate = rate;
     layout.data = Pattern(size_t(buffer) * 3 + 100);
     ASSERT_TRUE(Play(wavetest::Make_Wave(layout))) << rate;
-    EXPECT_EQ(frmMain::BufferBytes, buffer);
-    EXPECT_EQ(frmMain::WholeChunksEnd, buffer * 3);
     platform::StreamLock lock;
+    const frmMain::StreamShape shape = frmMain::Stream_Shape();
+    EXPECT_EQ(shape.buffer_bytes, buffer);
+    EXPECT_EQ(shape.whole_chunks_end, buffer * 3);
     const auto notes = platform::Stream_Notification_List();
     ASSERT_EQ(notes.size(), 2u);
     EXPECT_EQ(notes[0].offset, buffer / 2);
     EXPECT_EQ(notes[1].offset, buffer - 1);
-    EXPECT_EQ(notes[1].event, frmMain::StreamEvents[1]);
+    EXPECT_EQ(notes[1].event, shape.events[1]);
     frmMain::Kill_DSound();
   }
 }
@@ -186,7 +188,7 @@ TEST_F(MusicStream, TheGamePlaysItsGeneratedMusicAndLogsTheSameWithoutSound) {
     platform::Set_Pump_Hook([&](uint64_t pump) {
       platform::Advance_Manual_Clock(16);
       first = std::min(first, pump);
-      if (pump - first == 3) playing = platform::Stream_Playing() && frmMain::BufferBytes == 44100;
+      if (pump - first == 3) playing = platform::Stream_Playing() && frmMain::Stream_Shape().buffer_bytes == 44100;
       if (pump - first == 5) platform::Post_Event({platform::EventKind::Quit});
     });
     modMain::Main();

@@ -14,7 +14,7 @@ class Intro : public ScreenTest {
     std::vector<std::pair<int, int32_t>> seen;
     const int32_t start = platform::Tick_Count();
     on_frame = [&, script](int f) {
-      seen.push_back({modIntro::IntroPage, platform::Tick_Count() - start});
+      seen.push_back({modIntro::Page(), platform::Tick_Count() - start});
       if (script) script(f);
     };
     frames = 0;
@@ -37,7 +37,7 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsThenTheMenuFollows) {
   bool page1 = false, page2 = false;
   const auto seen = Run([&](int f) {
     if (f == 10) page1 = Shows("Intro1.bmp"), Screenshot("intro1");
-    if (modIntro::IntroPage == 2 && Is_Set(modIntro::IntroRunning) && !page2)
+    if (modIntro::Page() == 2 && modIntro::Running() && !page2)
       page2 = Shows("Intro2.bmp"), Screenshot("intro2");
   });
   EXPECT_TRUE(page1 && page2);
@@ -47,7 +47,7 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsThenTheMenuFollows) {
   EXPECT_GE(seen.back().second, 8000);
   EXPECT_LE(seen.back().second, 8000 + 3 * 16);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  EXPECT_FALSE(modIntro::IntroSurface) << "the picture is released on leaving";
+  EXPECT_FALSE(modIntro::Picture_Held()) << "the picture is released on leaving";
 }
 
 TEST_F(Intro, AClickOrEnterSkipsAPageAndAHeldPressSkipsBoth) {
@@ -59,15 +59,15 @@ TEST_F(Intro, AClickOrEnterSkipsAPageAndAHeldPressSkipsBoth) {
   seen = Run([](int f) { f == 20 ? Press() : f == 30 ? Release() : void(); });
   EXPECT_EQ(First_Page_2(seen), 21);
   EXPECT_EQ(seen.size(), 22u) << "still held on the next frame: page 2 ends too";
-  EXPECT_FALSE(Is_Set(frmMain::MouseLeftDown)) << "the menu does not see the press";
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "the menu does not see the press";
 
   first2 = 0;
   seen = Run([&](int f) {
-    if (modIntro::IntroPage == 2 && first2 == 0) first2 = f, Key_Down(13);  // held: no key-up follows
+    if (modIntro::Page() == 2 && first2 == 0) first2 = f, Key_Down(13);  // held: no key-up follows
   });
   ASSERT_GT(first2, 240);
   EXPECT_EQ(int(seen.size()), first2 + 1);
-  EXPECT_FALSE(Is_Set(frmMain::EnterPressed));
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   seen = Run([](int f) { f == 5 ? platform::Post_Event({platform::EventKind::Quit}) : void(); });
   EXPECT_EQ(seen.size(), 5u) << "closing the window leaves at once";

@@ -6,7 +6,7 @@
 #include "frontend/modMainScr.h"
 #include "support/screen_fixture.h"
 
-using modMainScr::ButtonSlide;
+using modMainScr::Button_Slide;
 
 namespace {
 class Menu : public ScreenTest {
@@ -17,9 +17,9 @@ class Menu : public ScreenTest {
     int over = -1;
     frames = ended_at = 0;
     on_frame = [&, script](int f) {
-      if (ButtonSlide == 0 && over < 0) over = f;
+      if (Button_Slide() == 0 && over < 0) over = f;
       if (script) script(f);
-      if (!Is_Set(modMainScr::MenuRunning) && ended_at == 0) ended_at = f;
+      if (!modMainScr::Running() && ended_at == 0) ended_at = f;
     };
     modMain::GameState = modMain::kStateMainMenu;
     modMainScr::Main_Menu();
@@ -47,7 +47,7 @@ TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfter
   EXPECT_EQ(ended_at, over + 1);
   EXPECT_EQ(modMain::NumOpponents, 4);
   EXPECT_EQ(modMain::GameState, modMain::kStateShipSelection);
-  EXPECT_FALSE(Is_Set(frmMain::MouseLeftDown)) << "one press acts once";
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
 }
 
 TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
@@ -72,7 +72,7 @@ TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
     EXPECT_EQ(modMain::NumOpponents, c.opponents) << c.y;
     EXPECT_EQ(Is_Set(modMain::Running), c.running) << c.y;
   }
-  EXPECT_FALSE(modMainScr::MenuBackground) << "surfaces are released on leaving";
+  EXPECT_FALSE(modMainScr::Surfaces_Held()) << "surfaces are released on leaving";
 }
 
 TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
@@ -83,7 +83,7 @@ TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
     if (f == 130) Move(281, 188);  // its top-left pixel
     if (f == 131) Press();
   });
-  const Rect r = modMainScr::ButtonRects[0], r3 = modMainScr::ButtonRects[3];
+  const Rect r = modMainScr::Button_Rect(0), r3 = modMainScr::Button_Rect(3);
   EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
   EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
   EXPECT_EQ(ended_at, 132);
@@ -101,7 +101,7 @@ TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer
   Run([&](int f) {
     if (f == 1) Move(400, 187);  // over button 0, near its bottom right
     if (f == 30) {
-      const float drawn = ButtonSlide + 6.4f;  // the slide before this frame's step
+      const float drawn = Button_Slide() + 6.4f;  // the slide before this frame's step
       EXPECT_EQ(At(int(std::lround(225 - drawn)) + 100, 180), lit(0)) << "button 0 from the left";
       EXPECT_EQ(At(int(std::lround(225 + drawn)) + 100, 230), lit(1)) << "button 1 from the right";
     }

@@ -16,10 +16,12 @@ class Particles : public DisplayTest {
     DisplayTest::SetUp();
     frmMain::Reset_Input();
     modMain::Randomize(3);
-    Init_Particles();
-    ASSERT_TRUE(ParticleTexture);
+    ASSERT_TRUE(Init_Particles());
   }
-  static void Rest_At(i16 x, i16 y) { frmMain::MouseX = PrevMouseX = x, frmMain::MouseY = PrevMouseY = y; }
+  static void Rest_At(i16 x, i16 y) {
+    frmMain::MouseX = x, frmMain::MouseY = y;
+    ASSERT_TRUE(Init_Particles());
+  }
   static void Frame(int frame_ms) {
     modMain::FrameTime = frame_ms;
     mod3Denhance::Clear_Screen();
@@ -75,10 +77,10 @@ TEST_F(Particles, LongFrameFadesByFadeTimesFiftyAndADeadParticleIsDrawnOnceThenR
 }
 
 TEST_F(Particles, APointerMovedRightPullsNewbornsRightAndEdgeSpritesAreClipped) {
-  Rest_At(639, 240);
+  Rest_At(539, 240);
   Frame(16);
   for (Particle& p : modMouseParticles::Particles) p.Life = 0;
-  PrevMouseX = 539;  // 100 pixels to the right since the last update
+  frmMain::MouseX = 639;  // 100 pixels to the right since the last update
   Frame(16);
   const auto [lo, hi] = VX_Range();
   EXPECT_TRUE(lo >= 0.15f && hi > 2.0f && hi < 4.8f) << lo << " " << hi;

@@ -44,8 +44,8 @@ TEST_F(DisplayTest, StartUpSetsTheScreenAndFontsAndPicksTheBestDevice) {
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
   EXPECT_EQ(platform::Render_State(*D3DDevice, rs::Lighting), uint32_t(-1));
   EXPECT_EQ(platform::Render_State(*D3DDevice, rs::SrcBlend), platform::blend::SrcAlpha);
-  ASSERT_TRUE(modText::Fonts[2]);
-  EXPECT_EQ(modText::Fonts[2]->Width(), 27 * 12);
+  ASSERT_TRUE(modText::Font(2));
+  EXPECT_EQ(modText::Font(2)->Width(), 27 * 12);
   // "<none>" and device names this machine lacks run on the best device there is.
   const auto list = platform::Device_List();
   ASSERT_FALSE(list.empty());
@@ -95,7 +95,7 @@ TEST_F(DisplayTest, DrawTextPutsEachGlyphInItsCell) {
     std::string missing;
     modText::Load_Fonts(missing);
   }
-  const Surface& font = modText::Fonts[0];
+  const Surface& font = modText::Font(0);
   ASSERT_TRUE(font);
   Clear_Screen();
   modText::Draw_Text(10, 10, 0, "Lap 1/3");

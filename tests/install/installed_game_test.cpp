@@ -146,8 +146,8 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
     ++frames;
     if (state == modMain::kStateIntro && frames % 10 == 5) platform::Post_Event({platform::EventKind::KeyDown, 13});
     if (state == modMain::kStateIntro && frames % 10 == 7) platform::Post_Event({platform::EventKind::KeyUp, 13});
-    if (state == modMain::kStateMainMenu && modMainScr::ButtonSlide == 0.0f) {
-      const Rect& quit = modMainScr::ButtonRects[3];
+    if (state == modMain::kStateMainMenu && modMainScr::Button_Slide() == 0.0f) {
+      const Rect& quit = modMainScr::Button_Rect(3);
       const float x = float(quit.left + quit.right) / 2, y = float(quit.top + quit.bottom) / 2;
       platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y});
       platform::Post_Event({platform::EventKind::MouseDown, 0, 1, 0, x, y});

@@ -63,7 +63,7 @@ TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) 
   SDL_GetWindowSize(window, &ww, &wh);
   EXPECT_LT(wh, desk_h);
   EXPECT_EQ(ww * 3, wh * 4) << "a whole multiple of the back buffer";
-  EXPECT_EQ(frmMain::EnterPressed, kFalse) << "Alt+Enter is not Enter";
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter)) << "Alt+Enter is not Enter";
   EXPECT_EQ(testenv::Read_File(extras::Path()), "window=1\n");
 
   // The same texture draws the same pixels: nothing was lost or uploaded again.

@@ -26,7 +26,7 @@ TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinks
     }
     if (t > 3072 && t <= 5200) {
       EXPECT_EQ(modMain::GameClock, paused_clock) << "the clock waits while away, t " << t;
-      const bool lit = modGameLoop::PauseBlink <= 5;
+      const bool lit = modGameLoop::Pause_Highlight_Shown();
       blink_changes += paused_frames++ > 0 && lit != was_lit;
       was_lit = lit;
     }

@@ -38,10 +38,9 @@ class RaceTest : public ScreenTest {
     ScreenTest::SetUp();
     if (HasFatalFailure()) return;
     modMain::GameState = modMain::kStateRace;
-    modGameLoop::RaceRunning = kFalse;
     modGameLoop::PauseSelection = 0;
     platform::Set_Pump_Hook([this](uint64_t) {
-      if (!Is_Set(modGameLoop::RaceRunning)) return;
+      if (!modGameLoop::Race_Running()) return;
       const i32 elapsed = ++frames * kFrameMs;  // the time the coming frame will read
       if (script_) script_(elapsed);
       if (frames == kMaxFrames) {

@@ -34,9 +34,7 @@ TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
   Set_Road({Strip({{10, 0}, {20, 0}, {10, 30}, {20, 30}, {-5, 60}, {15, 70}}),
             Strip({{-5, 60}, {15, 70}, {0, 90}, {40, 100}})});
   modTracks::Build_MiniMap(nullptr);  // no device: bounds only
-  EXPECT_EQ(
-      std::vector<float>({modTracks::TrackMinX, modTracks::TrackMaxX, modTracks::TrackMinZ, modTracks::TrackMaxZ}),
-      std::vector<float>({-5, 40, 0, 100}));
+  EXPECT_EQ(modTracks::Map_Bounds(), (std::array<float, 4>{-5, 40, 0, 100}));
   float c = -1, r = -1;
   ASSERT_TRUE(modTracks::MiniMap_Point(40, 100, c, r));
   EXPECT_EQ(std::make_pair(c, r), std::make_pair(127.0f, 127.0f));

@@ -225,7 +225,7 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
   EXPECT_EQ(modMain::GameState, modMain::kStateHiScore);
   ASSERT_EQ(modMain::Players.size(), 5u);
   EXPECT_EQ(Player().cRaceTime, 179229);
-  EXPECT_FALSE(Is_Set(frmMain::EnterPressed));
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
 }
 
 }  // namespace

@@ -35,19 +35,19 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
   bool still_entering = true;
   on_frame = [&](int f) {
     const size_t k = size_t(f - 2);
-    if (f >= 3 && k <= keys.size()) names.push_back(modHiScore::EnteredName);
+    if (f >= 3 && k <= keys.size()) names.push_back(modHiScore::Entered_Name());
     if (f >= 2 && k < keys.size()) {
       if (keys[k].first >= 0) keys[k].first ? Key_Down(16) : Key_Up(16);
       Key(keys[k].second);
     }
     if (f >= 12 && f < 30) Key(66);
     if (f == 20) Screenshot("hiscores");
-    if (f == 30 || f == 31) names.push_back(modHiScore::EnteredName);  // 31: no key, cut to 22
+    if (f == 30 || f == 31) names.push_back(modHiScore::Entered_Name());  // 31: no key, cut to 22
     if (f == 32) Key(13);                                              // saving pumps twice more: frames 34 and 35
     if (f == 38) {
-      still_entering = Is_Set(modHiScore::NewHiScore);
+      still_entering = modHiScore::Entering_Name();
       saved_bytes = testenv::Read_File(Path());
-      EXPECT_TRUE(Is_Set(modHiScore::HiScoreRunning));
+      EXPECT_TRUE(modHiScore::Running());
       EXPECT_EQ(modMain::PlayerName, names.back());
     }
     if (f == 40) Key(13);
@@ -56,7 +56,7 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
   const std::string name = "Aaa{5bbbbbbbbbbbbbbbbb";
   EXPECT_EQ(names, (std::vector<std::string>{"", "A", "Aa", "Aaa", "Aaa{", "Aaa{", "Aaa{5", "Aaa{5 ", "Aaa{5",
                                              name + "b", name}));
-  EXPECT_EQ(modHiScore::RaceFastestLap, 2);
+  EXPECT_EQ(modHiScore::Race_Fastest_Lap(), 2);
   EXPECT_FALSE(still_entering);
   EXPECT_EQ(saved_bytes, modHiScore::Encode_HiScores({212, name, 40000, name, 121000, name}));
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Settings_Path())[7], name);
@@ -77,7 +77,7 @@ TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders
   const std::string before = modHiScore::Encode_HiScores(held) + "tail";
   testenv::Write_File(Path(), before);
   modMain::PlayerName = "Pilot";
-  frmMain::EnterPressed = kTrue;  // the Enter that ended the race counts for nothing
+  frmMain::Form_KeyDown(13, 0);  // the Enter that ended the race, still held, counts for nothing
   on_frame = [&](int f) {
     if (f == 3) Key(65);  // nothing to type into
     if (f == 6) Key(13);
@@ -86,8 +86,8 @@ TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders
   // Enter posted with frame 6 ends the loop in frame 7; saving on the way out pumps once more.
   EXPECT_EQ(frames, 8);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  EXPECT_EQ(modHiScore::EnteredName, "Pilot");
-  EXPECT_EQ(modHiScore::Scores, held);
+  EXPECT_EQ(modHiScore::Entered_Name(), "Pilot");
+  EXPECT_EQ(modHiScore::Table(), held);
   EXPECT_EQ(testenv::Read_File(Path()), before);
 }
 
@@ -100,13 +100,13 @@ TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
   bool read_as_far_as_held = false;
   on_frame = [&](int f) {
     if (f == 3)
-      read_as_far_as_held = modHiScore::Scores == HiScoreTable{300, "", 0, "", 0, ""} && Is_Set(modHiScore::NewHiScore);
+      read_as_far_as_held = modHiScore::Table() == HiScoreTable{300, "", 0, "", 0, ""} && modHiScore::Entering_Name();
     if (f % 6 == 3) Key(13);
   };
   modHiScore::Init_HiScore_Screen();
   EXPECT_TRUE(read_as_far_as_held);
-  EXPECT_EQ(modHiScore::Scores, (HiScoreTable{300, "", 40000, "Kit", 121000, "Kit"}));
-  EXPECT_EQ(modHiScore::Read_HiScore_File(Path()), modHiScore::Scores);
+  EXPECT_EQ(modHiScore::Table(), (HiScoreTable{300, "", 40000, "Kit", 121000, "Kit"}));
+  EXPECT_EQ(modHiScore::Read_HiScore_File(Path()), modHiScore::Table());
   // No file and no racers at all: the empty table, zero figures, no crash.
   std::filesystem::remove(Path());
   modMain::Players.clear();

@@ -7,7 +7,7 @@
 #include "screens/modOptions.h"
 #include "support/screen_fixture.h"
 
-using modOptions::CaptureSlot;
+using modOptions::Capture_Slot;
 
 namespace {
 // Centres of the clickable areas at 640 x 480: easier, harder, tick, store, defaults, the four key rows.
@@ -44,10 +44,10 @@ TEST_F(Options, ClickingARowThenPressingWBindsItShowsItAndLeavingStoresIt) {
   bool arrow_shown = false, dashes_shown = false, w_shown = false;
   steps[2] = [&] { arrow_shown = Shows_Text(295, 279, 2, "Up Arrow"); };
   Click(3, kRowUp);
-  steps[6] = [&] { dashes_shown = CaptureSlot == 1 && Shows_Text(295, 279, 2, "-----"), Key_Down(87); };
+  steps[6] = [&] { dashes_shown = Capture_Slot() == 1 && Shows_Text(295, 279, 2, "-----"), Key_Down(87); };
   steps[7] = [] {
     Key_Up(87);
-    EXPECT_TRUE(CaptureSlot == 0 && modMain::KeyUp == 87);
+    EXPECT_TRUE(Capture_Slot() == 0 && modMain::KeyUp == 87);
   };
   steps[8] = [&] { w_shown = Shows_Text(295, 279, 2, "W") && !Shows_Text(295, 279, 2, "-----"); };
   Click(10, kStore);
@@ -65,7 +65,7 @@ TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowW
   steps[6] = [] { Key_Down(27); };  // Escape: cancels, the old key stays
   steps[7] = [] {
     Key_Up(27);
-    EXPECT_TRUE(CaptureSlot == 0 && modMain::KeyDown == 40);
+    EXPECT_TRUE(Capture_Slot() == 0 && modMain::KeyDown == 40);
   };
   Click(9, kRowLeft);
   steps[12] = [] { Key_Down(68), Key_Down(65); };  // D and A in one frame: A has the lower code
@@ -78,7 +78,7 @@ TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowW
   Click(20, kHarder);                 // ignored while a key is awaited
   bool still_dashes = false;
   steps[30] = [&] {
-    EXPECT_TRUE(CaptureSlot == 4 && modMain::KeyRight == 39 && modMain::Difficulty == 1);
+    EXPECT_TRUE(Capture_Slot() == 4 && modMain::KeyRight == 39 && modMain::Difficulty == 1);
     still_dashes = Shows_Text(295, 351, 2, "-----");
     Move(300, 200);
   };
@@ -174,7 +174,7 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
   steps[135] = [] { Set_Virtual_Pad(platform::kPadStart, 1); };  // Start cancels
   steps[136] = [&] {
     Set_Virtual_Pad(platform::kPadStart, 0);
-    cancelled = CaptureSlot == 0 && frmMain::PadBinding[1] == platform::kPadLeftTrigger;
+    cancelled = Capture_Slot() == 0 && frmMain::PadBinding[1] == platform::kPadLeftTrigger;
   };
   steps[137] = [] { platform::Detach_Virtual_Pad(); };
   steps[139] = [&] {

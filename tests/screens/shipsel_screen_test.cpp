@@ -65,7 +65,7 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   for (size_t i = 0; i < 5; ++i) EXPECT_EQ(modMain::Players[i] ? modMain::Players[i]->RacerKind : -1, i == 0 ? 1 : 2);
   EXPECT_EQ(Current(), Choice(1, 3));
   EXPECT_EQ(std::make_pair(modGameLoop::RacerBox.Lower(), modGameLoop::RacerBox.Upper()), std::make_pair(0, 4));
-  EXPECT_FALSE(modShipSelection::PreviewMesh);
+  EXPECT_FALSE(modShipSelection::Preview());
 }
 
 TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip) {
@@ -105,8 +105,8 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshO
   on_frame = [&](int f) {
     for (int at : {2, 62, 66, 70, 74, 78})
       if (f == at)
-        seen.push_back({Current(), modShipSelection::ShipName, modShipSelection::StatTarget[2],
-                        modShipSelection::StatTarget[1], Is_Set(modShipSelection::PreviewMesh->Loaded)});
+        seen.push_back({Current(), modShipSelection::Ship_Name(), modShipSelection::Bar_Target(2),
+                        modShipSelection::Bar_Target(1), Is_Set(modShipSelection::Preview()->Loaded)});
     Clicks(f, {{kNextShip, 60}, {kNextShip, 64}, {kNextShip, 68}, {kPrevShip, 72}, {kNextShip, 76}, {kBack, 80}});
   };
   for (int visit = 0; visit < 2; ++visit) {
@@ -134,7 +134,7 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetThenMovesOneUnitAFra
   std::vector<int> shown;
   int clicked_at = -1;
   on_frame = [&](int f) {
-    shown.push_back(modShipSelection::StatShown[1]);
+    shown.push_back(modShipSelection::Bar_Shown(1));
     if (clicked_at < 0 && shown.back() == 70) clicked_at = f;
     if (clicked_at > 0) Clicks(f, {{kNextShip, clicked_at}, {kBack, clicked_at + 80}});
   };
@@ -166,7 +166,7 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
     if (f == 220) ship_b = Read(330, 150, 570, 310);
   };
   modShipSelection::Init_Ship_Selection();
-  EXPECT_EQ(modShipSelection::ShipName, "Kestrel GT");
+  EXPECT_EQ(modShipSelection::Ship_Name(), "Kestrel GT");
   EXPECT_TRUE(name.first >= 410 && name.first <= 413 && name.second >= 520 && name.second < 530)
       << name.first << ".." << name.second << ": centred";
   // Thrust 0.25 -> 100 units, drawn 98 pixels wide; mass 8.5 -> 62 (62.5 to even) -> 60.

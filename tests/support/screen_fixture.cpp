@@ -107,7 +107,7 @@ void ScreenTest::SetUp() {
   modMouseParticles::Init_Particles();
   platform::Use_Manual_Clock(true);
   platform::Set_Manual_Clock(100000);
-  modMain::LastTick = platform::Tick_Count();
+  modMain::Start_Frame_Timer();
   modMain::Randomize(7);
   modMain::Running = kTrue;
   modMain::QuitRequested = false;
@@ -137,7 +137,7 @@ void ScreenTest::Key_Down(int16_t key) { platform::Post_Event({platform::EventKi
 void ScreenTest::Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
 
 bool ScreenTest::Shows_Text(int x, int y, u8 font, const std::string& text) {
-  const int w = static_cast<int>(text.size()) * modText::FontCell[font].width, h = modText::FontCell[font].height;
+  const int w = static_cast<int>(text.size()) * modText::Cell(font).width, h = modText::Cell(font).height;
   const std::vector<uint32_t> frame = Read(x, y, x + w, y + h);
   platform::Fill_Rect(*mod3Denhance::BackBuffer, Rect{x, y, x + w, y + h}, 0);
   modText::Draw_Text(static_cast<i16>(x), static_cast<i16>(y), font, text);

@@ -124,7 +124,7 @@ TEST_F(GeneratedTrack, ScenerySortedByTextureAndEveryTextureLoads) {
   const std::vector<TrackStrip>& road = Track.Items();
   EXPECT_EQ(std::ranges::count(road, road[0].TextureIndex, &TrackStrip::TextureIndex), 1)
       << "the start strip has its own texture";
-  EXPECT_EQ(TrackSector.Count(), Track.Count());
+  EXPECT_EQ(Sectors().Count(), Track.Count());
   bool glass = false, opaque = false;
   for (const TrackStrip& w : TrackWalls.Items())
     (TrackTexture(w.TextureIndex).TextureName.ends_with(".dds") ? glass : opaque) = true;

@@ -87,9 +87,9 @@ TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcros
   // -1 walls: one record consumed and kept at index -1, so what follows still lines up.
   EXPECT_EQ(std::pair(TrackWalls.Lower(), TrackWalls.Upper()), std::pair(-1, -1));
   EXPECT_EQ(TrackWalls(-1).TextureIndex, 99);
-  ASSERT_EQ(std::pair(TrackSector.Count(), TrackTexture.Upper()), std::pair(1, 1));
-  const auto& list = TrackSector(0).Lists[2];
-  EXPECT_EQ((std::array{int(TrackSector(0).Fixed[15]), list.Lower(), int(list(5)), int(list(6))}),
+  ASSERT_EQ(std::pair(Sectors().Count(), TrackTexture.Upper()), std::pair(1, 1));
+  const auto& list = Sectors()(0).Lists[2];
+  EXPECT_EQ((std::array{int(Sectors()(0).Fixed[15]), list.Lower(), int(list(5)), int(list(6))}),
             (std::array{7, 5, 102, -3}));
   EXPECT_EQ(TrackTexture(0).TextureName + TrackTexture(1).TextureName, "Road.BMPglass.dds");  // exactly as stored
   EXPECT_FALSE(TrackTexture(0).Texture);  // bytes-only loads create no textures
@@ -104,8 +104,8 @@ TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcros
   FileBytes f = Road().I32(0).Fill(16, 0).I16(1).I32(0).I32(std::numeric_limits<int32_t>::min());
   f.I16(1).I32(0).I32(std::numeric_limits<int32_t>::max()).I16(1).I32(1).I32(-9).I16(42).I32(0).Text("a.bmp");
   ASSERT_TRUE(Load_Track_From_Bytes(f.b, "mem.MXT", &error)) << error;
-  for (int i : {0, 1}) EXPECT_LT(TrackSector(0).Lists[i].Upper(), TrackSector(0).Lists[i].Lower()) << i;
-  EXPECT_EQ(TrackSector(0).Lists[2](-9), 42);
+  for (int i : {0, 1}) EXPECT_LT(Sectors()(0).Lists[i].Upper(), Sectors()(0).Lists[i].Lower()) << i;
+  EXPECT_EQ(Sectors()(0).Lists[2](-9), 42);
 }
 
 TEST(TrackBlocks, NormalsPointOutAndExtremeCornersKeepTheLowerIndexOnTies) {
