@@ -1,6 +1,6 @@
-// The one program that stands in for the fixed-function pipeline: pre-transformed,
-// pre-lit and lit vertices, one directional light, material, ambient, texture stage 0
-// with its colour and alpha operations, alpha test and colour key.
+// The programs that stand in for the fixed-function pipeline: pre-transformed, pre-lit and
+// lit vertices, one directional light, material, ambient, texture stage 0 with its colour
+// and alpha operations, alpha test and colour key.
 #include "platform/ff_shader.h"
 
 namespace platform::detail {
@@ -31,10 +31,13 @@ out vec2 v_uv;
 
 void main() {
   if (u_kind == 0) {
-    // Screen pixels with integer centres, as the game's 2D and 3D art expect.
+    // Screen pixels with integer centres, as the game's 2D and 3D art expect. A pixel
+    // whose centre lies on an edge belongs to the shape below or right of the edge; GL's
+    // rasteriser here gives a horizontal edge's row to the shape above it, so every y is
+    // lifted by one sub-pixel step (1/256) and a quad from y = 0 covers the top row.
     float w = a_pos.w > 0.0 ? 1.0 / a_pos.w : 1.0;
     vec2 ndc = vec2((a_pos.x + 0.5 - u_viewport.x) / u_viewport.z * 2.0 - 1.0,
-                    1.0 - (a_pos.y + 0.5 - u_viewport.y) / u_viewport.w * 2.0);
+                    1.0 - (a_pos.y + 0.5 - 1.0 / 256.0 - u_viewport.y) / u_viewport.w * 2.0);
     gl_Position = vec4(ndc * w, a_pos.z * w, w);
   } else {
     gl_Position = u_wvp * vec4(a_pos.xyz, 1.0);
@@ -56,20 +59,18 @@ void main() {
 }
 )";
 
-const char* kFixedFunctionFragment = R"(#version 330 core
+// Each combination of stage operations, shading, colour key and alpha test gets a program
+// of its own: the variant's values come first as constants (u_textured, u_flat,
+// u_specular_on, u_color_key: bool; u_color_stage, u_alpha_stage: ivec3 of operation,
+// argument 1, argument 2; u_alpha_func: int, 0 for no alpha test), so the rasteriser runs
+// only the path taken and, with no discard, tests depth before shading.
+const char* kFixedFunctionFragment = R"(
 in vec4 v_color;
 flat in vec4 v_color_flat;
 in vec4 v_specular;
 in vec2 v_uv;
 
 uniform sampler2D u_texture;
-uniform bool u_textured;
-uniform bool u_flat;
-uniform bool u_specular_on;
-uniform ivec3 u_color_stage;   // operation, argument 1, argument 2
-uniform ivec3 u_alpha_stage;
-uniform bool u_color_key;
-uniform int u_alpha_func;      // 0: no alpha test, else the comparison number
 uniform float u_alpha_ref;
 
 out vec4 colour;

@@ -195,11 +195,12 @@ bool Read_Into(Image& dst, const Rect& r, int x, int y) {
 }  // namespace
 
 bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool keyed) {
-  detail::Flush_Device();
   Rect r = src_rect;
   if (!Cut(dst, src, r, x, y)) return false;
+  // Onto the back buffer the blit joins the queue behind what is batched already.
   if (dst.Kind() == ImageKind::BackBuffer && src.Has_Pixels())
     return detail::Gpu_Blit_To_Backbuffer(const_cast<Image&>(src), r, x, y, keyed);
+  detail::Flush_Device();
   if (src.Kind() == ImageKind::BackBuffer && dst.Has_Pixels()) return Read_Into(dst, r, x, y);
   if (!dst.Has_Pixels() || !src.Has_Pixels()) return false;
   Memory_Blit(dst, src, r, x, y, keyed);
