@@ -25,6 +25,12 @@ Matrix4 Rotation_XZY(float x, float y, float z) {
   return r;
 }
 
+void Make_Geometry(MeshPart& part, platform::Device3D& device) {
+  if (part.PartIndices.empty()) return;
+  part.PartGeometry = device.MakeGeometry(part.PartVertices.data(), int(part.PartVertices.size()),
+                                          part.PartIndices.data(), int(part.PartIndices.size()));
+}
+
 }  // namespace
 
 XFileClass::XFileClass()
@@ -99,6 +105,9 @@ std::string XFileClass::Build_Parts(const xfile::Model& model, const std::string
       part.PartTexture = it->second;
     }
   }
+  // Kept on the device now, so the first frame that draws the mesh uploads nothing.
+  if (mod3Denhance::D3DDevice != nullptr)
+    for (MeshPart& part : parts) Make_Geometry(part, *mod3Denhance::D3DDevice);
   Parts = std::move(parts);
   if (Parts.empty()) Parts.resize(1);  // the upper bound stays 0 as before any load
   GroupCount = int32_t(model.groups.size());
@@ -135,15 +144,20 @@ void XFileClass::Render(platform::Device3D* device) {
   modMATH::Matrix_Multiply(WorkMatrix, ScaleMatrix, RotationMatrix);
   modMATH::Matrix_Multiply(WorkMatrix, WorkMatrix, PositionMatrix);
   device->SetTransform(platform::TransformKind::World, WorkMatrix);
-  for (const MeshPart& p : Parts) Draw_Part(p, device);
+  // A mesh out of sight would still cost a draw per part.
+  Matrix4 wvp;
+  modMATH::Matrix_Multiply(wvp, WorkMatrix, device->GetTransform(platform::TransformKind::View));
+  modMATH::Matrix_Multiply(wvp, wvp, device->GetTransform(platform::TransformKind::Projection));
+  if (modMATH::Box_Out_Of_View(wvp, BoxMin, BoxMax)) return;
+  for (MeshPart& p : Parts) Draw_Part(p, device);
 }
 
-void XFileClass::Draw_Part(const MeshPart& part, platform::Device3D* device) {
+void XFileClass::Draw_Part(MeshPart& part, platform::Device3D* device) {
   if (part.PartIndices.empty()) return;
+  if (!part.PartGeometry) Make_Geometry(part, *device);
   device->SetTexture(0, part.PartTexture);
   device->SetMaterial(part.PartMaterial);
-  device->DrawIndexedMesh(part.PartVertices.data(), int(part.PartVertices.size()), part.PartIndices.data(),
-                          int(part.PartIndices.size()));
+  device->DrawGeometry(*part.PartGeometry, 0, 1);
 }
 
 void XFileClass::GetMinExtent(float& x, float& y, float& z) const {

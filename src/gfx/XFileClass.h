@@ -22,8 +22,9 @@ struct MeshPart {
   std::vector<uint16_t> PartIndices;  // three per triangle
   std::vector<MeshVertex> PartVertices;
   D3DMaterial PartMaterial;
-  mod3Denhance::Surface PartTexture;  // null: drawn untextured
-  std::string PartTextureFile;        // full path of the file's texture, "" when none
+  mod3Denhance::Surface PartTexture;   // null: drawn untextured
+  std::string PartTextureFile;         // full path of the file's texture, "" when none
+  platform::GeometryRef PartGeometry;  // the lists kept on the device, made once
 };
 
 class XFileClass {
@@ -81,5 +82,5 @@ class XFileClass {
 
  private:
   std::string Build_Parts(const xfile::Model& model, const std::string& folder);
-  void Draw_Part(const MeshPart& part, platform::Device3D* device);
+  void Draw_Part(MeshPart& part, platform::Device3D* device);
 };

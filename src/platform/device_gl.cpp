@@ -2,13 +2,19 @@
 // applied when a batch is drawn. Vertices of every format are widened into one layout
 // and collected, with triangle-list indices, into buffers kept for the device's life;
 // a batch is drawn with one call when a state changes, the buffers fill up, or anything
-// else needs the back buffer.
+// else needs the back buffer. Kept geometry lives in buffers of its own, uploaded once, and
+// neighbouring parts of it are drawn with one call too. Uniforms go to GL only when their
+// value changes.
 #include <epoxy/gl.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
-#include <unordered_map>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/ff_shader.h"
 #include "platform/gl_internal.h"
@@ -49,17 +55,19 @@ enum Uniform : int {
   uLightTo,
   uLightDiffuse,
   uLightAmbient,
-  uTextured,
-  uFlat,
-  uAlphaModulate,
   kUniformCount
 };
 const char* const kUniformNames[kUniformCount] = {
-    "u_kind",          "u_wvp",         "u_normal_matrix", "u_viewport",      "u_lighting", "u_ambient",
-    "u_mat_diffuse",   "u_mat_ambient", "u_mat_emissive",  "u_light_on",      "u_light_to", "u_light_diffuse",
-    "u_light_ambient", "u_textured",    "u_flat",          "u_alpha_modulate"};
+    "u_kind",         "u_wvp",      "u_normal_matrix", "u_viewport",      "u_lighting",     "u_ambient", "u_mat_diffuse",
+    "u_mat_ambient", "u_mat_emissive", "u_light_on", "u_light_to", "u_light_diffuse", "u_light_ambient"};
 
 enum Kind : int { kScreen = 0, kLit = 1, kMesh = 2 };
+
+// Render-state and stage-state numbers are small; a flat table answers without hashing.
+constexpr uint32_t kStateSlots = 160;
+constexpr uint32_t kStageSlots = 32;
+// Fragment programs a device may build; the game's states need a handful.
+constexpr size_t kMaxVariants = 64;
 
 Matrix4 Identity() {
   Matrix4 m;
@@ -108,11 +116,70 @@ GLenum Blend_Factor(uint32_t v) {
   }
 }
 
-void Set_Color(GLint location, const ColorValue& c) { glUniform4f(location, c.r, c.g, c.b, c.a); }
+// Strips as triangles with the game's winding (odd triangles reversed, first vertex
+// first, which flat shading takes), as DrawPrimitive lays them out.
+void Append_Strip(std::vector<uint32_t>& out, uint32_t base, int count) {
+  for (int t = 0; t + 2 < count; ++t) {
+    const uint32_t a = base + uint32_t(t);
+    out.insert(out.end(), {a, t % 2 == 0 ? a + 1 : a + 2, t % 2 == 0 ? a + 2 : a + 1});
+  }
+}
 
-void Set_Argb(GLint location, uint32_t argb) {
-  glUniform4f(location, float((argb >> 16) & 0xFF) / 255.0f, float((argb >> 8) & 0xFF) / 255.0f,
-              float(argb & 0xFF) / 255.0f, float(argb >> 24) / 255.0f);
+GpuVertex From_Lit(const LitVertex& s) {
+  return GpuVertex{{s.x, s.y, s.z, 1}, {0, 0, 0}, s.color, s.specular, {s.tu, s.tv}, 0};
+}
+
+GpuVertex From_Mesh(const MeshVertex& s) {
+  return GpuVertex{{s.x, s.y, s.z, 1}, {s.nx, s.ny, s.nz}, 0xFFFFFFFFu, 0, {s.tu, s.tv}, 0};
+}
+
+// The device's vertex layout, for the bound vertex array and array buffer.
+void Describe_Layout() {
+  const GLsizei stride = sizeof(GpuVertex);
+  glEnableVertexAttribArray(0);
+  glVertexAttribPointer(0, 4, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, pos)));
+  glEnableVertexAttribArray(1);
+  glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, normal)));
+  // Packed 0xAARRGGBB colours are B, G, R, A in memory: GL reads them as BGRA.
+  glEnableVertexAttribArray(2);
+  glVertexAttribPointer(2, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride,
+                        reinterpret_cast<void*>(offsetof(GpuVertex, color)));
+  glEnableVertexAttribArray(4);
+  glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, uv)));
+}
+
+void Forget_Buffers(const Geometry& g) {
+  if (g.vao != 0 && g.generation == Gl().generation && Gl().context != nullptr) {
+    glDeleteVertexArrays(1, &g.vao);
+    glDeleteBuffers(1, &g.vbo);
+    glDeleteBuffers(1, &g.ebo);
+  }
+  g.vao = g.vbo = g.ebo = 0;
+}
+
+// The geometry's buffers in the live context, uploaded the first time it is drawn there;
+// false when it has nothing to draw or there is no context.
+bool Ready_Buffers(const Geometry& g) {
+  if (Gl().context == nullptr || g.triangles.empty()) return false;
+  if (g.vao != 0 && g.generation == Gl().generation) return true;
+  Forget_Buffers(g);
+  std::vector<GpuVertex> vertices;
+  vertices.reserve(g.lit.size() + g.mesh.size());
+  for (const LitVertex& v : g.lit) vertices.push_back(From_Lit(v));
+  for (const MeshVertex& v : g.mesh) vertices.push_back(From_Mesh(v));
+  g.generation = Gl().generation;
+  glGenVertexArrays(1, &g.vao);
+  glGenBuffers(1, &g.vbo);
+  glGenBuffers(1, &g.ebo);
+  glBindVertexArray(g.vao);
+  glBindBuffer(GL_ARRAY_BUFFER, g.vbo);
+  glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(vertices.size() * sizeof(GpuVertex)), vertices.data(), GL_STATIC_DRAW);
+  glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, g.ebo);
+  glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr(g.triangles.size() * sizeof(uint32_t)), g.triangles.data(),
+               GL_STATIC_DRAW);
+  Describe_Layout();
+  glBindVertexArray(0);
+  return true;
 }
 
 class GlDevice;
@@ -125,16 +192,15 @@ class GlDevice final : public Device3D {
     indices_.resize(kIndexCapacity);
     transforms_[0] = transforms_[1] = transforms_[2] = Identity();
     // The device's defaults; the game sets the rest at start-up.
-    render_states_ = {{rs::ZEnable, 1},
-                      {rs::ShadeMode, 2},
-                      {rs::ZWriteEnable, 1},
-                      {rs::SrcBlend, blend::One},
-                      {rs::DestBlend, blend::Zero},
-                      {rs::CullMode, cull::CounterClockwise},
-                      {rs::AlphaBlendEnable, 0},
-                      {rs::Lighting, 1},
-                      {rs::Ambient, 0}};
-    stage_ = {{tss::AlphaOp, tss::OpSelectArg1}, {tss::MagFilter, tss::Point}, {tss::MinFilter, tss::Point}};
+    const std::pair<uint32_t, uint32_t> states[] = {{rs::ZEnable, 1},         {rs::ShadeMode, 2},
+                                                    {rs::ZWriteEnable, 1},    {rs::SrcBlend, blend::One},
+                                                    {rs::DestBlend, blend::Zero}, {rs::CullMode, cull::CounterClockwise},
+                                                    {rs::AlphaBlendEnable, 0}, {rs::Lighting, 1},
+                                                    {rs::Ambient, 0}};
+    for (const auto& [state, value] : states) render_states_[state] = value;
+    const std::pair<uint32_t, uint32_t> stage[] = {
+        {tss::AlphaOp, tss::OpSelectArg1}, {tss::MagFilter, tss::Point}, {tss::MinFilter, tss::Point}};
+    for (const auto& [state, value] : stage) stage_[state] = value;
     viewport_ = {0, 0, Gl().width, Gl().height, 0, 1};
     Create_Gl_Objects();
     g_live_device = this;
@@ -143,7 +209,7 @@ class GlDevice final : public Device3D {
   ~GlDevice() override {
     if (g_live_device == this) g_live_device = nullptr;
     if (Gl().context != nullptr && generation_ == Gl().generation) {
-      glDeleteProgram(program_);
+      for (const Variant& v : variants_) glDeleteProgram(v.program);
       glDeleteBuffers(1, &vbo_);
       glDeleteBuffers(1, &ebo_);
       glDeleteVertexArrays(1, &vao_);
@@ -160,6 +226,7 @@ class GlDevice final : public Device3D {
     if (slot < 0 || std::memcmp(&transforms_[slot], &m, sizeof m) == 0) return;
     Flush();
     transforms_[slot] = m;
+    transforms_dirty_ = true;
   }
 
   void SetMaterial(const D3DMaterial& material) override {
@@ -176,20 +243,15 @@ class GlDevice final : public Device3D {
   }
 
   void SetRenderState(uint32_t state, uint32_t value) override {
-    auto it = render_states_.find(state);
-    if (it != render_states_.end() && it->second == value) return;
+    if (state >= kStateSlots || render_states_[state] == value) return;
     Flush();
     render_states_[state] = value;
   }
-  uint32_t Render_State(uint32_t state) const {
-    auto it = render_states_.find(state);
-    return it == render_states_.end() ? 0 : it->second;
-  }
+  uint32_t Render_State(uint32_t state) const { return state < kStateSlots ? render_states_[state] : 0; }
 
   void SetTextureStageState(int stage, uint32_t state, uint32_t value) override {
     if (stage != 0) return;
-    auto it = stage_.find(state);
-    if (it != stage_.end() && it->second == value) return;
+    if (state >= kStageSlots || stage_[state] == value) return;
     Flush();
     stage_[state] = value;
   }
@@ -207,7 +269,7 @@ class GlDevice final : public Device3D {
   }
 
   void Clear(const Rect* rects, int count, uint32_t flags, uint32_t argb, float z, uint32_t stencil) override {
-    Flush();
+    detail::Flush_Device();
     if (!detail::Bind_Backbuffer()) return;
     GLbitfield mask = 0;
     if (flags & kClearTarget) mask |= GL_COLOR_BUFFER_BIT;
@@ -243,15 +305,13 @@ class GlDevice final : public Device3D {
     });
   }
   void DrawPrimitive(Primitive, const LitVertex* v, int count) override {
-    Draw(kLit, count, [&](int i, GpuVertex& g) {
-      const LitVertex& s = v[i];
-      g = GpuVertex{{s.x, s.y, s.z, 1}, {0, 0, 0}, s.color, s.specular, {s.tu, s.tv}, 0};
-    });
+    Draw(kLit, count, [&](int i, GpuVertex& g) { g = From_Lit(v[i]); });
   }
 
   void DrawIndexedMesh(const MeshVertex* v, int vertex_count, const uint16_t* indices, int index_count) override {
     if (v == nullptr || indices == nullptr || vertex_count <= 0 || index_count < 3 || program_ == 0) return;
     if (vertex_count > kVertexCapacity) return;
+    if (kept_ != nullptr) Flush();
     Begin_Kind(kMesh);
     index_count -= index_count % 3;
     // Whole triangles per pass; a list longer than the index buffer goes in several.
@@ -272,13 +332,53 @@ class GlDevice final : public Device3D {
     }
   }
 
+  GeometryRef MakeGeometry(const LitVertex* v, const int* lengths, int strips) override {
+    GeometryRef g = Device3D::MakeGeometry(v, lengths, strips);
+    Ready_Buffers(*g);
+    return g;
+  }
+  GeometryRef MakeGeometry(const MeshVertex* v, int vertex_count, const uint16_t* indices, int index_count) override {
+    GeometryRef g = Device3D::MakeGeometry(v, vertex_count, indices, index_count);
+    Ready_Buffers(*g);
+    return g;
+  }
+
+  void DrawGeometry(const Geometry& g, int first, int count) override {
+    const int parts = int(g.parts.size());
+    if (program_ == 0 || first < 0 || count <= 0 || first >= parts) return;
+    const int last = std::min(first + count, parts) - 1;
+    const int begin = g.parts[size_t(first)].first_index;
+    const int end = g.parts[size_t(last)].first_index + g.parts[size_t(last)].indices;
+    if (end <= begin || !Ready_Buffers(g)) return;
+    if (index_used_ > 0) Flush();
+    Begin_Kind(g.mesh.empty() ? kLit : kMesh);
+    // The next parts of what is pending join it.
+    if (kept_ == &g && kept_end_ == begin) {
+      kept_end_ = end;
+      return;
+    }
+    Flush();
+    kept_ = &g;
+    kept_begin_ = begin;
+    kept_end_ = end;
+  }
+
+  // Draws what is pending, if anything.
   void Flush() {
+    if (kept_ != nullptr) {
+      Draw_Kept();
+      return;
+    }
     if (index_used_ == 0) {
       vertex_used_ = 0;
       return;
     }
     if (Gl().context != nullptr && generation_ == Gl().generation && detail::Bind_Backbuffer()) {
-      Apply_State();
+      detail::Flush_Blits();  // queued before this
+      if (!Apply_State()) {
+        vertex_used_ = index_used_ = 0;
+        return;
+      }
       glBindVertexArray(vao_);
       glBindBuffer(GL_ARRAY_BUFFER, vbo_);
       glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, ebo_);
@@ -311,8 +411,18 @@ class GlDevice final : public Device3D {
     return k >= 1 && k <= 3 ? k - 1 : -1;
   }
 
-  static GpuVertex From_Mesh(const MeshVertex& s) {
-    return GpuVertex{{s.x, s.y, s.z, 1}, {s.nx, s.ny, s.nz}, 0xFFFFFFFFu, 0, {s.tu, s.tv}, 0};
+  void Draw_Kept() {
+    const Geometry& g = *kept_;
+    kept_ = nullptr;
+    if (Gl().context == nullptr || generation_ != Gl().generation || g.generation != Gl().generation || g.vao == 0 ||
+        !detail::Bind_Backbuffer())
+      return;
+    detail::Flush_Blits();  // queued before this
+    if (!Apply_State()) return;
+    glBindVertexArray(g.vao);
+    glDrawElements(GL_TRIANGLES, kept_end_ - kept_begin_, GL_UNSIGNED_INT,
+                   reinterpret_cast<void*>(size_t(kept_begin_) * sizeof(uint32_t)));
+    glBindVertexArray(0);
   }
 
   void Begin_Kind(int kind) {
@@ -327,6 +437,7 @@ class GlDevice final : public Device3D {
   template <class Fill>
   void Draw(int kind, int count, Fill fill) {
     if (count < 3 || program_ == 0) return;
+    if (kept_ != nullptr) Flush();
     Begin_Kind(kind);
     int start = 0;
     while (start + 2 < count) {
@@ -341,16 +452,7 @@ class GlDevice final : public Device3D {
       for (int i = 0; i < n; ++i) fill(start + i, vertices_[size_t(vertex_used_ + i)]);
       vertex_used_ += n;
       for (int t = 0; t < triangles; ++t) {
-        uint32_t a, b, c;
-        if (t % 2 == 0) {
-          a = t;
-          b = t + 1;
-          c = t + 2;
-        } else {
-          a = t;
-          b = t + 2;
-          c = t + 1;
-        }
+        const uint32_t a = uint32_t(t), b = t % 2 == 0 ? a + 1 : a + 2, c = t % 2 == 0 ? a + 2 : a + 1;
         indices_[size_t(index_used_++)] = base + a;
         indices_[size_t(index_used_++)] = base + b;
         indices_[size_t(index_used_++)] = base + c;
@@ -361,8 +463,9 @@ class GlDevice final : public Device3D {
 
   void Create_Gl_Objects() {
     generation_ = Gl().generation;
-    program_ = detail::Build_Program(detail::kFixedFunctionVertex, detail::kFixedFunctionFragment);
-    if (program_ == 0) return;
+    variants_.reserve(kMaxVariants);
+    if (Variant_For(Fragment_Key()) == nullptr) return;
+    program_ = variants_.front().program;
     glGenVertexArrays(1, &vao_);
     glGenBuffers(1, &vbo_);
     glGenBuffers(1, &ebo_);
@@ -374,33 +477,83 @@ class GlDevice final : public Device3D {
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, ebo_);
     glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr(size_t(kRingBatches) * kIndexCapacity * sizeof(uint32_t)), nullptr,
                  GL_STREAM_DRAW);
-    const GLsizei stride = sizeof(GpuVertex);
-    glEnableVertexAttribArray(0);
-    glVertexAttribPointer(0, 4, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, pos)));
-    glEnableVertexAttribArray(1);
-    glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, normal)));
-    // Packed 0xAARRGGBB colours are B, G, R, A in memory: GL reads them as BGRA.
-    glEnableVertexAttribArray(2);
-    glVertexAttribPointer(2, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, stride,
-                          reinterpret_cast<void*>(offsetof(GpuVertex, color)));
-    glEnableVertexAttribArray(4);
-    glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<void*>(offsetof(GpuVertex, uv)));
+    Describe_Layout();
     glBindVertexArray(0);
-    for (int i = 0; i < kUniformCount; ++i) uniforms_[size_t(i)] = glGetUniformLocation(program_, kUniformNames[i]);
-    glUseProgram(program_);
-    glUniform1i(glGetUniformLocation(program_, "u_texture"), 0);
     glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
   }
 
-  GLint U(Uniform u) const { return uniforms_[size_t(u)]; }
-  uint32_t R(uint32_t state) const { return Render_State(state); }
-  uint32_t S(uint32_t state) const {
-    auto it = stage_.find(state);
-    return it == stage_.end() ? 0 : it->second;
+  // What picks the fragment program: flat shading, a texture, and whether the texel's alpha
+  // is modulated by the diffuse alpha or taken alone.
+  uint32_t Fragment_Key() const {
+    const bool textured = texture_ && detail::Texture_Of(*texture_) != 0;
+    return uint32_t(R(rs::ShadeMode) == 1) | uint32_t(textured) << 1 | uint32_t(S(tss::AlphaOp) == tss::OpModulate) << 2;
   }
 
-  void Apply_State() {
-    glUseProgram(program_);
+  // The program for a key, built the first time it is asked for; null when it cannot be
+  // built or too many have been.
+  struct Variant {
+    uint32_t key = 0;
+    GLuint program = 0;
+    std::array<GLint, kUniformCount> at{};
+    std::array<std::array<float, 16>, kUniformCount> sent{};  // the values the program holds
+    std::array<bool, kUniformCount> known{};
+  };
+  Variant* Variant_For(uint32_t key) {
+    for (Variant& v : variants_)
+      if (v.key == key) return &v;
+    if (variants_.size() == kMaxVariants) return nullptr;
+    const auto flag = [&](int bit) { return (key >> bit & 1u) != 0 ? "true" : "false"; };
+    const std::string fragment = std::string("#version 330 core\n") + "const bool u_flat = " + flag(0) +
+                                 ";\nconst bool u_textured = " + flag(1) + ";\nconst bool u_alpha_modulate = " +
+                                 flag(2) + ";\n" + detail::kFixedFunctionFragment;
+    const GLuint program = detail::Build_Program(detail::kFixedFunctionVertex, fragment.c_str());
+    if (program == 0) return nullptr;
+    Variant& v = variants_.emplace_back();
+    v.key = key;
+    v.program = program;
+    for (int i = 0; i < kUniformCount; ++i) v.at[size_t(i)] = glGetUniformLocation(program, kUniformNames[i]);
+    glUseProgram(program);
+    glUniform1i(glGetUniformLocation(program, "u_texture"), 0);
+    return &v;
+  }
+
+  // A program keeps its uniforms between draws: each is sent only when its value differs
+  // from what was sent to that program last.
+  bool Changed(Uniform u, const void* value, size_t bytes) {
+    auto& sent = current_->sent[size_t(u)];
+    if (current_->known[size_t(u)] && std::memcmp(sent.data(), value, bytes) == 0) return false;
+    std::memcpy(sent.data(), value, bytes);
+    current_->known[size_t(u)] = true;
+    return current_->at[size_t(u)] >= 0;
+  }
+  void Send_Int(Uniform u, int v) {
+    if (Changed(u, &v, sizeof v)) glUniform1i(current_->at[size_t(u)], v);
+  }
+  // Vectors of fewer than four go as their first components.
+  void Send_Float4(Uniform u, const std::array<float, 4>& v) {
+    if (!Changed(u, v.data(), sizeof v)) return;
+    const GLint at = current_->at[size_t(u)];
+    if (u == uLightTo)
+      glUniform3f(at, v[0], v[1], v[2]);
+    else
+      glUniform4f(at, v[0], v[1], v[2], v[3]);
+  }
+  void Send_Color(Uniform u, const ColorValue& c) { Send_Float4(u, {c.r, c.g, c.b, c.a}); }
+  void Send_Matrix4(Uniform u, const float* m) {
+    if (Changed(u, m, 16 * sizeof(float))) glUniformMatrix4fv(current_->at[size_t(u)], 1, GL_FALSE, m);
+  }
+  void Send_Matrix3(Uniform u, const float* m) {
+    if (Changed(u, m, 9 * sizeof(float))) glUniformMatrix3fv(current_->at[size_t(u)], 1, GL_FALSE, m);
+  }
+  uint32_t R(uint32_t state) const { return Render_State(state); }
+  uint32_t S(uint32_t state) const { return state < kStageSlots ? stage_[state] : 0; }
+
+  // False when no program can draw the state.
+  bool Apply_State() {
+    glActiveTexture(GL_TEXTURE0);
+    current_ = Variant_For(Fragment_Key());
+    if (current_ == nullptr) return false;
+    glUseProgram(current_->program);
     glViewport(viewport_.x, viewport_.y, viewport_.width, viewport_.height);
     glDepthRange(viewport_.min_z, viewport_.max_z);
     glDisable(GL_SCISSOR_TEST);
@@ -429,51 +582,66 @@ class GlDevice final : public Device3D {
       glDisable(GL_CULL_FACE);
     }
 
-    const Matrix4 wvp = Multiply(Multiply(transforms_[0], transforms_[1]), transforms_[2]);
-    glUniformMatrix4fv(U(uWvp), 1, GL_FALSE, &wvp._11);
-    const std::array<float, 9> nm = Normal_Matrix(transforms_[0]);
-    glUniformMatrix3fv(U(uNormalMatrix), 1, GL_FALSE, nm.data());
-    glUniform1i(U(uKind), kind_);
-    glUniform4f(U(uViewport), float(viewport_.x), float(viewport_.y), float(viewport_.width), float(viewport_.height));
-    glUniform1i(U(uLighting), R(rs::Lighting) != 0);
-    Set_Argb(U(uAmbient), R(rs::Ambient));
-    Set_Color(U(uMatDiffuse), material_.diffuse);
-    Set_Color(U(uMatAmbient), material_.ambient);
-    Set_Color(U(uMatEmissive), material_.emissive);
-    glUniform1i(U(uLightOn), light_on_);
+    if (transforms_dirty_) {
+      wvp_ = Multiply(Multiply(transforms_[0], transforms_[1]), transforms_[2]);
+      normal_matrix_ = Normal_Matrix(transforms_[0]);
+      transforms_dirty_ = false;
+    }
+    Send_Matrix4(uWvp, &wvp_._11);
+    Send_Matrix3(uNormalMatrix, normal_matrix_.data());
+    Send_Int(uKind, kind_);
+    Send_Float4(uViewport, {float(viewport_.x), float(viewport_.y), float(viewport_.width), float(viewport_.height)});
+    Send_Int(uLighting, R(rs::Lighting) != 0);
+    const uint32_t ambient = R(rs::Ambient);
+    Send_Float4(uAmbient, {float((ambient >> 16) & 0xFF) / 255.0f, float((ambient >> 8) & 0xFF) / 255.0f,
+                           float(ambient & 0xFF) / 255.0f, float(ambient >> 24) / 255.0f});
+    Send_Color(uMatDiffuse, material_.diffuse);
+    Send_Color(uMatAmbient, material_.ambient);
+    Send_Color(uMatEmissive, material_.emissive);
+    Send_Int(uLightOn, light_on_);
     Vector3 d = light_.direction;
     const float len = std::sqrt(d.x * d.x + d.y * d.y + d.z * d.z);
     if (len > 0) d = {-d.x / len, -d.y / len, -d.z / len};
-    glUniform3f(U(uLightTo), d.x, d.y, d.z);
-    Set_Color(U(uLightDiffuse), light_.diffuse);
-    Set_Color(U(uLightAmbient), light_.ambient);
-    glUniform1i(U(uFlat), R(rs::ShadeMode) == 1);
-    glUniform1i(U(uAlphaModulate), S(tss::AlphaOp) == tss::OpModulate);
+    Send_Float4(uLightTo, {d.x, d.y, d.z, 0});
+    Send_Color(uLightDiffuse, light_.diffuse);
+    Send_Color(uLightAmbient, light_.ambient);
 
     glActiveTexture(GL_TEXTURE0);
     const GLuint texture = texture_ ? detail::Texture_Of(*texture_) : 0;
-    glUniform1i(U(uTextured), texture != 0);
     glBindTexture(GL_TEXTURE_2D, texture);
-    glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, S(tss::MagFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST);
-    glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, S(tss::MinFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST);
+    const std::array<GLint, 2> sampling = {S(tss::MagFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST,
+                                           S(tss::MinFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST};
+    if (sampling != sampling_) {
+      sampling_ = sampling;
+      glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, sampling[0]);
+      glSamplerParameteri(sampler_, GL_TEXTURE_MIN_FILTER, sampling[1]);
+    }
     glBindSampler(0, sampler_);
+    return true;
   }
 
   std::string identifier_;
   uint64_t generation_ = 0;
   GLuint program_ = 0, vao_ = 0, vbo_ = 0, ebo_ = 0, sampler_ = 0;
-  std::array<GLint, kUniformCount> uniforms_{};
+  std::vector<Variant> variants_;  // reserved once, so pointers into it stay good
+  Variant* current_ = nullptr;
+  std::array<GLint, 2> sampling_{};  // magnify, minify as the sampler has them
+  Matrix4 wvp_;
+  std::array<float, 9> normal_matrix_{};
+  bool transforms_dirty_ = true;
   int ring_vertex_ = 0, ring_index_ = 0;  // where the next batch goes in the GL buffers
   std::vector<GpuVertex> vertices_;
   std::vector<uint32_t> indices_;
   int vertex_used_ = 0, index_used_ = 0;
   int kind_ = kScreen;
+  const Geometry* kept_ = nullptr;     // kept geometry waiting to be drawn: its triangles
+  int kept_begin_ = 0, kept_end_ = 0;  // [begin, end) of its index list
 
   std::array<Matrix4, 3> transforms_;
   D3DMaterial material_;
   ImageRef texture_;
-  std::unordered_map<uint32_t, uint32_t> render_states_;
-  std::unordered_map<uint32_t, uint32_t> stage_;
+  std::array<uint32_t, kStateSlots> render_states_{};
+  std::array<uint32_t, kStageSlots> stage_{};
   Viewport viewport_;
   D3DLight light_;
   bool light_on_ = false;
@@ -481,10 +649,61 @@ class GlDevice final : public Device3D {
 }  // namespace
 
 namespace detail {
-void Flush_Device() {
+void Flush_3D() {
   if (g_live_device != nullptr) g_live_device->Flush();
 }
+void Flush_Device() {
+  Flush_3D();
+  Flush_Blits();
+}
 }  // namespace detail
+
+Geometry::~Geometry() {
+  detail::Flush_Device();  // it may be waiting to be drawn
+  Forget_Buffers(*this);
+}
+
+GeometryRef Device3D::MakeGeometry(const LitVertex* v, const int* lengths, int strips) {
+  auto g = std::make_shared<Geometry>();
+  if (v == nullptr || lengths == nullptr) return g;
+  for (int i = 0; i < strips; ++i) {
+    const int n = std::max(0, lengths[i]);
+    Geometry::Part part{int(g->lit.size()), n, int(g->triangles.size()), 0};
+    g->lit.insert(g->lit.end(), v, v + n);
+    v += n;
+    Append_Strip(g->triangles, uint32_t(part.first_vertex), n);
+    part.indices = int(g->triangles.size()) - part.first_index;
+    g->parts.push_back(part);
+  }
+  return g;
+}
+
+GeometryRef Device3D::MakeGeometry(const MeshVertex* v, int vertex_count, const uint16_t* indices, int index_count) {
+  auto g = std::make_shared<Geometry>();
+  g->parts.resize(1);
+  if (v == nullptr || indices == nullptr || vertex_count <= 0 || index_count < 3) return g;
+  g->mesh.assign(v, v + vertex_count);
+  g->mesh_indices.assign(indices, indices + index_count);
+  if (vertex_count <= kVertexCapacity)
+    for (int i = 0; i + 2 < index_count; i += 3) {
+      const uint16_t a = indices[i], b = indices[i + 1], c = indices[i + 2];
+      if (a >= vertex_count || b >= vertex_count || c >= vertex_count) continue;  // a bad index draws nothing
+      g->triangles.insert(g->triangles.end(), {a, b, c});
+    }
+  g->parts[0] = {0, vertex_count, 0, int(g->triangles.size())};
+  return g;
+}
+
+void Device3D::DrawGeometry(const Geometry& g, int first, int count) {
+  for (int i = std::max(first, 0); i < first + count && i < int(g.parts.size()); ++i) {
+    if (!g.mesh.empty()) {
+      DrawIndexedMesh(g.mesh.data(), int(g.mesh.size()), g.mesh_indices.data(), int(g.mesh_indices.size()));
+    } else if (g.parts[size_t(i)].vertices >= 3) {
+      const Geometry::Part& p = g.parts[size_t(i)];
+      DrawPrimitive(Primitive::TriangleStrip, g.lit.data() + p.first_vertex, p.vertices);
+    }
+  }
+}
 
 std::unique_ptr<Device3D> Create_Device(const std::string& identifier) {
   if (Gl().context == nullptr || Gl().fbo == 0) return nullptr;

@@ -82,8 +82,10 @@ bool Bind_Backbuffer() {
 }
 
 void Forget_Texture(GpuState& gpu) {
-  if (gpu.texture != 0 && gpu.generation == Gl().generation && Gl().context != nullptr)
+  if (gpu.texture != 0 && gpu.generation == Gl().generation && Gl().context != nullptr) {
+    Flush_Device();  // a queued blit may still read it
     glDeleteTextures(1, &gpu.texture);
+  }
   gpu.texture = 0;
   gpu.stale = true;
 }
@@ -101,8 +103,12 @@ uint32_t Texture_Of(Image& image) {
     gpu.generation = gl.generation;
     gpu.stale = true;
   }
+  if (!gpu.stale) {
+    glBindTexture(GL_TEXTURE_2D, gpu.texture);
+    return gpu.texture;
+  }
+  Flush_Blits();  // queued blits read the pixels as they were
   glBindTexture(GL_TEXTURE_2D, gpu.texture);
-  if (!gpu.stale) return gpu.texture;
   const bool direct = !image.Color_Key() && image.Format() != PixelFormat::X8R8G8B8;
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);

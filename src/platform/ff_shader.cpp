@@ -1,6 +1,6 @@
-// The one program that stands in for the fixed-function pipeline: pre-transformed,
-// pre-lit and lit vertices, one directional light, material, ambient, and texture stage 0
-// modulating the diffuse colour (its alpha selected or modulated).
+// The programs that stand in for the fixed-function pipeline: pre-transformed, pre-lit and
+// lit vertices, one directional light, material, ambient, and texture stage 0 modulating
+// the diffuse colour (its alpha selected or modulated).
 #include "platform/ff_shader.h"
 
 namespace platform::detail {
@@ -28,10 +28,13 @@ out vec2 v_uv;
 
 void main() {
   if (u_kind == 0) {
-    // Screen pixels with integer centres, as the game's 2D and 3D art expect.
+    // Screen pixels with integer centres, as the game's 2D and 3D art expect. A pixel
+    // whose centre lies on an edge belongs to the shape below or right of the edge; GL's
+    // rasteriser here gives a horizontal edge's row to the shape above it, so every y is
+    // lifted by one sub-pixel step (1/256) and a quad from y = 0 covers the top row.
     float w = a_pos.w > 0.0 ? 1.0 / a_pos.w : 1.0;
     vec2 ndc = vec2((a_pos.x + 0.5 - u_viewport.x) / u_viewport.z * 2.0 - 1.0,
-                    1.0 - (a_pos.y + 0.5 - u_viewport.y) / u_viewport.w * 2.0);
+                    1.0 - (a_pos.y + 0.5 - 1.0 / 256.0 - u_viewport.y) / u_viewport.w * 2.0);
     gl_Position = vec4(ndc * w, a_pos.z * w, w);
   } else {
     gl_Position = u_wvp * vec4(a_pos.xyz, 1.0);
@@ -51,15 +54,15 @@ void main() {
 }
 )";
 
-const char* kFixedFunctionFragment = R"(#version 330 core
+// Each combination of shading, texture and alpha operation gets a program of its own: the
+// variant's values come first as constants (u_flat, u_textured, u_alpha_modulate: bool), so
+// the rasteriser runs only the path taken and, with no discard, tests depth before shading.
+const char* kFixedFunctionFragment = R"(
 in vec4 v_color;
 flat in vec4 v_color_flat;
 in vec2 v_uv;
 
 uniform sampler2D u_texture;
-uniform bool u_textured;
-uniform bool u_flat;
-uniform bool u_alpha_modulate;  // else the texel's alpha alone
 
 out vec4 colour;
 

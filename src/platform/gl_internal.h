@@ -51,7 +51,11 @@ int Backbuffer_Height();
 // Frees the 2D program (the display calls it before the context goes).
 void Release_Blit_Program();
 
-// Draws whatever the 3D device has batched (called before anything touches the target).
+// Draws whatever the 3D device and the 2D path have batched, in the order it was asked for
+// (called before anything touches the target or a texture changes).
 void Flush_Device();
+// The 3D device's batch alone (with the blits queued before it), and the blits alone.
+void Flush_3D();
+void Flush_Blits();
 
 }  // namespace platform::detail

@@ -4,6 +4,34 @@
 #include <epoxy/gl.h>
 
 #include <cstdint>
+#include <vector>
+
+#include "platform/render.h"
+
+namespace platform {
+
+// Kept geometry: the CPU copy any device can draw from, and the GL buffers of the context
+// it was last uploaded to (triangle-list indices, one range per part).
+class Geometry {
+ public:
+  struct Part {
+    int first_vertex = 0, vertices = 0;  // into lit or mesh
+    int first_index = 0, indices = 0;    // into the triangle list
+  };
+  std::vector<LitVertex> lit;  // strips, end to end
+  std::vector<MeshVertex> mesh;
+  std::vector<uint16_t> mesh_indices;
+  std::vector<uint32_t> triangles;  // the parts as one triangle list
+  std::vector<Part> parts;
+  mutable uint32_t vao = 0, vbo = 0, ebo = 0;
+  mutable uint64_t generation = 0;
+  Geometry() = default;
+  Geometry(const Geometry&) = delete;
+  Geometry& operator=(const Geometry&) = delete;
+  ~Geometry();
+};
+
+}  // namespace platform
 
 namespace platform::detail {
 

@@ -195,12 +195,13 @@ bool Read_Into(Image& dst, const Rect& r, int x, int y) {
 }  // namespace
 
 bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool keyed) {
-  detail::Flush_Device();
   Rect r = src_rect;
   if (!Cut(dst, src, r, x, y)) return false;
   using detail::ImageAccess;
   const bool to_screen = ImageAccess::Is_Backbuffer(dst), from_screen = ImageAccess::Is_Backbuffer(src);
+  // Onto the back buffer the blit joins the queue behind what is batched already.
   if (to_screen && !from_screen) return detail::Gpu_Blit_To_Backbuffer(const_cast<Image&>(src), r, x, y, keyed);
+  detail::Flush_Device();
   if (from_screen && !to_screen) return Read_Into(dst, r, x, y);
   if (to_screen || from_screen) return false;
   Memory_Blit(dst, src, r, x, y, keyed);

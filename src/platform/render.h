@@ -159,6 +159,11 @@ struct D3DLight {
   float range = 0, falloff = 0, attenuation0 = 0, attenuation1 = 0, attenuation2 = 0, theta = 0, phi = 0;
 };
 
+// Geometry the device keeps for drawing many times (the track's strips, a ship's mesh):
+// made once, freed when its last owner lets go.
+class Geometry;
+using GeometryRef = std::shared_ptr<const Geometry>;
+
 // The fixed-function 3D device the game draws with. Drawing is batched: calls return at
 // once and the work reaches the back buffer before any read of it, blit or flip.
 class Device3D {
@@ -182,6 +187,12 @@ class Device3D {
   virtual void DrawPrimitive(Primitive type, const LitVertex* vertices, int count) = 0;
   // Indexed triangle list of mesh vertices (format 274).
   virtual void DrawIndexedMesh(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count) = 0;
+  // Kept geometry: triangle strips of pre-lit vertices laid end to end (part i is strip i,
+  // lengths[i] vertices), or one indexed mesh (one part). Drawn as DrawPrimitive and
+  // DrawIndexedMesh would draw the same vertices, parts first .. first + count - 1.
+  virtual GeometryRef MakeGeometry(const LitVertex* vertices, const int* lengths, int strips);
+  virtual GeometryRef MakeGeometry(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count);
+  virtual void DrawGeometry(const Geometry& geometry, int first, int count);
 };
 
 // Creates the device on the open display (null without one), for the identifier resolved

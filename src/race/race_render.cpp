@@ -1,5 +1,5 @@
-// The 3D part of a race frame: chase camera, scrolling sky, road, ground, walls, the
-// racers' shadows, flames and bodies, see-through walls last, and the mini-map quad.
+// The 3D part of a race frame: chase camera, road, ground, walls, the scrolling sky behind
+// them, the racers' shadows, flames and bodies, see-through walls last, and the mini-map quad.
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -44,11 +44,6 @@ void Texture_Switch(Device3D& device, const modTracks::TrackStrip& strip) {
   }
 }
 
-void Draw_Strip(Device3D& device, const modTracks::TrackStrip& strip) {
-  const auto& v = strip.Vertices.Items();
-  if (v.size() >= 3) device.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), static_cast<int>(v.size()));
-}
-
 bool Ends_With_Dds(const std::string& name) {
   const size_t n = name.size();
   auto lower = [&](size_t i) { return static_cast<char>(std::tolower(static_cast<unsigned char>(name[n - i]))); };
@@ -83,8 +78,6 @@ void Draw_Sky(Device3D& device, ScreenVertex (&quad)[4], float orientation) {
   quad[1] = ScreenVertex{0, 0, kSkyDepth, 1, white, 1, u, 0};
   quad[2] = ScreenVertex{w, h, kSkyDepth, 1, white, 1, u + kSkySpan, 1};
   quad[3] = ScreenVertex{w, 0, kSkyDepth, 1, white, 1, u + kSkySpan, 0};
-  mod3Denhance::Clear_Screen();
-  device.BeginScene();
   device.SetTexture(0, SkySurf);
   device.DrawPrimitive(platform::Primitive::TriangleStrip, quad, 4);
 }
@@ -114,7 +107,7 @@ int Draw_Walls(Device3D& device) {
         }
       }
     }
-    if (!walls_deferred) Draw_Strip(device, wall);
+    if (!walls_deferred) modTracks::Draw_Strip(device, modTracks::StripSet::Walls, i);
   }
   return deferred;
 }
@@ -127,7 +120,7 @@ void Draw_See_Through_Walls(Device3D& device, int deferred) {
     const i16 wall = TransparentWalls(k);
     if (!modTracks::TrackWalls.Contains(wall)) continue;
     Texture_Switch(device, modTracks::TrackWalls(wall));
-    Draw_Strip(device, modTracks::TrackWalls(wall));
+    modTracks::Draw_Strip(device, modTracks::StripSet::Walls, wall);
   }
   device.SetRenderState(rs::ZWriteEnable, 0);
   device.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
@@ -171,20 +164,24 @@ void Render_Race_Frame() {
 
   Move_Camera(*device, player);
   device->SetRenderState(rs::Lighting, 0);
-  Draw_Sky(*device, quad, player.cOrientation);
+  mod3Denhance::Clear_Screen();
+  device->BeginScene();
   device->SetRenderState(rs::CullMode, platform::cull::None);
 
-  for (const modTracks::TrackStrip& strip : modTracks::Track.Items()) {
-    Texture_Switch(*device, strip);
-    Draw_Strip(*device, strip);
+  for (int i = modTracks::Track.Lower(); i <= modTracks::Track.Upper(); ++i) {
+    Texture_Switch(*device, modTracks::Track(i));
+    modTracks::Draw_Strip(*device, modTracks::StripSet::Road, i);
   }
   if (modTracks::Grass.Count() > 0) {
-    const modTracks::TrackStrip& ground = modTracks::Grass(modTracks::Grass.Lower());
-    Texture_Switch(*device, ground);
-    Draw_Strip(*device, ground);
+    const int ground = modTracks::Grass.Lower();
+    Texture_Switch(*device, modTracks::Grass(ground));
+    modTracks::Draw_Strip(*device, modTracks::StripSet::Ground, ground);
   }
   const int deferred = Draw_Walls(*device);
   device->SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
+  // The sky after the solid scene: it lies behind all of it, so only the pixels it shows
+  // are shaded.
+  Draw_Sky(*device, quad, player.cOrientation);
 
   device->SetRenderState(rs::AlphaBlendEnable, 1);
   device->SetRenderState(rs::ZWriteEnable, 0);

@@ -1,5 +1,7 @@
 #include "track/modTracks.h"
 
+#include <algorithm>
+#include <cstring>
 #include <fstream>
 
 #include "core/log.h"
@@ -19,7 +21,64 @@ IndexedArray<TrackBlockRecord> TrackBlock(0, 0);
 namespace {
 IndexedArray<SectorRecord> TrackSector(0, 0);
 
+// Every strip of the loaded track kept on the device: road, ground and walls in that order,
+// with where each set's first strip sits among the parts, and each strip's first vertex,
+// length and bounds (a strip changed since is sent as it is).
+struct KeptStrip {
+  LitVertex first;
+  size_t count = 0;
+  Vector3 lo, hi;
+};
+struct KeptStrips {
+  platform::GeometryRef geometry;
+  int first[3] = {0, 0, 0};
+  std::vector<KeptStrip> strips;
+} g_kept;
+
+const IndexedArray<TrackStrip>& Set_Of(StripSet set) {
+  return set == StripSet::Road ? Track : set == StripSet::Ground ? Grass : TrackWalls;
+}
+
+void Keep_Strips() {
+  g_kept = KeptStrips{};
+  if (mod3Denhance::D3DDevice == nullptr) return;
+  std::vector<LitVertex> vertices;
+  std::vector<int> lengths;
+  for (StripSet set : {StripSet::Road, StripSet::Ground, StripSet::Walls}) {
+    g_kept.first[int(set)] = int(lengths.size());
+    for (const TrackStrip& s : Set_Of(set).Items()) {
+      const std::vector<LitVertex>& v = s.Vertices.Items();
+      KeptStrip k{v.empty() ? LitVertex{} : v.front(), v.size(), {}, {}};
+      if (!v.empty()) k.lo = k.hi = Vector3{v[0].x, v[0].y, v[0].z};
+      for (const LitVertex& p : v) {
+        k.lo = Vector3{std::min(k.lo.x, p.x), std::min(k.lo.y, p.y), std::min(k.lo.z, p.z)};
+        k.hi = Vector3{std::max(k.hi.x, p.x), std::max(k.hi.y, p.y), std::max(k.hi.z, p.z)};
+      }
+      g_kept.strips.push_back(k);
+      vertices.insert(vertices.end(), v.begin(), v.end());
+      lengths.push_back(int(v.size()));
+    }
+  }
+  g_kept.geometry = mod3Denhance::D3DDevice->MakeGeometry(vertices.data(), lengths.data(), int(lengths.size()));
+}
+
+// Whether the box is out of the view of the device's world, view and projection.
+bool Out_Of_View(platform::Device3D& device, const Vector3& lo, const Vector3& hi) {
+  static Matrix4 world, view, projection, wvp;
+  const Matrix4 w = device.GetTransform(platform::TransformKind::World);
+  const Matrix4 v = device.GetTransform(platform::TransformKind::View);
+  const Matrix4 p = device.GetTransform(platform::TransformKind::Projection);
+  if (std::memcmp(&w, &world, sizeof w) != 0 || std::memcmp(&v, &view, sizeof v) != 0 ||
+      std::memcmp(&p, &projection, sizeof p) != 0) {
+    world = w, view = v, projection = p;
+    modMATH::Matrix_Multiply(wvp, w, v);
+    modMATH::Matrix_Multiply(wvp, wvp, p);
+  }
+  return modMATH::Box_Out_Of_View(wvp, lo, hi);
+}
+
 void Reset_Model() {
+  g_kept = KeptStrips{};
   Track.Resize(0, 0);
   Grass.Resize(0, 0);
   TrackWalls.Resize(0, 0);
@@ -40,6 +99,7 @@ bool Parse_Into_Model(std::string_view bytes, const std::string& name, std::stri
   detail::ParsedTrack parsed;
   std::string fault;
   if (!detail::Parse_Track(bytes, parsed, fault, yield)) return Report(error, name, fault);
+  g_kept = KeptStrips{};
   Track = std::move(parsed.Track);
   Grass = std::move(parsed.Grass);
   TrackWalls = std::move(parsed.TrackWalls);
@@ -76,6 +136,7 @@ bool Load_Track_From_Path(const std::string& path, std::string* error) {
   f.close();
   if (!Parse_Into_Model(bytes, path, error, &Pump)) return false;
   Load_Track_Textures();
+  Keep_Strips();
   return true;
 }
 
@@ -88,6 +149,24 @@ void Load_Track_Textures() {
     t.Texture = mod3Denhance::Create_Texture(platform::Game_Path("\\Textures\\" + t.TextureName), 0, 0, 0);
     Pump();
   }
+}
+
+void Draw_Strip(platform::Device3D& device, StripSet set, int i) {
+  const IndexedArray<TrackStrip>& strips = Set_Of(set);
+  if (!strips.Contains(i)) return;
+  const std::vector<LitVertex>& v = strips(i).Vertices.Items();
+  if (v.size() < 3) return;
+  const int part = g_kept.first[int(set)] + i - strips.Lower();
+  const bool kept = g_kept.geometry && size_t(part) < g_kept.strips.size() &&
+                    g_kept.strips[size_t(part)].count == v.size() &&
+                    std::memcmp(&g_kept.strips[size_t(part)].first, v.data(), sizeof(LitVertex)) == 0;
+  if (!kept) {
+    device.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), static_cast<int>(v.size()));
+    return;
+  }
+  // Strips out of sight cost the rasteriser nothing but are still transformed and set up.
+  if (!Out_Of_View(device, g_kept.strips[size_t(part)].lo, g_kept.strips[size_t(part)].hi))
+    device.DrawGeometry(*g_kept.geometry, part, 1);
 }
 
 void Build_Track_Blocks() {
@@ -141,6 +220,7 @@ void Release_Track_Textures() {
 }
 
 void Empty_Track_Arrays() {
+  g_kept = KeptStrips{};
   Track.Resize(0, 0);
   modMain::Write_Log("Track");
   TrackWalls.Resize(0, 0);

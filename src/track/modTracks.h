@@ -64,6 +64,14 @@ bool Load_Track_From_Bytes(std::string_view bytes, const std::string& name, std:
 // texture that cannot be created stays empty (its strips are drawn untextured).
 void Load_Track_Textures();
 
+// The strip sets a race draws.
+enum class StripSet : uint8_t { Road, Ground, Walls };
+// Draws Track(i), Grass(i) or TrackWalls(i) as one triangle strip (nothing for fewer than
+// three vertices). Load_Track keeps the strips on the device, so a frame sends nothing and
+// a kept strip wholly out of the device's view is skipped; strips loaded otherwise, or
+// changed since, are sent as they are.
+void Draw_Strip(platform::Device3D& device, StripSet set, int i);
+
 // Rebuilds TrackBlock from Track (blocks numbered across strips in file order). Run after
 // a load and before any racer is placed.
 void Build_Track_Blocks();

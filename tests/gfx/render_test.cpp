@@ -227,3 +227,18 @@ TEST_F(DisplayTest, LongStripIsDrawnWholeAndOnce) {
   EXPECT_EQ((std::array{At(99, 110), At(100, 110), At(299, 110), At(300, 110), At(499, 110), At(500, 110)}),
             (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
+
+TEST_F(DisplayTest, AScreenQuadFromEdgeToEdgeCoversTheTopRowAndNothingPastItsBottom) {
+  platform::Device3D& d = Unlit_On_Clear_Screen();
+  d.SetRenderState(rs::CullMode, platform::cull::None);
+  Quad(0, 0, 640, 480, 0.5f, 0xFFFF0000);
+  Quad(0, 100, 640, 200, 0.25f, 0xFF00FF00);  // rows 100 to 199, as the pixel centres say
+  d.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
+  for (const auto& [x, y] :
+       {std::pair(0, 0), std::pair(639, 0), std::pair(320, 0), std::pair(0, 479), std::pair(639, 479)})
+    EXPECT_EQ(At(x, y), 0xFF0000u) << "corner or edge " << x << "," << y;
+  EXPECT_EQ(At(320, 99), 0xFF0000u) << "above the band";
+  EXPECT_EQ(At(320, 100), 0x00FF00u) << "the band's top row";
+  EXPECT_EQ(At(320, 199), 0x00FF00u) << "the band's last row";
+  EXPECT_EQ(At(320, 200), 0xFF0000u) << "below the band";
+}

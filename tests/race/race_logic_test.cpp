@@ -101,8 +101,9 @@ TEST_F(FramePasses, TexturesBindOnlyOnANameChangeAndSeeThroughWallsWaitForTheRac
   for (const auto& t : device_.textures)
     if (t) named.push_back(t);
   const auto& thrust = modGameLoop::CarThrustSurf;
-  EXPECT_EQ(named, (std::vector<platform::ImageRef>{modGameLoop::SkySurf, TrackTexture(0).Texture,
-                                                    TrackTexture(1).Texture, TrackTexture(2).Texture, thrust, thrust,
+  // The sky goes behind the solid scene, drawn after it.
+  EXPECT_EQ(named, (std::vector<platform::ImageRef>{TrackTexture(0).Texture, TrackTexture(1).Texture,
+                                                    TrackTexture(2).Texture, modGameLoop::SkySurf, thrust, thrust,
                                                     TrackTexture(3).Texture, modGameLoop::MiniMapSurf}));
   EXPECT_EQ(modGameLoop::TransparentWalls.Items(), (std::vector<i16>{1, 2}));
   // The map quad is added, then blending is back to source alpha.
