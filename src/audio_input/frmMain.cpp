@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "core/extras.h"
 #include "core/modMain.h"
@@ -16,7 +17,6 @@ namespace frmMain {
 Bool16 KeyState[kKeyStateCount] = {};
 Bool16 ShiftPressed = kFalse;
 i16 MouseX = 0, MouseY = 0;
-i16 PadPressed = -1;
 std::array<i16, 4> PadBinding = kDefaultPadBinding;
 bool PauseRequested = false;
 u8 MusicVolume = 10;
@@ -27,6 +27,7 @@ Bool16 EnterPressed = kFalse;
 Bool16 EscapePressed = kFalse;
 Bool16 MouseLeftDown = kFalse;
 Bool16 PadState[platform::kPadControlCount] = {};  // held pad controls, as KeyState
+i16 PadPressed = -1;  // the last control pressed, -1 for none
 constexpr i16 kLeftButton = 1;
 constexpr u8 kFullVolume = 10;
 constexpr std::string_view kPadNames[4] = {"pad_thrust", "pad_brake", "pad_left", "pad_right"};
@@ -183,6 +184,8 @@ bool Take(Press p) {
   (p == Press::Enter ? EnterPressed : p == Press::Escape ? EscapePressed : MouseLeftDown) = kFalse;
   return true;
 }
+
+i16 Take_Pad_Press() { return std::exchange(PadPressed, i16{-1}); }
 
 void Request_Pause() { PauseRequested = true; }
 

@@ -58,7 +58,8 @@ void Reset_Input();
 // stick moves the pointer of the menu screens. While ControlDevice is 1 the bound pad
 // controls drive Players(0) first (a stick binding takes the D-pad's same direction too),
 // and a bound control never doubles as Start or A.
-extern i16 PadPressed;  // the last control pressed, -1 for none; the options' binding takes it
+// The last pad control pressed since the last call, -1 for none (the options' binding).
+i16 Take_Pad_Press();
 // The pad controls of thrust, brake, left and right.
 inline constexpr std::array<i16, 4> kDefaultPadBinding = {platform::kPadRightTrigger, platform::kPadLeftTrigger,
                                                           platform::kPadLeftStickLeft, platform::kPadLeftStickRight};

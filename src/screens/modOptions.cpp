@@ -128,7 +128,7 @@ void Act(int area) {
     default:
       frmMain::Take(frmMain::Press::LeftClick);
       CaptureSlot = static_cast<u8>(area - 4);
-      frmMain::PadPressed = -1;  // only a press after the click binds
+      frmMain::Take_Pad_Press();  // only a press after the click binds
       break;
   }
 }
@@ -151,9 +151,8 @@ void Act_Added(int area) {
 }
 
 void Capture_Pad() {
-  const i16 control = frmMain::PadPressed;
+  const i16 control = frmMain::Take_Pad_Press();
   if (control >= 0) {
-    frmMain::PadPressed = -1;
     if (modDInput::Get_Pad_Control_Name(control) != kInvalid && CaptureSlot >= 1 && CaptureSlot <= 4)
       frmMain::PadBinding[CaptureSlot - 1u] = control;
     CaptureSlot = 0;

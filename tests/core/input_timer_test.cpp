@@ -79,6 +79,15 @@ TEST_F(InputTest, MouseButtonsAndRounding) {
   EXPECT_TRUE(Pressed(Press::LeftClick));
   Form_MouseUp(1, 0, 10, 10);
   EXPECT_FALSE(Pressed(Press::LeftClick));
+  // A press acts once: taken, it is spent while still held, and the next one counts again.
+  Form_MouseDown(1, 0, 10, 10);
+  Form_KeyDown(13, 0);
+  EXPECT_TRUE(Take(Press::LeftClick));
+  EXPECT_FALSE(Take(Press::LeftClick)) << "spent while held";
+  EXPECT_TRUE(Pressed(Press::Enter)) << "taking the click leaves Enter down";
+  Form_MouseUp(1, 0, 10, 10);
+  Form_MouseDown(1, 0, 10, 10);
+  EXPECT_TRUE(Pressed(Press::LeftClick)) << "the next press";
 
   Form_MouseMove(0, 0, 319.5f, 320.5f);
   EXPECT_EQ(MouseX, 320);
