@@ -3,7 +3,7 @@ BUILD ?= build
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
-.PHONY: deps configure build run test bench soak fuzz clean install package
+.PHONY: deps configure build run test bench soak fuzz tsan clean install package
 
 deps:
 	@bash scripts/install-deps.sh
@@ -46,6 +46,14 @@ fuzz:
 	@cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DQUORVAL_FUZZ=ON >/dev/null
 	@cmake --build build-fuzz -j $(JOBS) --target fuzz_targets
 	@for f in build-fuzz/fuzz/fuzz_*; do echo "== $$f"; $$f -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 2>&1 | grep -E 'stat::number_of_executed_units|ERROR|SUMMARY' ; done
+
+# The music shutting down while its refill runs on the sound thread, under ThreadSanitizer:
+# any unguarded touch of the music's state from either side fails it.
+tsan: deps
+	@cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUORVAL_TSAN=ON >/dev/null
+	@cmake --build build-tsan -j $(JOBS) --target tests_audio_input
+	cd build-tsan && SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy TSAN_OPTIONS="halt_on_error=1 report_signal_unsafe=0" \
+	  ./tests/tests_audio_input --gtest_filter='MusicStream.ShuttingDownWhileTheRefillRunsIsSafe'
 
 # The game under $(PREFIX) (bin/, share/); DESTDIR= stages it in another root.
 install: configure

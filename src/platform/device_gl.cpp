@@ -228,6 +228,10 @@ class GlDevice final : public Device3D {
     transforms_[slot] = m;
     transforms_dirty_ = true;
   }
+  Matrix4 GetTransform(TransformKind kind) const override {
+    const int slot = Slot(kind);
+    return slot < 0 ? Identity() : transforms_[slot];
+  }
 
   void SetMaterial(const D3DMaterial& material) override {
     if (std::memcmp(&material_, &material, sizeof material) == 0) return;

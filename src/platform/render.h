@@ -170,6 +170,7 @@ class Device3D {
  public:
   virtual ~Device3D() = default;
   virtual void SetTransform(TransformKind kind, const Matrix4& m) = 0;
+  virtual Matrix4 GetTransform(TransformKind kind) const = 0;
   virtual void SetMaterial(const D3DMaterial& material) = 0;
   // nullptr: no texture on that stage (sampled as opaque white). Only stage 0 draws.
   virtual void SetTexture(int stage, const ImageRef& texture) = 0;

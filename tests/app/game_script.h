@@ -1,18 +1,42 @@
 #pragma once
 // Scripted play for whole-game runs: steps posted one pumped frame apart, and a steady
 // driver on the bound keys.
+#include <gtest/gtest.h>
+
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <vector>
 
+#include "app/startup.h"
 #include "core/settings.h"
 #include "platform/testing.h"
+#include "support/test_env.h"
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
 
 namespace {
 
 using platform::EventKind;
+
+inline const std::string kDefaultIni =
+    "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n";
+
+// The whole game for a new player (no hi-score table yet) with the default settings.
+inline void New_Player(testenv::ScratchAppDir& dir) {
+  for (const char* folder : {"Gfx", "Textures", "Objects", "Tracks", "Data", "Sm"}) dir.Copy_From_Game(folder);
+  std::filesystem::remove(dir.path() + "/Data/Hiscores.Dat");
+  testenv::Write_File(modMain::Settings_Path(), kDefaultIni);
+}
+
+// Runs the game in process on the manual clock; hook(pump) runs at every pumped frame.
+inline void Run_Main(std::function<void(uint64_t)> hook) {
+  platform::Use_Manual_Clock(true);
+  platform::Set_Pump_Hook(std::move(hook));
+  EXPECT_EQ(modMain::Main(), 0);
+  platform::Set_Pump_Hook(nullptr);
+  platform::Use_Manual_Clock(false);
+}
 
 // Posts its steps one pumped frame apart; a screen's script queues steps when it sees that
 // its screen is ready, and waits for them to run out before it looks again.

@@ -46,24 +46,17 @@ std::string Places() {
 // A new player's first run with the ghost switched on; drive(pump) plays or just watches.
 Outcome Play(const std::function<void(uint64_t)>& drive) {
   testenv::ScratchAppDir dir;
-  for (const char* folder : {"Gfx", "Textures", "Objects", "Tracks", "Data", "Sm"}) dir.Copy_From_Game(folder);
-  std::filesystem::remove(dir.path() + "/Data/Hiscores.Dat");
-  testenv::Write_File(modMain::Settings_Path(),
-                      "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
+  New_Player(dir);
   testenv::Write_File(extras::Path(), "ghost=1\n");
   Outcome out;
   uint8_t last_state = 255;
-  platform::Use_Manual_Clock(true);
   platform::Set_Manual_Clock(0);
-  platform::Set_Pump_Hook([&](uint64_t pump) {
+  Run_Main([&](uint64_t pump) {
     ASSERT_LT(pump, 40000u) << "the run is stuck in state " << int(modMain::GameState);
     if (last_state == modMain::kStateRace && modMain::GameState != last_state) out.places = Places();
     last_state = modMain::GameState;
     drive(pump);
   });
-  EXPECT_EQ(modMain::Main(), 0);
-  platform::Set_Pump_Hook(nullptr);
-  platform::Use_Manual_Clock(false);
   out.log = testenv::Read_File(modMain::Log_Path());
   out.hiscores = testenv::Read_File(dir.path() + "/Data/Hiscores.Dat");
   out.ghost = testenv::Read_File(dir.path() + "/Data/Ghost.Dat");

@@ -161,17 +161,28 @@ TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain)
   }
 }
 
+// Shutdown while refills run on the sound thread: here a fault can only show as a crash;
+// `make tsan` runs this test under ThreadSanitizer, which fails it on any touch of the
+// music's state that the stream's lock does not order against the refill.
 TEST_F(MusicStream, ShuttingDownWhileTheRefillRunsIsSafe) {
+  const std::string device = platform::Game_Path("device.raw");
   setenv("SDL_AUDIODRIVER", "disk", 1);
-  setenv("SDL_DISKAUDIOFILE", platform::Game_Path("device.raw").c_str(), 1);
+  setenv("SDL_DISKAUDIOFILE", device.c_str(), 1);
   setenv("SDL_DISKAUDIODELAY", "1", 1);  // lets shutdown win SDL's unfair lock between refills
   wavetest::WaveLayout layout;
-  layout.rate = 8000;  // a refill every 2 ms or so
+  layout.rate = 8000;  // 16000-byte buffers: a refill every 8000 bytes played
   layout.data = Pattern(40000);
   const std::string bytes = wavetest::Make_Wave(layout);
   for (int round = 0; round < 25; ++round) {
     Play(bytes);
-    std::this_thread::sleep_for(std::chrono::microseconds(200 * round));
+    // Both first refills have run once a buffer has played; shutdown then comes at a moment
+    // that moves on through the time to the next refill from round to round.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    std::error_code ec;
+    while (std::filesystem::file_size(device, ec) < 16000 && std::chrono::steady_clock::now() < deadline)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_GE(std::filesystem::file_size(device, ec), 16000u) << "no refill ran in round " << round;
+    std::this_thread::sleep_for(std::chrono::microseconds(700 * round));
     frmMain::Kill_DSound();
     EXPECT_FALSE(platform::Stream_Playing());
   }

@@ -14,8 +14,10 @@
 #include <iterator>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
+#include "app/run_log.h"
 #include "app/startup.h"
 #include "core/log.h"
 #include "core/modMain.h"
@@ -23,6 +25,7 @@
 #include "frontend/frmSetup.h"
 #include "frontend/modMainScr.h"
 #include "platform/platform.h"
+#include "platform/render.h"
 #include "platform/testing.h"
 #include "screens/modHiScore.h"
 #include "support/test_env.h"
@@ -83,6 +86,7 @@ int Run_Until_Looping(const std::string& exe, const std::string& log) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     looping = testenv::Read_File(log).find("Starting Main loop") != std::string::npos;
   }
+  if (looping) std::this_thread::sleep_for(std::chrono::milliseconds(500));  // some frames
   kill(pid, looping ? SIGTERM : SIGKILL);
   int status = 0;
   waitpid(pid, &status, 0);
@@ -113,9 +117,7 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
     int w = 0, h = 0, channels = 0;
     unsigned char* pixels = stbi_load(png.c_str(), &w, &h, &channels, 4);
     ASSERT_NE(pixels, nullptr) << png << ": " << stbi_failure_reason();
-    EXPECT_EQ(w, size) << png;
-    EXPECT_EQ(h, size) << png;
-    EXPECT_EQ(channels, 4) << png;
+    EXPECT_EQ(std::tuple(w, h, channels), std::tuple(size, size, 4)) << png;
     EXPECT_EQ(pixels[3], 0) << png << " corner";
     EXPECT_EQ(pixels[((size / 2) * size + size / 2) * 4 + 3], 255) << png << " middle";
     stbi_image_free(pixels);
@@ -165,24 +167,30 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   EXPECT_EQ(modHiScore::HiScore_Path(), (pref / "Data/Hiscores.Dat").string());
   const auto ini = testenv::Read_Lines_CRLF(modMain::Settings_Path());
   ASSERT_EQ(ini.size(), 13u) << "settings";
+  EXPECT_EQ(std::vector<std::string>(ini.begin(), ini.begin() + 5),
+            (std::vector<std::string>{"0", "640", "480", "16", platform::Device_List().front().identifier}))
+      << "the dialog's Start writes the defaults";
   const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
-  ASSERT_FALSE(log.empty()) << "log";
+  ASSERT_GE(log.size(), 6u) << "log";
   EXPECT_EQ(log.front(), "Program Started");
+  EXPECT_EQ(log[3], "Quorval.ini not found, Using Default Settings");
+  EXPECT_EQ(log[5], "Initialising DDraw...");
   EXPECT_NE(std::find(log.begin(), log.end(), "Starting Main loop"), log.end()) << "the data was not found";
   EXPECT_EQ(log.back(), "Bye Bye");
   EXPECT_TRUE(fs::is_regular_file(pref / "Data/Hiscores.Dat"));
 
   // The installed executable itself, the setup dialog switched off: it finds its data
-  // through its own path and starts a fresh log in the player's folder.
+  // through its own path, starts a fresh log in the player's folder and, told to stop as a
+  // desktop session would, ends in order.
   std::string settings = testenv::Read_File(modMain::Settings_Path());
   settings[0] = '1';
   testenv::Write_File(modMain::Settings_Path(), settings);
   EXPECT_EQ(Run_Until_Looping((usr / "bin/quorval").string(), modMain::Log_Path()), 0);
   const auto second = testenv::Read_Lines_CRLF(modMain::Log_Path());
-  ASSERT_GE(second.size(), 4u) << "second log";
+  ASSERT_GE(second.size(), 4 + kShutdownLines.size()) << "second log";
   EXPECT_EQ(second[2], "Reading Quorval.ini...");
   EXPECT_EQ(second[3], "...Done") << "the settings were not read from the player's folder";
-  EXPECT_EQ(second.back(), "Bye Bye");
+  EXPECT_EQ(std::vector<std::string>(second.end() - long(kShutdownLines.size()), second.end()), kShutdownLines);
 
   const auto after = Listing(usr);
   std::vector<std::string> changed;

@@ -1,17 +1,14 @@
 // The ghost: its file, its flight between samples, the recording of a real race on the
 // generated track, split lines against it, and the race frame and HUD that show it.
-#include <gtest/gtest.h>
+#include "vehicle/ghost.h"
 
 #include <climits>
-#include <cstdio>
 #include <cstring>
+#include <tuple>
 
 #include "core/extras.h"
 #include "core/log.h"
-#include "race/modGameLoop.h"
 #include "race/race_fixture.h"
-#include "support/test_env.h"
-#include "vehicle/ghost.h"
 #include "vehicle/racer_fixture.h"
 
 namespace {
@@ -19,53 +16,39 @@ namespace {
 using namespace vehicle_test;
 constexpr i32 kFrame = 16;
 
-ghost::Recording Two_Sample_Ghost() {
-  ghost::Recording r;
+bool Decode(const std::string& bytes, ghost::Recording& out, std::string& error) {
+  return ghost::Decode(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), out, error);
+}
+
+TEST(Ghost, FileRoundTripsEveryDamagedFormIsRefusedAndItFliesBetweenItsSamples) {
+  ghost::Recording r, back;
   r.track_size = 10, r.track_checksum = 0xABCD, r.ship = 1, r.skin = 2, r.ship_name = "Ship_1", r.race_time = 900;
   for (int i = 0; i < ghost::kSplits; ++i) r.splits[i] = 50 * (i + 1);
   r.samples = {{0, 0, 1, 0, 0, 0}, {100, 10, 3, -20, 2, 0.5f}};
-  return r;
-}
-
-TEST(Ghost, FileRoundTripsAndEveryDamagedFormIsRefused) {
-  const ghost::Recording r = Two_Sample_Ghost();
   const std::string bytes = ghost::Encode(r);
-  ghost::Recording back;
   std::string error;
-  ASSERT_TRUE(ghost::Decode(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), back, error)) << error;
+  ASSERT_TRUE(Decode(bytes, back, error)) << error;
   EXPECT_EQ(ghost::Encode(back), bytes);
   // Every cut of the file, and one byte too many, is refused.
-  for (size_t n = 0; n <= bytes.size(); ++n) {
-    std::string cut = bytes.substr(0, n);
-    if (n == bytes.size()) cut.push_back('\0');
-    EXPECT_FALSE(ghost::Decode(reinterpret_cast<const uint8_t*>(cut.data()), cut.size(), back, error)) << n;
-  }
-  struct Damage {
-    const char* what;
-    size_t at;
-    uint8_t value;
-  };
+  for (size_t n = 0; n <= bytes.size(); ++n)
+    EXPECT_FALSE(Decode(n < bytes.size() ? bytes.substr(0, n) : bytes + '\0', back, error)) << n;
   const size_t samples = bytes.size() - 2 * 24;
-  for (const Damage& d : {Damage{"version", 4, 2}, Damage{"skin", 16, 7}, Damage{"name", 19, '/'},
-                          Damage{"count", samples - 4, 3}, Damage{"float", samples + 4 + 3, 0x7F},
-                          Damage{"time order", samples + 24 + 3, 0xFF}}) {
+  for (const auto& [what, at, value] : {std::tuple<const char*, size_t, uint8_t>{"version", 4, 2},
+                                        {"skin", 16, 7},
+                                        {"name", 19, '/'},
+                                        {"count", samples - 4, 3},
+                                        {"float", samples + 7, 0x7F},
+                                        {"time order", samples + 24 + 3, 0xFF}}) {
     std::string bad = bytes;
-    bad[d.at] = static_cast<char>(d.value);
-    if (std::strcmp(d.what, "float") == 0) bad[d.at - 1] = static_cast<char>(0xC0);  // a NaN
-    EXPECT_FALSE(ghost::Decode(reinterpret_cast<const uint8_t*>(bad.data()), bad.size(), back, error)) << d.what;
+    bad[at] = static_cast<char>(value);
+    if (std::strcmp(what, "float") == 0) bad[at - 1] = static_cast<char>(0xC0);  // a NaN
+    EXPECT_FALSE(Decode(bad, back, error)) << what;
   }
-}
-
-TEST(Ghost, FliesBetweenTheTwoSamplesAroundTheRaceTime) {
-  const std::vector<ghost::Sample> s = Two_Sample_Ghost().samples;
-  const ghost::Sample mid = ghost::Sample_At(s, 25);
-  EXPECT_FLOAT_EQ(mid.x, 2.5f);
-  EXPECT_FLOAT_EQ(mid.y, 1.5f);
-  EXPECT_FLOAT_EQ(mid.z, -5.0f);
-  EXPECT_FLOAT_EQ(mid.heading, 0.5f);
-  EXPECT_FLOAT_EQ(mid.bank, 0.125f);
-  EXPECT_FLOAT_EQ(ghost::Sample_At(s, -40).x, 0.0f) << "held at the first sample";
-  EXPECT_FLOAT_EQ(ghost::Sample_At(s, 4000).x, 10.0f) << "held at the last sample";
+  const ghost::Sample mid = ghost::Sample_At(r.samples, 25);
+  EXPECT_EQ((std::vector<float>{mid.x, mid.y, mid.z, mid.heading, mid.bank}),
+            (std::vector<float>{2.5f, 1.5f, -5.0f, 0.5f, 0.125f}));
+  EXPECT_FLOAT_EQ(ghost::Sample_At(r.samples, -40).x, 0.0f) << "held at the first sample";
+  EXPECT_FLOAT_EQ(ghost::Sample_At(r.samples, 4000).x, 10.0f) << "held at the last sample";
   EXPECT_EQ(ghost::Sector_Start(1, 334), 83);
   EXPECT_EQ(ghost::Sector_Start(3, 334), 250);
   EXPECT_EQ(modGameLoop::Split_Text(-8346), "-00:08:35");
@@ -117,7 +100,7 @@ TEST(Ghost, ARecordRaceIsKeptASlowerOneLeavesItAndTheNextRaceSplitsAgainstIt) {
   const std::string kept = testenv::Read_File(ghost::Path());
   ASSERT_FALSE(kept.empty()) << "a record race writes Ghost.Dat";
   ghost::Recording saved;
-  ASSERT_TRUE(ghost::Decode(reinterpret_cast<const uint8_t*>(kept.data()), kept.size(), saved, error)) << error;
+  ASSERT_TRUE(Decode(kept, saved, error)) << error;
   EXPECT_EQ(saved.race_time, fast);
   EXPECT_EQ(saved.splits[11], fast) << "the last split line is the finish";
   EXPECT_GT(saved.samples.size(), static_cast<size_t>(fast / kFrame) - 2) << "one sample a frame";
@@ -131,7 +114,7 @@ TEST(Ghost, ARecordRaceIsKeptASlowerOneLeavesItAndTheNextRaceSplitsAgainstIt) {
   ASSERT_EQ(splits.size(), static_cast<size_t>(ghost::kSplits)) << "four lines a lap, each once";
   for (size_t i = 0; i < splits.size(); ++i) {
     EXPECT_EQ(splits[i].line, static_cast<int>(i));
-    EXPECT_TRUE(splits[i].has_ghost_diff);
+    EXPECT_TRUE(splits[i].has_ghost_diff) << "line " << i;
     EXPECT_EQ(splits[i].ghost_diff, splits[i].clock - saved.splits[i]) << "line " << i;
   }
   EXPECT_GT(splits.back().ghost_diff, 0) << "behind the ghost at the finish";
@@ -143,10 +126,6 @@ TEST(Ghost, ARecordRaceIsKeptASlowerOneLeavesItAndTheNextRaceSplitsAgainstIt) {
   modMain::Players.clear();
   extras::Reset();
 }
-
-}  // namespace
-
-namespace {
 
 using namespace race_test;
 

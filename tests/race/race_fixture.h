@@ -52,6 +52,8 @@ class RaceTest : public ScreenTest {
   }
 
   // Runs a whole race; script(t) runs after each drawn frame with the time the next will see.
+  // Checks a script makes at given times run only if the race gets there: a test makes sure
+  // it does by what the race's end leaves (the state it quits to).
   void Run_Race(int opponents, std::function<void(i32)> script) {
     modMain::NumOpponents = static_cast<i16>(opponents);
     if (modMain::Players.empty()) modMain::Create_Racers(modMain::NumOpponents);
@@ -63,6 +65,10 @@ class RaceTest : public ScreenTest {
   static void Keys(i32 t, std::initializer_list<std::pair<i32, int>> script) {
     for (const auto& [at, key] : script)
       if (Reached(t, at)) key > 0 ? Key_Down(int16_t(key)) : Key_Up(int16_t(-key));
+  }
+  // Leaves the race from the pause menu, from time ms on: Escape, Down to "Quit Race", Enter.
+  static void Quit_At(i32 t, i32 ms) {
+    Keys(t, {{ms, kEscape}, {ms + 16, -kEscape}, {ms + 32, kDown}, {ms + 48, -kDown}, {ms + 64, kEnter}});
   }
   // Writes the back buffer to build/race_shots/<name>.png and returns its path.
   static std::string Save_Png(const std::string& name) {

@@ -1,9 +1,12 @@
 // Race logic without a display: times, start lights, the mini-map mapping and frame passes.
+#include <map>
 #include <tuple>
 
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "race_fixture.h"
 #include "support/recording_device.h"
+#include "vehicle/racer_fixture.h"
 
 namespace {
 
@@ -42,7 +45,8 @@ TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
   const auto outline = modTracks::MiniMap_Outline();
   ASSERT_EQ(outline.size(), 8u);
   EXPECT_FLOAT_EQ(outline[3].sx, 25 / 45.0f * 127);
-  EXPECT_TRUE(outline[4].sx == 0 && outline[7].sy == outline[1].sy);
+  EXPECT_EQ(outline[4].sx, 0) << "the second strip starts at the left";
+  EXPECT_EQ(outline[7].sy, outline[1].sy) << "the outline closes on the first rung";
 
   using Road = std::vector<std::pair<float, float>>;  // all on one x, all on one z, none
   for (const Road& road : {Road{{5, 0}, {5, 10}, {5, 20}, {5, 30}}, Road{{0, 7}, {10, 7}, {20, 7}, {30, 7}}, Road{}}) {
@@ -56,19 +60,58 @@ TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
   }
 }
 
+// What a draw draws, then its lighting, blending, depth writes, culling and blend factors.
+std::string Pass(const std::string& what, uint32_t lit, uint32_t blended, uint32_t depth_writes, uint32_t cull,
+                 uint32_t src = platform::blend::SrcAlpha, uint32_t dest = platform::blend::InvSrcAlpha) {
+  return what + " L" + std::to_string(lit) + " B" + std::to_string(blended) + " Z" + std::to_string(depth_writes) +
+         " C" + std::to_string(cull) + " " + std::to_string(src) + "/" + std::to_string(dest);
+}
+
+// Records, with each draw, what it draws and the states it is drawn with.
+class PassDevice : public RecordingDevice {
+ public:
+  std::vector<std::string> passes;  // as Pass writes them
+  std::map<platform::ImageRef, std::string> names;
+  void SetRenderState(uint32_t s, uint32_t v) override { RecordingDevice::SetRenderState(s, now_[s] = v); }
+  void SetTexture(int stage, const platform::ImageRef& t) override { RecordingDevice::SetTexture(stage, bound_ = t); }
+  void DrawPrimitive(platform::Primitive p, const ScreenVertex* v, int n) override {
+    Log(), RecordingDevice::DrawPrimitive(p, v, n);
+  }
+  void DrawPrimitive(platform::Primitive p, const LitVertex* v, int n) override {
+    Log(), RecordingDevice::DrawPrimitive(p, v, n);
+  }
+  void DrawIndexedMesh(const MeshVertex* v, int n, const uint16_t* i, int count) override {
+    Log("body"), RecordingDevice::DrawIndexedMesh(v, n, i, count);
+  }
+  std::string States(const std::string& what) {
+    namespace rs = platform::rs;
+    return Pass(what, now_[rs::Lighting], now_[rs::AlphaBlendEnable], now_[rs::ZWriteEnable], now_[rs::CullMode],
+                now_[rs::SrcBlend], now_[rs::DestBlend]);
+  }
+
+ private:
+  void Log(const char* what = nullptr) { passes.push_back(States(what ? what : names[bound_])); }
+  std::map<uint32_t, uint32_t> now_;
+  platform::ImageRef bound_;
+};
+
 class FramePasses : public ::testing::Test {
  protected:
   void SetUp() override {
     mod3Denhance::D3DDevice = &device_;
     modMain::Create_Racers(modMain::NumOpponents = 0);
-    modGameLoop::SkySurf = Tex(), modGameLoop::CarThrustSurf = Tex(), modGameLoop::MiniMapSurf = Tex();
+    modGameLoop::SkySurf = Tex("sky"), modGameLoop::CarThrustSurf = Tex("flame"), modGameLoop::MiniMapSurf = Tex("map");
   }
   void TearDown() override {
     mod3Denhance::D3DDevice = nullptr;
     modMain::Players.clear();
     modTracks::Clear_Track();
   }
-  static platform::ImageRef Tex() { return platform::Image::Create(1, 1, platform::PixelFormat::A8R8G8B8); }
+  platform::ImageRef Tex(const std::string& name) {
+    auto t = platform::Image::Create(1, 1, platform::PixelFormat::A8R8G8B8);
+    device_.names[t] = name;
+    return t;
+  }
   // A strip whose first vertex's x (1000 + id) names it in the recorded lit draws.
   static modTracks::TrackStrip Id(int id, i16 texture) {
     return Strip({{1000.0f + id, 0}, {0, 0}, {0, 1}, {1, 1}}, texture);
@@ -83,39 +126,61 @@ class FramePasses : public ::testing::Test {
     list.Resize(0, static_cast<int>(strips.size()) - 1);
     for (size_t i = 0; i < strips.size(); ++i) list(static_cast<int>(i)) = std::move(strips[i]);
   }
-  RecordingDevice device_;
+  void Textures(std::vector<const char*> names) {
+    modTracks::TrackTexture.Resize(0, static_cast<int>(names.size()) - 1);
+    for (size_t i = 0; i < names.size(); ++i) modTracks::TrackTexture(int(i)) = {Tex(names[i]), names[i]};
+  }
+  PassDevice device_;
 };
 
 TEST_F(FramePasses, TexturesBindOnlyOnANameChangeAndSeeThroughWallsWaitForTheRacers) {
   using namespace modTracks;
-  const char* names[] = {"Road.bmp", "Glass.dds", "Wall.bmp", "Fence.DDS"};
-  TrackTexture.Resize(0, 3);
-  for (int i = 0; i < 4; ++i) TrackTexture(i) = TextureEntry{Tex(), names[i]};
-  Fill(Track, {Id(0, 0), Id(1, 0)});
+  // Entries 4 and 5 share their files' names with 0 and 3: each file binds once.
+  Textures({"Road.bmp", "Glass.dds", "Wall.bmp", "Fence.DDS", "Road.bmp", "Fence.DDS"});
+  Fill(Track, {Id(0, 0), Id(1, 4)});
   Fill(Grass, {Id(2, 1), Id(3, 2), Id(4, 2)});  // only the first ground strip is drawn
   // 5: the .dds just bound, drawn at once; 6, 7: deferred (binding nothing yet); 8: a plain wall.
-  Fill(TrackWalls, {Id(5, 1), Id(6, 3), Id(7, 3), Id(8, 2)});
+  Fill(TrackWalls, {Id(5, 1), Id(6, 3), Id(7, 5), Id(8, 2)});
   modGameLoop::Render_Race_Frame();
   EXPECT_EQ(Strips(), (std::vector<int>{0, 1, 2, 5, 8, 6, 7}));
-  std::vector<platform::ImageRef> named;
+  std::vector<std::string> bound;
   for (const auto& t : device_.textures)
-    if (t) named.push_back(t);
-  const auto& thrust = modGameLoop::CarThrustSurf;
-  // The sky goes behind the solid scene, drawn after it.
-  EXPECT_EQ(named, (std::vector<platform::ImageRef>{TrackTexture(0).Texture, TrackTexture(1).Texture,
-                                                    TrackTexture(2).Texture, modGameLoop::SkySurf, thrust, thrust,
-                                                    TrackTexture(3).Texture, modGameLoop::MiniMapSurf}));
+    if (t) bound.push_back(device_.names[t]);
+  EXPECT_EQ(bound, (std::vector<std::string>{"sky", "Road.bmp", "Glass.dds", "Wall.bmp", "flame", "flame", "Fence.DDS",
+                                             "map"}));
   EXPECT_EQ(modGameLoop::TransparentWalls.Items(), (std::vector<i16>{1, 2}));
-  // The map quad is added, then blending is back to source alpha.
-  const auto& s = device_.states;
-  const auto one = std::find(s.begin(), s.end(), std::make_pair(platform::rs::SrcBlend, platform::blend::One));
-  ASSERT_NE(one, s.end());
-  EXPECT_NE(std::find(one, s.end(), std::make_pair(platform::rs::SrcBlend, platform::blend::SrcAlpha)), s.end());
   // No walls at all: no wall pass.
   TrackWalls.Resize(-1, -1);
   device_.lit_first_x.clear();
   modGameLoop::Render_Race_Frame();
   EXPECT_EQ(Strips(), (std::vector<int>{0, 1, 2}));
+}
+// What each pass turns on the next turns off: a frame drawn after another shows each pass with
+// exactly the states it needs, and leaves them as the frame found them.
+TEST_F(FramePasses, EachPassDrawsWithItsOwnStatesAndTheFrameEndsAsItBegan) {
+  using namespace modTracks;
+  Textures({"Road.bmp", "Glass.dds"});
+  Fill(Track, {Id(0, 0)});
+  Fill(Grass, {Id(1, 0)});
+  Fill(TrackWalls, {Id(2, 0), Id(3, 1)});
+  clsHumanPlayer& p = *modMain::Players[0];
+  RA::ShadowTexture(p) = Tex("shadow");
+  RA::Mesh(p) = std::make_unique<XFileClass>();
+  RA::Mesh(p)->Loaded = kTrue;
+  RA::Mesh(p)->Parts[0].PartIndices = {0, 1, 2};
+  RA::Mesh(p)->Parts[0].PartVertices.resize(3);
+  modGameLoop::Render_Race_Frame();
+  device_.passes.clear();
+  modGameLoop::Render_Race_Frame();
+  const uint32_t none = platform::cull::None, ccw = platform::cull::CounterClockwise, one = platform::blend::One;
+  EXPECT_EQ(device_.passes,
+            (std::vector<std::string>{Pass("sky", 0, 0, 1, ccw), Pass("Road.bmp", 0, 0, 1, none),        // road,
+                                      Pass("Road.bmp", 0, 0, 1, none), Pass("Road.bmp", 0, 0, 1, none),  // ground, wall
+                                      Pass("shadow", 0, 1, 0, ccw), Pass("flame", 0, 1, 0, ccw),
+                                      Pass("body", 1, 0, 1, ccw),  // lit, solid, hiding what is behind
+                                      Pass("flame", 0, 1, 0, ccw), Pass("Glass.dds", 0, 1, 1, none),
+                                      Pass("map", 0, 1, 0, ccw, one, one)}));  // added to the scene
+  EXPECT_EQ(device_.States("after the frame"), Pass("after the frame", 0, 0, 1, ccw));
 }
 
 TEST_F(FramePasses, ChaseCameraClosesInOnAStillShipAndSitsBehindItsHeading) {

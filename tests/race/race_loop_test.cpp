@@ -1,67 +1,32 @@
-// Whole races on the generated track, driven by the manual clock and scripted keys.
+// Whole races on the generated track, driven by the manual clock, scripted keys, the
+// window's focus and the virtual gamepad.
 #include <cmath>
+#include <tuple>
 
+#include "app/run_log.h"
+#include "core/extras.h"
+#include "platform/testing.h"
 #include "race_fixture.h"
 
 using namespace race_test;
 
 namespace {
 
-std::vector<std::string> Race_Log_Lines(int textures) {
-  std::vector<std::string> lines{"",
-                                 "Initialising Race...",
-                                 "LightSurface Made",
-                                 "Grey2x2Surf Made",
-                                 "CarThrustSurf Made",
-                                 "SkySurf Made",
-                                 "MiniMapSurf Made",
-                                 "MiniMapShipsSurf Made",
-                                 "StatsBGSurf Made",
-                                 "   Loading Track...",
-                                 "   ...Done",
-                                 "...Done",
-                                 "",
-                                 "Destroying Race Objects..."};
-  for (int i = 0; i < textures; ++i) lines.push_back("TrackTexture(" + std::to_string(i) + ").Texture = Nothing");
-  for (const char* s :
-       {"StatsBGSurf", "MiniMapShipsSurf", "MiniMapSurf", "CarThrustSurf", "Grey2x2Surf", "LightSurface"})
-    lines.push_back(std::string(s) + " = Nothing");
-  for (const char* s : {"Track", "TrackWalls", "Grass", "TrackTexture", "TrackBlock", "TrackSector", "...Done", ""})
-    lines.push_back(s);
-  return lines;
-}
-
 void Expect_Torn_Down() {
   using namespace modGameLoop;
   for (const Surface* s : {&LightSurface, &Grey2x2Surf, &CarThrustSurf, &MiniMapSurf, &MiniMapShipsSurf, &StatsBGSurf})
     EXPECT_FALSE(*s);
   using namespace modTracks;
-  EXPECT_TRUE(Track.Count() == 1 && Track(0).Vertices.Items().empty() && TrackWalls(0).Vertices.Items().empty());
-  EXPECT_TRUE(TrackTexture.Count() == 1 && !TrackTexture(0).Texture && TrackBlock.Count() == 1);
+  EXPECT_EQ(std::tuple(Track.Count(), TrackTexture.Count(), TrackBlock.Count()), std::tuple(1, 1, 1)) << "one each";
+  EXPECT_TRUE(Track(0).Vertices.Items().empty()) << "road";
+  EXPECT_TRUE(TrackWalls(0).Vertices.Items().empty()) << "walls";
+  EXPECT_FALSE(TrackTexture(0).Texture) << "textures";
 }
 
 // A point 8 pixels right of a lamp's centre in the start lights (at 293, 50).
 int Lamp(int lamp, int shift) { return int(testenv::At(327, 70 + lamp * 36) >> shift & 0xFF); }
 bool Red(int lamp) { return Lamp(lamp, 16) > 200 && Lamp(lamp, 8) < 120; }
 bool Green(int lamp) { return Lamp(lamp, 8) > 200 && Lamp(lamp, 16) < 150; }
-
-TEST_F(RaceTest, QuitFromThePauseMenuLogsSetUpAndTeardownInOrderAndLeavesNothing) {
-  int textures = 0;
-  Run_Race(0, [&](i32 t) {
-    textures = modTracks::TrackTexture.Count();
-    Keys(t, {{3200, kEscape}, {3216, -kEscape}, {3300, kDown}, {3400, -kDown}, {3500, kEnter}});
-  });
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  ASSERT_GT(textures, 0);
-  const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
-  const auto race = std::find(log.begin(), log.end(), "Initialising Race...");
-  ASSERT_NE(race, log.end());
-  EXPECT_EQ(std::vector<std::string>(race - 1, log.end()), Race_Log_Lines(textures));
-  Expect_Torn_Down();
-  // The racers stay for the next screen; the sky waits to be replaced by the next race.
-  ASSERT_EQ(modMain::Players.size(), 1u);
-  EXPECT_TRUE(modGameLoop::SkySurf);
-}
 
 TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
   std::vector<std::string> shown;
@@ -79,7 +44,8 @@ TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
     const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
     const auto at = std::find(log.begin(), log.end(), "   Loading Track...");
     ASSERT_LT(at + 2, log.end());
-    EXPECT_TRUE(at[1].rfind("   Track file ", 0) == 0 && at[1].find("test.MXT") != std::string::npos) << at[1];
+    EXPECT_EQ(at[1].rfind("   Track file ", 0), 0u) << at[1];
+    EXPECT_NE(at[1].find("test.MXT"), std::string::npos) << at[1];
     // The player reads the same: which file, and what is wrong with it.
     EXPECT_EQ(shown, std::vector<std::string>{"The race cannot start. " + at[1].substr(3)});
     EXPECT_EQ(at[2], "Destroying Race Objects...");
@@ -90,10 +56,13 @@ TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
   platform::Set_Message_Box_Hook(nullptr);
 }
 
-TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal) {
+// The countdown, then, once the race runs, the pause menu and the quit from it.
+TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLeavingNothing) {
   std::vector<float> grid_z;
-  i32 lights_ok = 0, clock_after_start = -1;
+  i32 clock_after_start = -1, paused_clock = -1;
+  int resume_lit = 0, quit_lit = 0, blink_frames = 0, textures = 0;
   Run_Race(4, [&](i32 t) {
+    textures = modTracks::TrackTexture.Count();
     const i32 drawn = t - kFrameMs;  // the elapsed time of the frame just drawn
     for (int i = int(grid_z.size()); i <= 4; ++i) grid_z.push_back(Player(i).PositionZ);
     if (drawn < modGameLoop::kCountdownMs) {
@@ -109,28 +78,29 @@ TEST_F(RaceTest, CountdownHoldsTheRacersAndTheClockThenTheClockStartsAtTheSignal
       clock_after_start = modMain::GameClock;
     }
     if (drawn == 1008) std::printf("countdown: %s\n", Save_Png("race_countdown").c_str());
-    lights_ok += (drawn == 992 && Red(0) && !Red(1)) + (drawn == 1008 && Red(1) && !Red(2)) +
-                 (drawn == 3008 && Green(0) && Green(2)) + (drawn == 4016 && !Green(0) && !Red(0));
+    if (drawn == 992) {
+      EXPECT_EQ(std::pair(Red(0), Red(1)), std::pair(true, false)) << "one red lamp";
+    }
+    if (drawn == 1008) {
+      EXPECT_EQ(std::pair(Red(1), Red(2)), std::pair(true, false)) << "two red lamps";
+    }
+    if (drawn == 3008) {
+      EXPECT_EQ(std::pair(Green(0), Green(2)), std::pair(true, true)) << "green at the signal";
+    }
+    if (drawn == 4016) {
+      EXPECT_EQ(std::pair(Green(0), Red(0)), std::pair(false, false)) << "the lights are gone";
+    }
+    if (Reached(t, 3600)) {
+      EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "Escape in the countdown is ignored";
+    }
     if (Reached(t, 6000)) {
       EXPECT_GT(modMain::GameClock, 2800);
       for (int i = 1; i <= 4; ++i) EXPECT_NE(Player(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " drives off";
     }
-    Keys(t, {{6000, kEscape}, {6016, -kEscape}, {6032, kDown}, {6048, -kDown}, {6064, kEnter}});
-  });
-  EXPECT_EQ(clock_after_start, kFrameMs);
-  EXPECT_EQ(lights_ok, 4);
-}
-
-TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
-  int resume_lit = 0, quit_lit = 0, blink_frames = 0;
-  i32 paused_clock = -1;
-  bool escape_in_countdown_ignored = false, resumed = false, selection_kept = false;
-  Run_Race(4, [&](i32 t) {
-    if (Reached(t, 3600)) escape_in_countdown_ignored = !Is_Set(modGameLoop::Paused);
     // The frame that pauses draws no menu yet (the keys come after the HUD).
     if (Is_Set(modGameLoop::Paused) && paused_clock < 0) {
       paused_clock = modMain::GameClock;
-    } else if (Is_Set(modGameLoop::Paused) && t <= 4400) {
+    } else if (Is_Set(modGameLoop::Paused) && t <= 6608) {
       EXPECT_EQ(modMain::GameClock, paused_clock) << "the race clock stands still while paused";
       if (blink_frames == 3) std::printf("paused: %s\n", Save_Png("race_paused").c_str());
       if (blink_frames++ < 22) {
@@ -138,31 +108,46 @@ TEST_F(RaceTest, PauseMenuBlinksFreezesTheRaceAndRemembersTheSelection) {
         quit_lit += Shows_Text(230, 250, 0, "Quit Race");
       }
     }
-    if (Reached(t, 4600)) resumed = !Is_Set(modGameLoop::Paused) && modMain::GameClock > paused_clock;
-    if (Reached(t, 4650)) selection_kept = modGameLoop::PauseSelection == 1;
+    if (Reached(t, 6808)) {
+      EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "resumed";
+      EXPECT_GT(modMain::GameClock, paused_clock) << "resumed";
+    }
+    if (Reached(t, 6858)) {
+      EXPECT_EQ(modGameLoop::PauseSelection, 1) << "the selection is kept";
+    }
     // Escape in the countdown; pause, Down, Up, Resume; pause again, Down, Enter quits.
     Keys(t, {{1000, kEscape},
              {1500, -kEscape},
-             {3904, kEscape},
-             {3920, -kEscape},
-             {4400, kDown},
-             {4448, -kDown},
-             {4464, kUp},
-             {4480, -kUp},
-             {4496, kEnter},
-             {4512, -kEnter},
-             {4600, kEscape},
-             {4600, kDown},
-             {4616, -kEscape},
-             {4650, -kDown},
-             {4650, kEnter}});
+             {6112, kEscape},
+             {6128, -kEscape},
+             {6608, kDown},
+             {6656, -kDown},
+             {6672, kUp},
+             {6688, -kUp},
+             {6704, kEnter},
+             {6720, -kEnter},
+             {6808, kEscape},
+             {6808, kDown},
+             {6824, -kEscape},
+             {6858, -kDown},
+             {6858, kEnter}});
   });
-  EXPECT_TRUE(escape_in_countdown_ignored && resumed && selection_kept);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_EQ(clock_after_start, kFrameMs);
   // Selection 0: "Resume" lit 6 of every 11 frames, "Quit Race" always.
   EXPECT_GE(blink_frames, 22);
   EXPECT_EQ(resume_lit, 12);
   EXPECT_EQ(quit_lit, 22);
+  // Quit: set-up and teardown logged in order, nothing left but the racers (kept for the
+  // next screen) and the sky (kept until the next race replaces it).
+  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  ASSERT_GT(textures, 0);
+  const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
+  const auto race = std::find(log.begin(), log.end(), "Initialising Race...");
+  ASSERT_NE(race, log.end());
+  EXPECT_EQ(std::vector<std::string>(race - 1, log.end()), Race_Log_Lines(textures));
+  Expect_Torn_Down();
+  EXPECT_EQ(modMain::Players.size(), 5u);
+  EXPECT_TRUE(modGameLoop::SkySurf);
 }
 
 TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
@@ -186,15 +171,8 @@ TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
         for (const float v : {Player(i).PositionX, Player(i).PositionY, Player(i).PositionZ, Player(i).cOrientation})
           faults += !std::isfinite(v);
       // Thrust and a turn, both let go for the pause menu's "Quit Race".
-      Keys(t, {{3100, kUp},
-               {3400, kLeft},
-               {4200, -kUp},
-               {4200, -kLeft},
-               {4300, kEscape},
-               {4316, -kEscape},
-               {4332, kDown},
-               {4348, -kDown},
-               {4364, kEnter}});
+      Keys(t, {{3100, kUp}, {3400, kLeft}, {4200, -kUp}, {4200, -kLeft}});
+      Quit_At(t, 4300);
     });
     EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
     Key_Up(kEnter);
@@ -216,16 +194,139 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
     if (Reached(t, 5032)) {
       escape_ignored = !Is_Set(modGameLoop::Paused);
       std::printf("results: %s\n", Save_Png("race_results").c_str());
-      results_shown = Shows_Text(215, 205, 2, "Race Time 02:59:23") && Shows_Text(215, 240, 2, "Lap 2     00:60:00") &&
-                      Shows_Text(218, 280, 2, "Top Speed 187 MPH");
+      EXPECT_TRUE(Shows_Text(215, 205, 2, "Race Time 02:59:23"));
+      EXPECT_TRUE(Shows_Text(215, 240, 2, "Lap 2     00:60:00"));
+      EXPECT_TRUE(Shows_Text(218, 280, 2, "Top Speed 187 MPH"));
+      results_shown = true;
     }
     Keys(t, {{5000, kEscape}, {5100, kEnter}});
   });
-  EXPECT_TRUE(escape_ignored && results_shown);
+  EXPECT_TRUE(escape_ignored);
+  EXPECT_TRUE(results_shown) << "the results were never drawn";
   EXPECT_EQ(modMain::GameState, modMain::kStateHiScore);
   ASSERT_EQ(modMain::Players.size(), 5u);
   EXPECT_EQ(Player().cRaceTime, 179229);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
+}
+
+// The window during a race: losing the focus pauses as Escape does (held back by the
+// countdown), switching the window keeps the race going, and on a 144 Hz display the
+// pause menu blinks at the rate it has at 60 Hz.
+void Lose_Focus() { platform::Post_Event({platform::EventKind::FocusLost}); }
+
+TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinksAsAt60) {
+  extras::Reset();
+  platform::Set_Refresh_Rate(144);
+  bool was_lit = false;
+  int blink_changes = 0, paused_frames = 0;
+  i32 paused_clock = -1, clock_after_switch = -1;
+  const clsHumanPlayer* racer = nullptr;
+  Run_Race(0, [&](i32 t) {
+    if (Reached(t, 1000)) Lose_Focus();  // in the countdown: held back to the start signal
+    if (Reached(t, 3040)) {
+      EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "no pause before the start signal";
+    }
+    if (Reached(t, 3072)) {
+      EXPECT_TRUE(Is_Set(modGameLoop::Paused)) << "the request held through the countdown pauses at the signal";
+      paused_clock = modMain::GameClock;
+    }
+    if (t > 3072 && t <= 5200) {
+      EXPECT_EQ(modMain::GameClock, paused_clock) << "the clock waits while away, t " << t;
+      const bool lit = modGameLoop::Pause_Highlight_Shown();
+      blink_changes += paused_frames++ > 0 && lit != was_lit;
+      was_lit = lit;
+    }
+    Keys(t, {{5200, kEnter}, {5216, -kEnter}});  // Resume
+    if (Reached(t, 5300)) {
+      EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "resumed";
+      racer = &Player();
+      platform::InputEvent alt_enter{platform::EventKind::KeyDown, kEnter};
+      alt_enter.shift = 4;
+      platform::Post_Event(alt_enter);
+    }
+    if (Reached(t, 5400)) {  // the switch neither pauses nor restarts the race
+      EXPECT_TRUE(platform::Windowed());
+      EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "after the switch";
+      EXPECT_EQ(racer, &Player()) << "the same race goes on";
+      clock_after_switch = modMain::GameClock;
+      Lose_Focus();
+    }
+    if (Reached(t, 5432)) {
+      EXPECT_TRUE(Is_Set(modGameLoop::Paused)) << "focus lost mid-race";
+      EXPECT_LE(modMain::GameClock, clock_after_switch + 2 * kFrameMs);
+      modGameLoop::PauseSelection = 1;
+    }
+    Keys(t, {{5500, kEnter}});  // Quit Race
+  });
+  platform::Set_Refresh_Rate(0);
+  platform::Set_Windowed(false);
+  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_FALSE(frmMain::PauseRequested);
+  // 133 paused frames at 144 Hz are 55 steps of 60 Hz: five blinks of eleven steps, two
+  // changes each (one step a frame would give 24).
+  EXPECT_EQ(paused_frames, 133);
+  EXPECT_NEAR(blink_changes, 10, 1);
+}
+
+// A race driven with the virtual gamepad chosen as the control device.
+TEST_F(RaceTest, ThePadDrivesStartPausesAnUnpluggedPadPausesAndWorksAgainOnceBack) {
+  using platform::Set_Virtual_Pad;
+  modMain::ControlDevice = 1;
+  frmMain::PadBinding[0] = platform::kPadX;  // thrust on a button; brake stays on the left trigger
+  ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
+  float start_x = 0, start_z = 0;
+  Run_Race(0, [&](i32 t) {
+    const clsHumanPlayer& p = Player();
+    const bool paused = Is_Set(modGameLoop::Paused);
+    if (Reached(t, 3050)) start_x = p.PositionX, start_z = p.PositionZ;
+    if (Reached(t, 3800)) {
+      EXPECT_GT(std::hypot(p.PositionX - start_x, p.PositionZ - start_z), 1.0f) << "the pad's X thrusts";
+    }
+    if (Reached(t, 3900)) {
+      EXPECT_TRUE(paused) << "Start pauses";
+    }
+    if (Reached(t, 4000)) {
+      EXPECT_FALSE(paused) << "A on Resume";
+    }
+    if (Reached(t, 4100)) Set_Virtual_Pad(platform::kPadX, 1);
+    if (Reached(t, 4150)) platform::Detach_Virtual_Pad();
+    if (Reached(t, 4200)) {
+      EXPECT_TRUE(paused) << "unplugging pauses";
+      EXPECT_FALSE(Is_Set(p.Thrust)) << "an unplugged pad holds nothing";
+    }
+    if (Reached(t, 4300)) {
+      EXPECT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
+    }
+    if (Reached(t, 4400)) {
+      EXPECT_TRUE(Is_Set(p.Thrust)) << "the pad works again once plugged back in";
+      EXPECT_TRUE(paused) << "until the player resumes";
+    }
+    if (Reached(t, 4600)) {
+      EXPECT_FALSE(paused) << "A resumes";
+    }
+    // Thrust; Start pauses, A resumes; thrust, unplug; back: X drives again, A resumes;
+    // Start, the brake moves the selection to "Quit Race", A quits.
+    for (const auto& [at, control, amount] :
+         std::initializer_list<std::tuple<i32, int16_t, float>>{{3050, platform::kPadX, 1},
+                                                                {3700, platform::kPadX, 0},
+                                                                {3800, platform::kPadStart, 1},
+                                                                {3850, platform::kPadStart, 0},
+                                                                {3950, platform::kPadA, 1},
+                                                                {3970, platform::kPadA, 0},
+                                                                {4350, platform::kPadX, 1},
+                                                                {4450, platform::kPadX, 0},
+                                                                {4500, platform::kPadA, 1},
+                                                                {4520, platform::kPadA, 0},
+                                                                {4700, platform::kPadStart, 1},
+                                                                {4720, platform::kPadStart, 0},
+                                                                {4800, platform::kPadLeftTrigger, 1},
+                                                                {4820, platform::kPadLeftTrigger, 0},
+                                                                {4900, platform::kPadA, 1}})
+      if (Reached(t, at)) Set_Virtual_Pad(control, amount);
+  });
+  platform::Detach_Virtual_Pad();
+  EXPECT_EQ(modGameLoop::PauseSelection, 1) << "the brake moved the selection";
+  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu) << "A on Quit Race";
 }
 
 }  // namespace

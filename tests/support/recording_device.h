@@ -26,7 +26,9 @@ class RecordingDevice : public platform::Device3D {
     ++calls;
     if (k == platform::TransformKind::World) worlds.push_back(m);
     if (k == platform::TransformKind::View) view = m;
+    transforms_[int(k) - 1] = m;
   }
+  Matrix4 GetTransform(platform::TransformKind k) const override { return transforms_[int(k) - 1]; }
   void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
   void SetTexture(int, const platform::ImageRef& t) override {
     ++calls, texture_ = t;
@@ -53,4 +55,10 @@ class RecordingDevice : public platform::Device3D {
  private:
   D3DMaterial material_{};
   platform::ImageRef texture_;
+  Matrix4 transforms_[3] = {Identity(), Identity(), Identity()};
+  static Matrix4 Identity() {
+    Matrix4 m{};
+    m._11 = m._22 = m._33 = m._44 = 1;
+    return m;
+  }
 };

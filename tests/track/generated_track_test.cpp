@@ -59,14 +59,15 @@ TEST_F(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenBlocksWithDrivableHillsAndB
   // Each strip ends on the rung where the next begins; the last one on the start line.
   for (int i = 0; i <= Track.Upper(); ++i) {
     const auto &v = Track(i).Vertices, &next = Track((i + 1) % Track.Count()).Vertices;
-    EXPECT_TRUE(Same_Point(v(v.Upper() - 1), next(0)) && Same_Point(v(v.Upper()), next(1))) << "strip " << i;
+    EXPECT_TRUE(Same_Point(v(v.Upper() - 1), next(0))) << "strip " << i << ", first point";
+    EXPECT_TRUE(Same_Point(v(v.Upper()), next(1))) << "strip " << i << ", second point";
   }
   double lap = 0, widest_turn = 0;
   float low = 1e9f, high = -1e9f, max_step = 0;
   bool banked = false, level_curve = false;
   for (int k = 0; k < TrackBlock.Count(); ++k) {
     const Vector3 *c = TrackBlock(k).Corner, *n = TrackBlock((k + 1) % TrackBlock.Count()).Corner;
-    for (int j : {2, 3}) EXPECT_TRUE(c[j].x == n[j - 2].x && c[j].z == n[j - 2].z) << k;
+    for (int j : {2, 3}) EXPECT_EQ(std::pair(c[j].x, c[j].z), std::pair(n[j - 2].x, n[j - 2].z)) << k;
     EXPECT_NEAR(std::hypot(c[0].x - c[1].x, c[0].z - c[1].z), 2 * trackgen::kHalfWidth, 0.01) << k;
     EXPECT_TRUE(Inside(TrackBlock(k), (c[0].x + c[3].x) / 2, (c[0].z + c[3].z) / 2)) << k;
     const float run = std::hypot(c[2].x + c[3].x - c[0].x - c[1].x, c[2].z + c[3].z - c[0].z - c[1].z) / 2;
@@ -84,7 +85,8 @@ TEST_F(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenBlocksWithDrivableHillsAndB
   // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need
   // the heading to change only a little from one block to the next, and a corner rubbing
   // the outer wall slips past the next block's bent-in edge by its move times that kink.
-  EXPECT_TRUE(lap > 6000 && lap < 12000) << lap;
+  EXPECT_GT(lap, 6000);
+  EXPECT_LT(lap, 12000);
   EXPECT_LT(widest_turn, 3.5 * 3.14159265 / 180);
   EXPECT_LT(max_step, trackgen::kStepGuard / 2);
   EXPECT_GT(high - low, 30) << "the circuit has hills";
@@ -94,9 +96,11 @@ TEST_F(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenBlocksWithDrivableHillsAndB
 
 TEST_F(GeneratedTrack, EveryGridSlotStartsOnItsBlockFacingForward) {
   // The start line lies at z = 0 and the road runs toward +z there.
-  EXPECT_TRUE(TrackBlock(0).Corner[0].z == 0 && TrackBlock(0).Corner[1].z == 0);
-  for (const Vector3& n : {TrackBlock(0).EdgeNormal[3], TrackBlock(1).EdgeNormal[3]})
-    EXPECT_TRUE(n.x == 0 && std::fabs(n.z + 1) < 1e-6f) << n.x << ", " << n.z;
+  EXPECT_EQ(std::pair(TrackBlock(0).Corner[0].z, TrackBlock(0).Corner[1].z), std::pair(0.0f, 0.0f));
+  for (const Vector3& n : {TrackBlock(0).EdgeNormal[3], TrackBlock(1).EdgeNormal[3]}) {
+    EXPECT_EQ(n.x, 0);
+    EXPECT_NEAR(n.z, -1, 1e-6f);
+  }
   // Placement rule of the racers: block, fz, fx per slot.
   struct Slot {
     int block;
@@ -128,12 +132,14 @@ TEST_F(GeneratedTrack, ScenerySortedByTextureAndEveryTextureLoads) {
   bool glass = false, opaque = false;
   for (const TrackStrip& w : TrackWalls.Items())
     (TrackTexture(w.TextureIndex).TextureName.ends_with(".dds") ? glass : opaque) = true;
-  EXPECT_TRUE(glass && opaque) << "some walls are see-through, some are not";
+  EXPECT_TRUE(glass) << "some walls are see-through";
+  EXPECT_TRUE(opaque) << "some are not";
 
   for (const TextureEntry& t : TrackTexture.Items()) {
     ASSERT_TRUE(t.Texture) << t.TextureName;
     const int w = t.Texture->Width(), h = t.Texture->Height();
-    EXPECT_TRUE(std::has_single_bit(unsigned(w)) && std::has_single_bit(unsigned(h))) << t.TextureName;
+    EXPECT_TRUE(std::has_single_bit(unsigned(w))) << t.TextureName << " width " << w;
+    EXPECT_TRUE(std::has_single_bit(unsigned(h))) << t.TextureName << " height " << h;
     if (!t.TextureName.ends_with(".dds")) continue;
     int clear = 0;
     for (int i = 0; i < w * h; ++i) clear += (t.Texture->Pixel(i % w, i / w) >> 12) < 15;
@@ -144,6 +150,8 @@ TEST_F(GeneratedTrack, ScenerySortedByTextureAndEveryTextureLoads) {
   float lo = 1e9f, hi = -1e9f;
   for (const LitVertex& v : Grass(0).Vertices.Items()) lo = std::min({lo, v.x, v.z}), hi = std::max({hi, v.x, v.z});
   for (const TrackStrip& s : road)
-    for (const LitVertex& v : s.Vertices.Items())
-      ASSERT_TRUE(std::min(v.x, v.z) > lo + 1000 && std::max(v.x, v.z) < hi - 1000) << v.x << ", " << v.z;
+    for (const LitVertex& v : s.Vertices.Items()) {
+      ASSERT_GT(std::min(v.x, v.z), lo + 1000) << v.x << ", " << v.z;
+      ASSERT_LT(std::max(v.x, v.z), hi - 1000) << v.x << ", " << v.z;
+    }
 }

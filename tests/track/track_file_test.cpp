@@ -70,9 +70,13 @@ FileBytes Road(const Points& road = kSquare, int texture = 0, int dims = 1, int 
   return FileBytes().Text("h").I32(0).Strip(road, texture, dims, lower).I32(0).Strip({}, 0).I32(-1).Strip({}, 0);
 }
 
-bool Model_Is_Empty() {
-  return Track.Count() == 1 && Track(0).Vertices.Count() == 0 && TrackTexture.Count() == 1 &&
-         TrackTexture(0).TextureName.empty() && TrackBlock.Count() == 1;
+// What is left of a loaded track beyond the one empty record of each list.
+std::string Left_Over() {
+  std::string left;
+  if (Track.Count() != 1 || Track(0).Vertices.Count() != 0) left += " road";
+  if (TrackTexture.Count() != 1 || !TrackTexture(0).TextureName.empty()) left += " textures";
+  if (TrackBlock.Count() != 1) left += " blocks";
+  return left;
 }
 
 }  // namespace
@@ -173,7 +177,7 @@ TEST(TrackFile, BrokenOrCutFilesAreRefusedWithTheFileAndFaultNamed) {
     EXPECT_FALSE(Load_Track_From_Bytes(c.bytes, "mem.MXT", &error)) << c.fault;
     EXPECT_EQ(error.rfind("Track file mem.MXT: ", 0), 0u) << c.fault << ": " << error;
     EXPECT_NE(error.find(c.says), std::string::npos) << c.fault << ": " << error;
-    EXPECT_TRUE(Model_Is_Empty()) << c.fault << ": nothing of the earlier track may survive";
+    EXPECT_EQ(Left_Over(), "") << c.fault << ": nothing of the earlier track may survive";
   }
   const std::string whole = Small_Track();
   for (size_t n = 0; n < whole.size(); ++n) {
@@ -200,7 +204,8 @@ TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
 
   Clear_Track();
   EXPECT_TRUE(road.expired());
-  EXPECT_TRUE(Model_Is_Empty() && TrackWalls.Lower() == 0);
+  EXPECT_EQ(Left_Over(), "");
+  EXPECT_EQ(TrackWalls.Lower(), 0);
   const std::vector<std::string> want = {"Program Started",
                                          " ",
                                          "TrackTexture(0).Texture = Nothing",

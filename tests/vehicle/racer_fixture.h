@@ -28,6 +28,8 @@ struct RacerTestAccess {
   static Vector3* PrevCorners(clsHumanPlayer& r) { return r.PrevShipCorners; }
   static LitVertex* Shadow(clsHumanPlayer& r) { return r.ShadowVertices; }
   static LitVertex* Flame(clsHumanPlayer& r) { return r.ThrustVertices; }
+  static std::unique_ptr<XFileClass>& Mesh(clsHumanPlayer& r) { return r.ShipMesh; }
+  static mod3Denhance::Surface& ShadowTexture(clsHumanPlayer& r) { return r.ShadowTexture; }
   static i16& GridSlot(clsHumanPlayer& r) { return r.GridSlot; }
   static void Set_Blocks(clsHumanPlayer& r, i16 b) {
     for (i16& x : r.BlockOfCorner) x = b;

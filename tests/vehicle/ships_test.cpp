@@ -121,7 +121,8 @@ TEST(ShipsDat, ReadLineByLineMissingLinesAreEmptyAndNonNumbersZero) {
   // No count, or none at all: no ships, and every request reads the blank record.
   for (const char* text : {"ships\r\nShip 0\r\nS0\r\n", "", "-5"}) {
     const shipsdat::Catalogue none = shipsdat::Parse(text);
-    EXPECT_TRUE(none.Count < 1 && none.Ships.empty()) << text;
+    EXPECT_LT(none.Count, 1) << text;
+    EXPECT_TRUE(none.Ships.empty()) << text;
     i16 ship = 2, skin = 1;
     shipsdat::Resolve_Request(none.Count, 0, 0, ship, skin);
     EXPECT_EQ(none.Ship(ship).BaseName, "") << text;

@@ -1,0 +1,327 @@
+// One racer's step: forces, integration, computer steering and the footprint; wall and
+// racer collisions and the hover height; block tracking, laps, the wrong-way flag and race
+// position.
+#include <array>
+#include <cmath>
+#include <tuple>
+
+#include "mathmesh/modMATH.h"
+#include "racer_fixture.h"
+
+using namespace vehicle_test;
+
+namespace {
+
+struct Physics : ::testing::Test {
+  clsHumanPlayer& r = Make_Players(1);
+  void SetUp() override {
+    RA::ThrustForce(r) = 1, RA::LinearDrag(r) = 3, RA::AngularDrag(r) = 2;
+    r.RacerKind = 1;
+    modMain::FrameTime = 10;
+  }
+};
+
+TEST_F(Physics, ThrustBrakeAndDragSettleAtTheirBalanceAlongTheNose) {
+  r.VelocityZ = 1;  // drag 1 * 3 / 3 = 1 against +z; the brake takes a fifth of the speed
+  const struct {
+    Bool16 thrust, brake;
+    u8 finished;
+    float z;
+  } cases[] = {{kTrue, kTrue, 0, 1 - 1}, {kFalse, kTrue, 0, -1.0f / 5 - 1}, {1, kFalse, 0, -1}, {kTrue, kFalse, 1, -1}};
+  for (const auto& c : cases) {  // only -1 counts as set; after the finish only drag is left
+    r.Thrust = c.thrust, r.Brake = c.brake, r.cFinishedRace = c.finished;
+    r.ComputeForces();
+    EXPECT_FLOAT_EQ(RA::Force(r).z, c.z) << c.thrust << " " << c.brake << " " << int(c.finished);
+  }
+  // Full thrust: s = 2 T / (LD - T) = 1 for T = 1, LD = 3; a quarter turn faces -x.
+  r.cFinishedRace = 0;
+  r.cOrientation = static_cast<float>(modMATH::kHalfPi);
+  for (int i = 0; i < 2000; ++i) r.ComputeForces(), r.ApplyForces();
+  EXPECT_NEAR(std::hypot(r.VelocityX + 1, r.VelocityZ), 0, 1e-3);
+}
+
+TEST_F(Physics, SteeringNeedsSpeedAndTurnDampingIsLopsided) {
+  r.SteerLeft = kTrue;
+  r.ComputeForces();
+  EXPECT_EQ(RA::Torque(r), 0.0f);
+  r.VelocityX = 3, r.VelocityZ = 4;
+  r.SteerRight = kTrue;  // left wins
+  r.ComputeForces();
+  EXPECT_FLOAT_EQ(RA::Torque(r), 0.1f);
+  r.SteerLeft = r.SteerRight = kFalse;
+  for (const auto& [spin, torque] : {std::pair{-0.5f, 0.5556f * 2}, {0.5f, -0.2632f * 2}}) {
+    RA::AngularVelocity(r) = spin;
+    r.ComputeForces();
+    EXPECT_NEAR(RA::Torque(r), torque, 1e-3) << spin;
+  }
+  RA::AngularVelocity(r) = -1.4f;  // the damping's pole: skipped, never infinite
+  r.ComputeForces();
+  EXPECT_TRUE(std::isfinite(RA::Torque(r)));
+}
+
+TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
+  r.cOrientation = 3.1f;
+  RA::AngularVelocity(r) = 0.1f;
+  r.VelocityX = 3, r.VelocityZ = 4;
+  r.ApplyForces();
+  EXPECT_NEAR(r.cOrientation, 3.2 - 6.28318, 1e-5);
+  EXPECT_EQ(std::tuple(r.PositionX, r.cVelocityMag, int(r.cTopSpeed)), std::tuple(3.0f, 25.0f, 1500));
+  EXPECT_FLOAT_EQ(r.VelocityY, -0.03f);
+  r.cOrientation = -3.1f;
+  RA::AngularVelocity(r) = -0.1f;
+  r.VelocityX = 1, r.VelocityZ = 0;
+  r.ApplyForces();
+  EXPECT_NEAR(r.cOrientation, -3.2 + 6.28318, 1e-5);
+  EXPECT_EQ(r.cTopSpeed, 1500);  // a slower frame keeps the record
+
+  modMain::FrameTime = 0;  // a zero-length frame moves nothing, whatever the forces
+  RA::Force(r) = {5, 0, 5};
+  RA::Torque(r) = 1;
+  const auto state = [this] {
+    return std::array{r.PositionX, r.PositionY, r.PositionZ, r.cOrientation,
+                      r.VelocityX, r.VelocityY, r.VelocityZ, RA::AngularVelocity(r)};
+  };
+  const auto before = state();
+  r.ApplyForces();
+  EXPECT_EQ(state(), before);
+}
+
+TEST_F(Physics, ComputerTurnsTheShortWayRoundAndWeaves) {
+  // Block whose forward normal gives a target heading of -3.0 after the wrap.
+  auto block = Block(-5, 5, 0, 10);
+  const float tau = static_cast<float>(-3.0 + 2 * modMATH::kPi);
+  block.EdgeNormal[2] = {-std::sin(tau), 0, std::cos(tau)};
+  Set_Track({block});
+  modMain::Randomize(7);
+  auto left_share = [&](float heading) {
+    r.cOrientation = heading;
+    int left = 0;
+    for (int i = 0; i < 4000; ++i) {
+      r.Thrust = kFalse;
+      RA::Steer(r);
+      // One way or the other, always at full thrust.
+      EXPECT_EQ(std::tuple(r.SteerLeft != r.SteerRight, r.Thrust, r.Brake), std::tuple(true, kTrue, kFalse));
+      left += r.SteerLeft == kTrue;
+    }
+    return left / 4000.0;
+  };
+  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);          // gap 6.0 > pi: left, unless forced right
+  EXPECT_NEAR(left_share(-2.5f), 0.89 * 0.11, 0.02);  // target to the right: only weaving goes left
+}
+
+TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
+  const auto expect_corners = [this](const float(&want)[4][2]) {
+    for (int i = 0; i < 4; ++i)
+      EXPECT_NEAR(std::hypot(RA::Corners(r)[i].x - want[i][0], RA::Corners(r)[i].z - want[i][1]), 0, 1e-5) << i;
+  };
+  RA::Corners(r)[2].y = 7;
+  r.PositionY = 4;
+  r.Calculate_Vertices(0);
+  expect_corners({{1, 2}, {-1, 2}, {1, -2}, {-1, -2}});
+  EXPECT_EQ(RA::Corners(r)[2].y, 7);  // the height is the hover step's
+  const auto& box = modGameLoop::RacerBox(0);
+  EXPECT_EQ((std::array{box.MinZ, box.MinX, box.MaxZ, box.MaxX}), (std::array{-2.0f, -1.0f, 2.0f, 1.0f}));
+
+  for (const auto& [speed, alpha] : {std::pair{0.0f, 0u}, {2.5f, 128u}, {9.0f, 255u}}) {
+    r.cVelocityMag = speed;
+    r.DrawThrust();  // no device here: the quad is still laid out
+    EXPECT_EQ(RA::Flame(r)[2].color >> 24, alpha) << speed;
+  }
+  EXPECT_EQ(std::pair(RA::Flame(r)[1].x, RA::Flame(r)[2].z), std::pair(RA::Corners(r)[3].x, RA::Corners(r)[2].z));
+  EXPECT_NEAR(std::hypot(RA::Flame(r)[1].y - 5.3f, RA::Flame(r)[2].y - 3.5f), 0, 1e-5);
+  r.DrawShadow();
+  const LitVertex* shadow = RA::Shadow(r);
+  const Vector3* corner = RA::Corners(r);
+  EXPECT_EQ((std::array{shadow[0].x, shadow[1].x, shadow[3].x}), (std::array{corner[1].x, corner[0].x, corner[2].x}));
+
+  r.cOrientation = 1.570795f;
+  r.Calculate_Vertices(5);                               // no RacerBox record 5: the corners still move
+  expect_corners({{-2, 1}, {-2, -1}, {2, 1}, {2, -1}});  // the nose points to -x
+  EXPECT_EQ(std::pair(RA::PrevCorners(r)[0].x, box.MaxX), std::pair(1.0f, 1.0f));
+}
+
+struct Collisions : ::testing::Test {
+  clsHumanPlayer& r = Make_Players(2);
+  void SetUp() override { Set_Track({Block(-5, 5, 0, 20)}); }
+};
+
+TEST_F(Collisions, WallBouncePutsTheCrossingCornerOnTheEdgeWithTheShipsGrip) {
+  RA::InvMass(r) = 0.5f, RA::InvInertia(r) = 0.25f, RA::WallGrip(r) = 0.9f;
+  // Turned slightly right so that only corner 0 reaches the right edge at x = 5.
+  const float heading = -0.3f, s = std::sin(heading), c = std::cos(heading);
+  const float x0 = 4.5f - (c - 2 * s);
+  Place(0, x0, 10, heading);
+  r.VelocityX = 1, r.VelocityZ = 2;
+  Move(0, x0 + 1, 10);
+  EXPECT_EQ(std::pair(RA::Corners(r)[0].x, r.PositionX), std::pair(5.0f, 5.0f - (c - 2 * s)));
+  // Kick (-1, 0), then the impulse with lever r.n = -(w s + l c).
+  const float lever = -(s + 2 * c), j = -1.1f * 1 / (0.25f * lever * lever + 0.5f);
+  EXPECT_NEAR(std::hypot(r.VelocityX - j * 0.5f * 0.9f, r.VelocityZ - 2 * 0.9f), 0, 1e-6);
+
+  // Moving along the edge or back into the road never bounces.
+  const float x = r.PositionX;
+  Move(0, x, 12);
+  Move(0, x - 1, 12);
+  EXPECT_EQ(r.PositionX, x - 1);
+  EXPECT_NEAR(r.VelocityZ, 2 * 0.9f, 1e-6);
+
+  r.RacerKind = 1;  // the player's grip is drawn afresh at every hit, with three decimals
+  modMain::Randomize(3);
+  for (int i = 0; i < 50; ++i) {
+    Place(0, -3.5f, 10);
+    Move(0, -4.5f, 10);  // through the left edge
+    const float grip = RA::WallGrip(r) * 1000;
+    EXPECT_NEAR(grip, std::round(grip), 1e-3);
+    EXPECT_PRED3(Between, grip, 749.99f, 850.01f);
+  }
+}
+
+TEST_F(Collisions, SideWallsAreTestedAgainstTheBlockACornerStartsTheFrameOn) {
+  // Block 1 turns right: its left edge runs from (-5, 10) to (-3, 20), in from block 0's line.
+  auto bend = Block(-5, 5, 10, 20);
+  bend.Corner[2] = {7, 0, 20}, bend.Corner[3] = {-3, 0, 20};
+  bend.EdgeNormal[0] = {0.98058f, 0, -0.19612f}, bend.EdgeNormal[1] = {-0.98058f, 0, 0.19612f};
+  Set_Track({Block(-5, 5, 0, 10), bend});
+  RA::WallGrip(r) = 0.8f;
+
+  // Through block 0's left side and its front edge at once: bounced back onto block 0's side.
+  Place(0, -3.9f, 7);  // corner 1 at (-4.9, 9), just inside block 0's left wall
+  Move(0, -4.9f, 9);   // corner 1 to (-5.9, 11), crossing x = -5 at z = 9.2
+  EXPECT_EQ(RA::BlockOf(r, 1), 0);
+  EXPECT_NEAR(std::hypot(RA::Corners(r)[1].x + 5, RA::Corners(r)[1].z - 9.2f), 0, 1e-5);
+  EXPECT_NEAR(r.PositionX, -4.0f, 1e-5);
+
+  // Along block 0's wall past block 1's bent-in edge: block 1's side waits for the next frame.
+  Place(0, -3.9f, 7);
+  RA::Set_Blocks(r, 0);
+  Move(0, -3.9f, 9);  // corner 1 to (-4.9, 11): 0.1 outside block 1's edge
+  EXPECT_EQ(std::pair(RA::BlockOf(r, 1), r.PositionZ), std::pair(i16(1), 9.0f));
+  EXPECT_NEAR(std::hypot(RA::Corners(r)[1].x + 4.9f, RA::Corners(r)[1].z - 11), 0, 1e-5);
+}
+
+TEST_F(Collisions, RacersBounceOnlyWhenCloseOverlappingAndClosing) {
+  clsHumanPlayer &a = r, &b = P(1);
+  // A at the origin moving along x at avx, B at (bx, by, bz) at rest; then A's check.
+  auto run = [&](float bx, float bz, float avx, float by = 0) {
+    a.VelocityX = avx;
+    a.VelocityZ = b.VelocityX = b.VelocityZ = 0;
+    b.PositionY = by;
+    Place(0, 0, 0);
+    Place(1, bx, bz);
+    a.Check_Car_Collisions(0);
+  };
+  run(1.5f, 0.5f, 1);  // one corner of A inside B's box
+  const float nx = 1.5f / std::sqrt(2.5f), nz = 0.5f / std::sqrt(2.5f), delta = 0.75f * nx;
+  EXPECT_NEAR(std::hypot(a.VelocityX - 1 + delta * nx, a.VelocityZ + delta * nz), 0, 1e-6);
+  EXPECT_NEAR(std::hypot(b.VelocityX - delta * nx, b.VelocityZ - delta * nz), 0, 1e-6);
+  run(1.5f, 0.5f, -1);  // moving apart
+  EXPECT_EQ(std::pair(a.VelocityX, b.VelocityX), std::pair(-1.0f, 0.0f));
+  run(1.5f, 0.5f, 1, 10);  // far above
+  EXPECT_EQ(a.VelocityX, 1);
+  // Boxes are only consulted within 12 units, however large the box is.
+  for (float bx : {12.0f, 11.9f}) {
+    run(bx, 0, 1);
+    modGameLoop::RacerBox(1) = {-100, -100, 100, 100};
+    a.Check_Car_Collisions(0);
+    EXPECT_EQ(b.VelocityX != 0, bx < 12) << bx;
+  }
+}
+
+TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
+  Set_Track({Block(-5, 5, 0, 20, 3)});
+  Place(0, 0, 10);
+  // Height and climb before and after: a hard landing bounces, a soft one settles, in the air gravity rules.
+  for (const auto& [y, vy, want_y, want_vy] :
+       {std::array{2.0f, -2.0f, 3 + 1.9f, 1.1f}, {0.0f, -0.4f, 3 + 1.9f, 0.0f}, {9.0f, -0.7f, 9.0f, -0.7f}}) {
+    r.PositionY = y, r.VelocityY = vy;
+    r.Get_Track_Height();
+    EXPECT_FLOAT_EQ(r.PositionY, want_y) << y;
+    EXPECT_FLOAT_EQ(r.VelocityY, want_vy) << y;
+  }
+  EXPECT_FLOAT_EQ(RA::Shadow(r)[2].y, 3 + 1.5f);  // over the road, however high the racer
+
+  Set_Track({Block(0, 0, 0, 0, 4)});  // a block shrunk to a point
+  Place(0, 0, 0);
+  r.Get_Track_Height();
+  EXPECT_FLOAT_EQ(RA::Shadow(r)[0].y, 4 + 1.5f);
+}
+
+// Blocks 0 and 1 run on from the line at z 0; the last, 2, lies behind it: its front edge is the line.
+struct Progress : ::testing::Test {
+  clsHumanPlayer& r = Make_Players(3);
+  void SetUp() override {
+    Set_Track({Block(-5, 5, 0, 10), Block(-5, 5, 10, 20), Block(-5, 5, -10, 0)});
+    RA::WallGrip(r) = 0.8f;
+  }
+  // Drives racer 0 from the last block over the line with GameClock at clock.
+  void Cross_Line(i32 clock) {
+    RA::Set_Blocks(r, 2);
+    Place(0, 0, -4);
+    modMain::GameClock = clock;
+    Move(0, 0, -1);
+  }
+  std::array<i32, 3> Laps() const { return {r.cLapTime(1), r.cLapTime(2), r.cLapTime(3)}; }
+};
+
+TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
+  // Lap, finished flag, race time and block after each crossing.
+  const auto state = [this] {
+    return std::array<int, 4>{r.cOnLap, r.cFinishedRace, r.cRaceTime, r.cCurrentTrackBlock()};
+  };
+  // Laps after the finish change no time.
+  for (const auto& [clock, lap, done, time] :
+       {std::array{300, 2, 0, 0}, {650, 3, 0, 0}, {990, 4, 1, 990}, {1400, 5, 1, 990}}) {
+    Cross_Line(clock);
+    EXPECT_EQ(state(), (std::array{lap, done, time, 0})) << clock;
+  }
+  EXPECT_EQ(Laps(), (std::array<i32, 3>{300, 350, 340}));
+}
+
+TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
+  // Laps owed, wrong-way flag and block after each move.
+  const auto state = [this] { return std::array<int, 3>{r.cCheatMinusLaps, r.cWRONGWAY, r.cCurrentTrackBlock()}; };
+  Place(0, 0, 3);
+  Move(0, 0, -1.5f);  // only the rear corners are over the line
+  EXPECT_EQ(state(), (std::array{0, int{kTrue}, 0}));
+  Move(0, 0, -3);
+  EXPECT_EQ(state(), (std::array{-1, int{kTrue}, 2}));
+  Move(0, 0, 3);
+  EXPECT_EQ(state(), (std::array{0, int{kFalse}, 0}));
+  EXPECT_EQ(std::pair(int(r.cOnLap), int(r.cLapTime(1))), std::pair(1, 0));
+
+  auto& behind = modTracks::TrackBlock(2);
+  behind.Corner[0].y = behind.Corner[1].y = 8.5f;  // a steep step up behind the line throws the racer forward
+  Place(0, 0, 2.5f);
+  Move(0, 0, 1);  // the rear corners go from z 0.5 to -1, into block 2
+  EXPECT_EQ(std::pair(RA::Corners(r)[2].z, r.PositionZ), std::pair(0.0f, 2.0f));
+  EXPECT_GT(r.VelocityZ, 0);
+  EXPECT_EQ(r.cWRONGWAY, kTrue);
+}
+
+TEST_F(Progress, RacePositionByLapsThenBlockThenDistance) {
+  clsHumanPlayer &a = r, &b = P(1), &c = P(2);
+  auto put = [](clsHumanPlayer& q, i16 lap, i16 block, float x, float z) {
+    q.cOnLap = lap, q.PositionX = x, q.PositionZ = z;
+    RA::Set_Blocks(q, block);
+  };
+  auto position = [](clsHumanPlayer& q) {
+    q.Get_Race_Position();
+    return q.cRace_Position;
+  };
+  put(a, 1, 1, 0, 12);
+  put(b, 2, 0, 0, 5);
+  put(c, 1, 0, 0, 5);
+  EXPECT_EQ(position(a), 2);  // behind the lap leader, ahead of a lower block
+  b.cCheatMinusLaps = -1;     // lap 2 that owes a reverse crossing counts as lap 1
+  EXPECT_EQ(position(a), 1);
+  put(c, 1, 1, 0, 15);  // same block, nearer its front edge (z 20)
+  EXPECT_EQ(position(a), 2);
+  put(a, 1, 1, 1, 15);  // same distance from the midpoint: a tie counts for neither
+  put(c, 1, 1, -1, 15);
+  EXPECT_EQ(std::pair(position(a), position(c)), std::pair(i16(1), i16(1)));
+  modMain::NumOpponents = 0;
+  b.cCheatMinusLaps = 0;
+  EXPECT_EQ(position(a), 1);
+}
+
+}  // namespace
