@@ -1,6 +1,4 @@
 // The main menu's real loop: the slide gate, the buttons' actions and rectangles, the drawing.
-#include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "frontend/modMainScr.h"
@@ -12,20 +10,25 @@ namespace {
 class Menu : public ScreenTest {
  protected:
   explicit Menu(int w = 640, int h = 480) : ScreenTest(w, h) {}
-  // Runs the menu; returns the frame the slide first read 0 after, and sets ended_at.
-  int Run(std::function<void(int)> script) {
+  // Runs the menu under the script; returns the frame the slide first read 0 after, and sets ended_at.
+  int Run(std::vector<Step> script) {
     int over = -1;
-    frames = ended_at = 0;
-    on_frame = [&, script](int f) {
+    ended_at = 0;
+    on_frame = [&](int f) {
       if (ButtonSlide == 0 && over < 0) over = f;
-      if (script) script(f);
       if (!Is_Set(modMainScr::MenuRunning) && ended_at == 0) ended_at = f;
     };
     modMain::GameState = modMain::kStateMainMenu;
-    modMainScr::Main_Menu();
+    Play(std::move(script), modMainScr::Main_Menu);
     return over;
   }
-  int ended_at = 0;
+  // A press away from any button once the slide is over, then a press at (x, y) that leaves.
+  std::vector<Step> Miss_Then_Hit(float miss_x, float miss_y, float x, float y) {
+    return {{"slid in", [] { return ButtonSlide == 0; }, [=] { Move(miss_x, miss_y), Press(), Release(); }},
+            {"the miss let go", nullptr, nullptr},
+            {"press", nullptr, [=, this] { Move(x, y), Press(), pressed_at = frames; }}};
+  }
+  int ended_at = 0, pressed_at = 0;
 };
 
 struct Menu800 : Menu {
@@ -35,12 +38,10 @@ struct Menu800 : Menu {
 
 TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfterIt) {
   modMain::NumOpponents = -1;
-  const int over = Run([&](int f) {
-    if (f == 1) Move(300, 220);  // button 1
-    if (f == 5) Press();
-    if (f == 8) Release();
-    if (f == 20) Press();  // held until the slide is over
-  });
+  const auto sliding = [] { return ButtonSlide > 0; };
+  const int over = Run({Click("click button 1 while sliding", 300, 220, sliding),
+                        {"the click let go", nullptr, nullptr},
+                        {"press held from the slide", sliding, Press}});
   // 416 pixels at 0.4 per ms: 1040 ms of 16 ms frames, plus the first frame's zero step.
   EXPECT_GE(over, 66);
   EXPECT_LE(over, 68);
@@ -58,35 +59,24 @@ TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
   };
   for (const Case& c : {Case{226, 150, 3, 0, true}, Case{415, 238, 3, 4, true}, Case{320, 270, 4, -1, true},
                         Case{320, 338, 0, -1, false}}) {
+    SCOPED_TRACE(c.y);
     modMain::NumOpponents = -1;
     modMain::Running = kTrue;
-    Run([&](int f) {
-      if (f == 80) Move(320, 194);  // between buttons 0 and 1
-      if (f == 81) Press();
-      if (f == 83) Release();
-      if (f == 90) Move(c.x, c.y);
-      if (f == 91) Press();
-    });
-    EXPECT_EQ(ended_at, 92) << c.y;
-    EXPECT_EQ(modMain::GameState, c.state) << c.y;
-    EXPECT_EQ(modMain::NumOpponents, c.opponents) << c.y;
-    EXPECT_EQ(Is_Set(modMain::Running), c.running) << c.y;
+    Run(Miss_Then_Hit(320, 194, c.x, c.y));  // the miss between buttons 0 and 1
+    EXPECT_EQ(ended_at, pressed_at + 1);
+    EXPECT_EQ(modMain::GameState, c.state);
+    EXPECT_EQ(modMain::NumOpponents, c.opponents);
+    EXPECT_EQ(Is_Set(modMain::Running), c.running);
   }
   EXPECT_FALSE(modMainScr::MenuBackground) << "surfaces are released on leaving";
 }
 
 TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
-  const int over = Run([](int f) {
-    if (f == 120) Move(280, 188);  // one pixel left of button 0
-    if (f == 121) Press();
-    if (f == 123) Release();
-    if (f == 130) Move(281, 188);  // its top-left pixel
-    if (f == 131) Press();
-  });
+  const int over = Run(Miss_Then_Hit(280, 188, 281, 188));  // one pixel left of button 0, then its top-left pixel
   const Rect r = modMainScr::ButtonRects[0], r3 = modMainScr::ButtonRects[3];
   EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
   EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
-  EXPECT_EQ(ended_at, 132);
+  EXPECT_EQ(ended_at, pressed_at + 1);
   EXPECT_EQ(modMain::NumOpponents, 0);
   EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
 }
@@ -98,23 +88,24 @@ TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer
   auto lit = [&](int i) { return pic->Argb(100, 39 * i + 30) & 0xFFFFFF; };
   auto plain = [&](int i) { return pic->Argb(291, 39 * i + 30) & 0xFFFFFF; };
   ASSERT_NE(lit(0), plain(0));
-  Run([&](int f) {
-    if (f == 1) Move(400, 187);  // over button 0, near its bottom right
-    if (f == 30) {
-      const float drawn = ButtonSlide + 6.4f;  // the slide before this frame's step
-      EXPECT_EQ(At(int(std::lround(225 - drawn)) + 100, 180), lit(0)) << "button 0 from the left";
-      EXPECT_EQ(At(int(std::lround(225 + drawn)) + 100, 230), lit(1)) << "button 1 from the right";
-    }
-    if (f == 90) {
-      EXPECT_EQ(At(325, 180), lit(0));
-      EXPECT_EQ(At(400, 187), 0x18203Au) << "the pointer's hot spot is its top-left pixel";
-      Screenshot("main_menu");
-      Move(636, 476);
-    }
-    if (f == 92) {
-      EXPECT_EQ(At(325, 180), plain(0));
-      EXPECT_EQ(At(636, 476), 0x18203Au) << "the pointer is clipped at the corner, not dropped";
-      platform::Post_Event({platform::EventKind::Quit});
-    }
-  });
+  Run({{"pointer over button 0, near its bottom right", nullptr, [] { Move(400, 187); }},
+       {"half way in", [] { return ButtonSlide < 240; },
+        [&] {
+          const float drawn = ButtonSlide + 6.4f;  // the slide before this frame's step
+          EXPECT_EQ(At(int(std::lround(225 - drawn)) + 100, 180), lit(0)) << "button 0 from the left";
+          EXPECT_EQ(At(int(std::lround(225 + drawn)) + 100, 230), lit(1)) << "button 1 from the right";
+        }},
+       {"slid in", [] { return ButtonSlide == 0; }},
+       {"a frame drawn in place", nullptr,
+        [&] {
+          EXPECT_EQ(At(325, 180), lit(0));
+          EXPECT_EQ(At(400, 187), 0x18203Au) << "the pointer's hot spot is its top-left pixel";
+          Screenshot("main_menu");
+          Move(636, 476);
+        }},
+       {"the pointer in the corner", nullptr, [&] {
+          EXPECT_EQ(At(325, 180), plain(0));
+          EXPECT_EQ(At(636, 476), 0x18203Au) << "the pointer is clipped at the corner, not dropped";
+          platform::Post_Event({platform::EventKind::Quit});
+        }}});
 }

@@ -25,39 +25,38 @@ class HiScoreScreenTest : public ScreenTest {
 };
 
 TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
-  // One key a frame, typed the frame after: Backspace on nothing, Shift A, A, Shift keypad 1,
-  // F12, keypad 0 (nothing), 5, Space, Backspace; then B up to 23 characters.
+  // One key a frame: Backspace on nothing, Shift A, A, Shift keypad 1, F12, keypad 0 (nothing),
+  // 5, Space, Backspace; then B up to 23 characters. The name is read the frame after each key.
   const std::vector<std::pair<int, int16_t>> keys = {
       {-1, 8},  {1, 65},  {0, 65},  {1, 97}, {0, 123},
       {-1, 96}, {-1, 53}, {-1, 32}, {-1, 8}};  // shift: held, up, as it was
   std::vector<std::string> names;
   std::string saved_bytes;
-  bool still_entering = true;
-  on_frame = [&](int f) {
-    const size_t k = size_t(f - 2);
-    if (f >= 3 && k <= keys.size()) names.push_back(modHiScore::EnteredName);
-    if (f >= 2 && k < keys.size()) {
-      if (keys[k].first >= 0) keys[k].first ? Key_Down(16) : Key_Up(16);
-      Key(keys[k].second);
-    }
-    if (f >= 12 && f < 30) Key(66);
-    if (f == 20) Screenshot("hiscores");
-    if (f == 30 || f == 31) names.push_back(modHiScore::EnteredName);  // 31: no key, cut to 22
-    if (f == 32) Key(13);                                              // saving pumps twice more: frames 34 and 35
-    if (f == 38) {
-      still_entering = Is_Set(modHiScore::NewHiScore);
-      saved_bytes = testenv::Read_File(Path());
-      EXPECT_TRUE(Is_Set(modHiScore::HiScoreRunning));
-      EXPECT_EQ(modMain::PlayerName, names.back());
-    }
-    if (f == 40) Key(13);
-  };
-  modHiScore::Init_HiScore_Screen();
+  const auto read_name = [&] { names.push_back(modHiScore::EnteredName); };
+  std::vector<Step> script;
+  for (size_t i = 0; i < keys.size(); ++i)
+    script.push_back({"type " + std::to_string(keys[i].second), nullptr, [&, i] {
+                        if (i > 0) read_name();
+                        if (keys[i].first >= 0) keys[i].first ? Key_Down(16) : Key_Up(16);
+                        Key(keys[i].second);
+                      }});
+  script.push_back({"read", nullptr, read_name});
+  for (int b = 0; b < 18; ++b) script.push_back({"type B", nullptr, [] { Key(66); }});
+  script.push_back({"read", nullptr, read_name});
+  script.push_back({"read, no key: cut to 22", nullptr, read_name});
+  script.push_back({"Screenshot, Enter", nullptr, [] { Screenshot("hiscores"), Key(13); }});
+  script.push_back({"saved", [] { return !Is_Set(modHiScore::NewHiScore); },
+                    [&] {
+                      saved_bytes = testenv::Read_File(Path());
+                      EXPECT_TRUE(Is_Set(modHiScore::HiScoreRunning));
+                      EXPECT_EQ(modMain::PlayerName, names.back());
+                      Key(13);
+                    }});
+  Play(script, modHiScore::Init_HiScore_Screen);
   const std::string name = "Aaa{5bbbbbbbbbbbbbbbbb";
   EXPECT_EQ(names, (std::vector<std::string>{"", "A", "Aa", "Aaa", "Aaa{", "Aaa{", "Aaa{5", "Aaa{5 ", "Aaa{5",
                                              name + "b", name}));
   EXPECT_EQ(modHiScore::RaceFastestLap, 2);
-  EXPECT_FALSE(still_entering);
   EXPECT_EQ(saved_bytes, modHiScore::Encode_HiScores({212, name, 40000, name, 121000, name}));
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Settings_Path())[7], name);
   // The second Enter left; leaving saved the same table again and released the racer.
@@ -78,13 +77,11 @@ TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders
   testenv::Write_File(Path(), before);
   modMain::PlayerName = "Pilot";
   frmMain::EnterPressed = kTrue;  // the Enter that ended the race counts for nothing
-  on_frame = [&](int f) {
-    if (f == 3) Key(65);  // nothing to type into
-    if (f == 6) Key(13);
-  };
-  modHiScore::Init_HiScore_Screen();
-  // Enter posted with frame 6 ends the loop in frame 7; saving on the way out pumps once more.
-  EXPECT_EQ(frames, 8);
+  int enter_at = 0;
+  Play({{"type into nothing", nullptr, [] { Key(65); }}, {"Enter", nullptr, [&] { Key(13), enter_at = frames; }}},
+       modHiScore::Init_HiScore_Screen);
+  // Enter ends the loop on the next frame; saving on the way out pumps once more.
+  EXPECT_EQ(frames, enter_at + 2);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   EXPECT_EQ(modHiScore::EnteredName, "Pilot");
   EXPECT_EQ(modHiScore::Scores, held);
@@ -97,24 +94,23 @@ TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
                                           "abc",
                                           7));
   modMain::PlayerName = "Kit";
-  bool read_as_far_as_held = false;
-  on_frame = [&](int f) {
-    if (f == 3)
-      read_as_far_as_held = modHiScore::Scores == HiScoreTable{300, "", 0, "", 0, ""} && Is_Set(modHiScore::NewHiScore);
-    if (f % 6 == 3) Key(13);
-  };
-  modHiScore::Init_HiScore_Screen();
-  EXPECT_TRUE(read_as_far_as_held);
+  Play({{"the table read as far as it holds", nullptr,
+         [] {
+           EXPECT_EQ(modHiScore::Scores, (HiScoreTable{300, "", 0, "", 0, ""}));
+           EXPECT_TRUE(Is_Set(modHiScore::NewHiScore));
+           Key(13);
+         }},
+        {"saved", [] { return !Is_Set(modHiScore::NewHiScore); }, [] { Key(13); }}},
+       modHiScore::Init_HiScore_Screen);
   EXPECT_EQ(modHiScore::Scores, (HiScoreTable{300, "", 40000, "Kit", 121000, "Kit"}));
   EXPECT_EQ(modHiScore::Read_HiScore_File(Path()), modHiScore::Scores);
   // No file and no racers at all: the empty table, zero figures, no crash.
   std::filesystem::remove(Path());
   modMain::Players.clear();
-  frames = 0;
-  on_frame = [this](int f) {
-    if (f % 6 == 3) Key(13);
-  };
-  modHiScore::Init_HiScore_Screen();
+  modMain::GameState = modMain::kStateHiScore;
+  Play(
+      {{"Enter", nullptr, [] { Key(13); }}, {"saved", [] { return !Is_Set(modHiScore::NewHiScore); }, [] { Key(13); }}},
+      modHiScore::Init_HiScore_Screen);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   EXPECT_TRUE(std::filesystem::exists(Path()));
 }
