@@ -1,9 +1,7 @@
 // The menu fountain: birth only on the first update, motion, fading, the pointer's pull, the sprites drawn.
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "frontend/modMouseParticles.h"
 #include "mathmesh/modMATH.h"
 #include "support/screen_fixture.h"
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <string>
 #include <tuple>
 
 #include "core/settings.h"
