@@ -2,6 +2,7 @@
 // then the dialog as the player sees it.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 
 #include "app/startup.h"
@@ -30,22 +31,19 @@ TEST(SetupForm, FirstStartPreselectsTheDefaultModeTheBestDeviceAndTheFirstSoundD
   modMain::Default_Settings();
   const frmSetup::SetupForm f = Loaded({kRgb, kHal, kTnl});
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "640x480/16");
-  EXPECT_EQ(f.cmb3DDevice, 2);
-  EXPECT_EQ(f.cmbSoundDriver, 0);
+  EXPECT_EQ(std::pair(f.cmb3DDevice, f.cmbSoundDriver), std::pair(2, 0)) << "device, sound";
   EXPECT_FALSE(f.chkShowAgain);
   // Without the transform-and-lighting device the hardware one, else the first listed.
-  EXPECT_EQ(Loaded({kRgb, kHal}).cmb3DDevice, 1);
-  EXPECT_EQ(Loaded({kRgb}).cmb3DDevice, 0);
-  EXPECT_EQ(Loaded({}, {}).cmb3DDevice, -1);
+  EXPECT_EQ((std::array{Loaded({kRgb, kHal}).cmb3DDevice, Loaded({kRgb}).cmb3DDevice, Loaded({}, {}).cmb3DDevice}),
+            (std::array{1, 0, -1}));
   // Stored choices are preselected; ones that are gone fall back.
   modMain::D3DDeviceGuid = platform::kSoftwareDevice;
   modMain::SoundDeviceGuid = "Headphones";
-  EXPECT_EQ(Loaded({kTnl, kHal, kRgb}).cmb3DDevice, 2);
-  EXPECT_EQ(Loaded({kTnl, kHal, kRgb}).cmbSoundDriver, 1);
+  EXPECT_EQ(std::pair(Loaded({kTnl, kHal, kRgb}).cmb3DDevice, Loaded({kTnl, kHal, kRgb}).cmbSoundDriver),
+            std::pair(2, 1));
   modMain::D3DDeviceGuid = platform::kHardwareDevice;  // the machine has lost its GPU driver
   modMain::SoundDeviceGuid = "USB headset";
-  EXPECT_EQ(Loaded({kRgb, kTnl}).cmb3DDevice, 1);
-  EXPECT_EQ(Loaded({kRgb, kTnl}).cmbSoundDriver, 0);
+  EXPECT_EQ(std::pair(Loaded({kRgb, kTnl}).cmb3DDevice, Loaded({kRgb, kTnl}).cmbSoundDriver), std::pair(1, 0));
 }
 
 TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
@@ -168,18 +166,11 @@ TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
 
 TEST_F(SetupDialog, DraggingClickingAndStartGoThroughTheWindow) {
   // Drag the resolution thumb from the left end to the right end of its bar, check the box, Start.
-  Script({{"HScrollRes", -90},
-          {"HScrollRes", -90, true},
-          {"HScrollRes", -30, true},
-          {"HScrollRes", 30, true},
-          {"HScrollRes", 95, true},
-          {"HScrollRes", 95},
-          {"Label1"},
-          {"Label1", 0, true},
-          {"Label1"},
-          {"lblStart"},
-          {"lblStart", 0, true},
-          {"lblStart"}});
+  std::vector<Step> steps = {{"HScrollRes", -90}};
+  for (const float dx : {-90, -30, 30, 95}) steps.push_back({"HScrollRes", dx, true});
+  steps.push_back({"HScrollRes", 95});
+  for (const char* c : {"Label1", "lblStart"}) steps.insert(steps.end(), {{c}, {c, 0, true}, {c}});  // a click
+  Script(steps);
   std::vector<std::string> captions;
   frmSetup::Set_Frame_Hook([&](const frmSetup::SetupForm& f, int) {
     if (captions.empty() || captions.back() != f.lblRes) captions.push_back(f.lblRes);

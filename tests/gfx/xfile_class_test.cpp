@@ -192,7 +192,8 @@ TEST(GeneratedShips, CatalogueGivesRaceableShipsThatFeelDifferent) {
   std::set<std::string> bases;
   for (const Ship& s : ships) {
     SCOPED_TRACE(s.BaseName);
-    EXPECT_TRUE(!s.DisplayName.empty() && bases.insert(s.BaseName).second) << "names present, base names differ";
+    EXPECT_FALSE(s.DisplayName.empty());
+    EXPECT_TRUE(bases.insert(s.BaseName).second) << "base names differ";
     EXPECT_GT(s.AngularDrag, 0);
     ASSERT_GT(s.LinearDrag, s.Thrust) << "no top speed";
     EXPECT_PRED3(Between, 60 * Top_Speed(s) * Top_Speed(s), 140, 310);  // mph
@@ -226,7 +227,8 @@ TEST(GeneratedShips, MeshesLoadWithSkinsAndFitTheFootprint) {
       EXPECT_GT(Volume(p), 0.0) << "a part faces inward";
       EXPECT_NE(p.PartTexture, nullptr) << "the file's skin did not load";
       EXPECT_EQ(p.PartTexture, mesh.Parts[0].PartTexture) << "one skin file, one texture";
-      for (const MeshVertex& v : p.PartVertices) ASSERT_TRUE(v.tu >= 0 && v.tu <= 1 && v.tv >= 0 && v.tv <= 1);
+      for (const MeshVertex& v : p.PartVertices)
+        ASSERT_TRUE(v.tu >= 0 && v.tu <= 1 && v.tv >= 0 && v.tv <= 1) << "uv outside the skin: " << v.tu << "," << v.tv;
     }
     // The glowing nozzles sit at the tail: the nose points along +z.
     const MeshPart& exhaust = mesh.Parts.back();

@@ -26,8 +26,7 @@ const HiScoreTable kShort{230, "Al", 40000, "", 125000, "Bo"};
 
 }  // namespace
 
-TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndian) {
-  // 95, "Ann", 40000, "", -435832, "Bo"
+TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndianAndAShorterTableLeavesTheOldTail) {
   const std::string expected(
       "\x5F\x00\x03\x00"
       "Ann"
@@ -37,18 +36,14 @@ TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndian) {
   const HiScoreTable t{95, "Ann", 40000, "", -435832, "Bo"};
   EXPECT_EQ(modHiScore::Encode_HiScores(t), expected);
   EXPECT_EQ(Decode(expected), t);
-}
 
-TEST(HiScoreFile, ShorterTableLeavesTheOldTailAndReadsBackExactly) {
   testenv::ScratchAppDir dir;
-  const std::string path = dir.path() + "/Hiscores.Dat";
+  const std::string path = dir.path() + "/Hiscores.Dat", fresh = modHiScore::Encode_HiScores(kShort);
   ASSERT_TRUE(modHiScore::Write_HiScore_File(path, kLong));
   const std::string long_bytes = testenv::Read_File(path);
   ASSERT_TRUE(modHiScore::Write_HiScore_File(path, kShort));
-  const std::string bytes = testenv::Read_File(path);
-  const std::string fresh = modHiScore::Encode_HiScores(kShort);
   ASSERT_GT(long_bytes.size(), fresh.size());
-  EXPECT_EQ(bytes, fresh + long_bytes.substr(fresh.size()));
+  EXPECT_EQ(testenv::Read_File(path), fresh + long_bytes.substr(fresh.size()));
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), kShort);
   EXPECT_FALSE(std::filesystem::exists(path + ".new"));
 }
@@ -94,19 +89,21 @@ TEST(HiScoreFile, ShortAndCorruptFilesReadAsFarAsTheyHold) {
     const HiScoreTable want{i16(fields >= 1 ? kLong.BestTopSpeed : 0), fields >= 2 ? kLong.BestTopSpeedName : "",
                             fields >= 3 ? kLong.BestLap : 0,           fields >= 4 ? kLong.BestLapName : "",
                             fields >= 5 ? kLong.BestRace : 0,          fields >= 6 ? kLong.BestRaceName : ""};
-    EXPECT_TRUE(t == want && (fields == 6) == (cut == whole.size())) << cut;
+    EXPECT_EQ(t, want) << cut;
+    EXPECT_EQ(fields == 6, cut == whole.size()) << cut;
   }
   // A negative name count is an empty name and reading goes on; a count past the end stops it.
   const std::string negative("\x10\x00\xFF\xFF\x20\x00\x00\x00\x00\x80\x80\x07\x00\x00\x01\x00Z", 17);
   int fields = 0;
-  EXPECT_EQ(Decode(negative, &fields), (HiScoreTable{16, "", 32, "", 1920, "Z"}));
-  EXPECT_EQ(fields, 6);
+  EXPECT_EQ(std::pair(Decode(negative, &fields), fields), std::pair(HiScoreTable{16, "", 32, "", 1920, "Z"}, 6));
   const std::string past("\x10\x00\xFF\x7Fwxyz", 8);
-  EXPECT_EQ(Decode(past, &fields), (HiScoreTable{16, "", 0, "", 0, ""}));
-  EXPECT_EQ(fields, 1);
+  EXPECT_EQ(std::pair(Decode(past, &fields), fields), std::pair(HiScoreTable{16, "", 0, "", 0, ""}, 1));
 }
 
-TEST(HiScoreRules, TiesNeverCountAndEmptyTablesAlwaysFall) {
+TEST(HiScoreRules, TiesNeverCountEmptyTablesAlwaysFallAndTimesRoundHundredthsToEven) {
+  for (const auto& [ms, text] :
+       {std::pair{83456, "01:23:46"}, {59996, "00:60:00"}, {60000, "01:00:00"}, {6000000, "100:00:00"}})
+    EXPECT_EQ(modHiScore::Time_Text(ms), text) << ms;
   const HiScoreTable held{150, "Old", 40000, "Old", 125000, "Old"};
   RaceFigures same{150, {40000, 40500, 41000}, 125000};  // ties on all three
   EXPECT_FALSE(modHiScore::Is_New_Record(held, same));
@@ -129,12 +126,6 @@ TEST(HiScoreRules, TiesNeverCountAndEmptyTablesAlwaysFall) {
   EXPECT_EQ(fresh, (HiScoreTable{0, "", 40000, "Ann", 121000, "Ann"}));
 }
 
-TEST(HiScoreRules, TimeTextRoundsHundredthsToEvenAndGrowsPastAnHour) {
-  for (const auto& [ms, text] :
-       {std::pair{83456, "01:23:46"}, {59996, "00:60:00"}, {60000, "01:00:00"}, {6000000, "100:00:00"}})
-    EXPECT_EQ(modHiScore::Time_Text(ms), text) << ms;
-}
-
 // A child saving over and over is killed at random: the file holds one whole table or the other.
 TEST(HiScoreFile, SavesSurviveBeingKilled) {
   testenv::ScratchAppDir dir;
@@ -145,14 +136,8 @@ TEST(HiScoreFile, SavesSurviveBeingKilled) {
 
   int interrupted_writes = 0, ended_new = 0;
   const int kills = testenv::Kill_While_Saving(
-      [&] {
-        testenv::Write_File(path, old_bytes);
-        std::filesystem::remove(path + ".new");
-      },
-      [&] {
-        modHiScore::Write_HiScore_File(path, kShort);
-        modHiScore::Write_HiScore_File(path, kLong);
-      },
+      [&] { testenv::Write_File(path, old_bytes), std::filesystem::remove(path + ".new"); },
+      [&] { modHiScore::Write_HiScore_File(path, kShort), modHiScore::Write_HiScore_File(path, kLong); },
       [&](int round) {
         if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
         const std::string now = testenv::Read_File(path);
@@ -163,7 +148,9 @@ TEST(HiScoreFile, SavesSurviveBeingKilled) {
       });
   EXPECT_EQ(kills, 200);
   // Kills must catch copies part-way and both tables in place, or the test proves nothing.
-  EXPECT_TRUE(interrupted_writes > 0 && ended_new > 0 && ended_new < kills);
+  EXPECT_GT(interrupted_writes, 0);
+  EXPECT_GT(ended_new, 0);
+  EXPECT_LT(ended_new, kills);
   std::printf("kills: %d, copy half-made: %d, new table in place: %d\n", kills, interrupted_writes, ended_new);
 }
 

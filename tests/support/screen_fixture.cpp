@@ -19,10 +19,8 @@ std::string Save_Screen(const std::string& path) {
 void DisplayTest::SetUp() {
   dir_.Copy_From_Game("Gfx");
   modMain::Default_Settings();
-  modMain::ScreenWidth = static_cast<i16>(width_);
-  modMain::ScreenHeight = static_cast<i16>(height_);
-  modMain::ScaleX = float(width_) / 640.0f;
-  modMain::ScaleY = float(height_) / 480.0f;
+  modMain::ScreenWidth = static_cast<i16>(width_), modMain::ScreenHeight = static_cast<i16>(height_);
+  modMain::ScaleX = float(width_) / 640.0f, modMain::ScaleY = float(height_) / 480.0f;
   modMain::Create_Log();
   ASSERT_TRUE(platform::Open_Window("Brindlex Quorval"));
   ASSERT_TRUE(mod3Denhance::Init_DDraw(modMain::ScreenWidth, modMain::ScreenHeight, modMain::ScreenBPP));
@@ -53,8 +51,7 @@ void ScreenTest::SetUp() {
   platform::Set_Manual_Clock(100000);
   modMain::LastTick = platform::Tick_Count();
   modMain::Randomize(7);
-  modMain::Running = kTrue;
-  modMain::QuitRequested = false;
+  modMain::Running = kTrue, modMain::QuitRequested = false;
   platform::Set_Pump_Hook([this](uint64_t) {
     platform::Advance_Manual_Clock(step_ms);
     if (++frames > max_frames) platform::Post_Event({platform::EventKind::Quit});
@@ -88,12 +85,6 @@ void ScreenTest::TearDown() {
   modText::Release_Fonts();
   DisplayTest::TearDown();
 }
-
-void ScreenTest::Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y}); }
-void ScreenTest::Press() { platform::Post_Event({platform::EventKind::MouseDown, 0, 1}); }
-void ScreenTest::Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
-void ScreenTest::Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
-void ScreenTest::Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
 
 bool ScreenTest::Shows_Text(int x, int y, u8 font, const std::string& text) {
   const int w = static_cast<int>(text.size()) * modText::FontCell[font].width, h = modText::FontCell[font].height;

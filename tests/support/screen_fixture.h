@@ -67,11 +67,11 @@ class ScreenTest : public DisplayTest {
     return {std::move(what), std::move(until), [x, y] { Move(x, y), Press(), Release(); }};
   }
 
-  static void Move(float x, float y);
-  static void Press();  // left mouse button
-  static void Release();
-  static void Key_Down(int16_t key);
-  static void Key_Up(int16_t key);
+  static void Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y}); }
+  static void Press() { platform::Post_Event({platform::EventKind::MouseDown, 0, 1}); }  // left mouse button
+  static void Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
+  static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
+  static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
   // A key pressed now and let go at the next pump, so one frame sees it held.
   static void Key(int16_t key) { Key_Down(key), Key_Up(key); }
   // Writes the back buffer to screenshots/<name>.png in the test's working folder.
