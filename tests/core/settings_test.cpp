@@ -21,42 +21,33 @@ std::string Ini(std::initializer_list<const char*> lines) {
 }
 }  // namespace
 
-TEST(Settings, MissingFileLogsAndTakesDefaults) {
+TEST(Settings, AMissingFileLogsAndTakesDefaultsAndWrittenValuesRoundTripByteForByteAndScale) {
   testenv::ScratchAppDir dir;
-  ScreenWidth = 1024;
-  KeyUp = 65;
+  ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
   Read_Settings();
-  EXPECT_EQ(ScreenWidth, 640);
-  EXPECT_EQ(KeyUp, 38);
-  EXPECT_FLOAT_EQ(ScaleX, 1.0f);
-  EXPECT_FLOAT_EQ(ScaleY, 1.0f);
+  EXPECT_EQ(std::pair(ScreenWidth, KeyUp), std::pair(i16(640), i16(38)));
+  EXPECT_EQ(std::pair(ScaleX, ScaleY), std::pair(1.0f, 1.0f));
   EXPECT_EQ(testenv::Read_Lines_CRLF(Log_Path()),
             (std::vector<std::string>{"Program Started", " ", "Quorval.ini not found, Using Default Settings"}));
   // The file is only written by the dialogs, never by reading.
   EXPECT_TRUE(testenv::Read_File(Settings_Path()).empty());
-}
 
-TEST(Settings, DefaultsAndChangedValuesRoundTripByteForByteAndScale) {
-  testenv::ScratchAppDir dir;
   Default_Settings();
   Write_Settings();
   EXPECT_EQ(testenv::Read_File(Settings_Path()),
             Ini({"0", "640", "480", "16", "<none>", "<none>", "1", "", "0", "38", "40", "37", "39"}));
   SkipSetup = 1, ScreenWidth = 800, ScreenHeight = 600, ScreenBPP = 32, Difficulty = 3, KeyUp = 87;
-  D3DDeviceGuid = "IID_IDirect3DHALDevice";
-  PlayerName = "Ada Vance";
+  D3DDeviceGuid = "IID_IDirect3DHALDevice", PlayerName = "Ada Vance";
   Write_Settings();
   Default_Settings();
   PlayerName = "stale";
   Read_Settings();
   EXPECT_EQ((std::array<int, 5>{SkipSetup, ScreenWidth, ScreenBPP, Difficulty, KeyUp}),
             (std::array<int, 5>{1, 800, 32, 3, 87}));
-  EXPECT_EQ(D3DDeviceGuid, "IID_IDirect3DHALDevice");
-  EXPECT_EQ(PlayerName, "Ada Vance");
-  EXPECT_EQ(SoundDeviceGuid, "<none>");
-  EXPECT_FLOAT_EQ(ScaleX, 1.25f);
-  EXPECT_FLOAT_EQ(ScaleY, 1.25f);
+  EXPECT_EQ((std::array{D3DDeviceGuid, PlayerName, SoundDeviceGuid}),
+            (std::array<std::string, 3>{"IID_IDirect3DHALDevice", "Ada Vance", "<none>"}));
+  EXPECT_EQ(std::pair(ScaleX, ScaleY), std::pair(1.25f, 1.25f));
   Default_Settings();  // an empty name reads back empty
   Write_Settings();
   PlayerName = "stale";

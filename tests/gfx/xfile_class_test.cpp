@@ -186,7 +186,7 @@ double Volume(const MeshPart& p) {
   return v / 6;
 }
 
-TEST(GeneratedShips, CatalogueGivesRaceableShipsThatFeelDifferent) {
+TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThatFitTheFootprint) {
   const std::vector<Ship> ships = Catalogue();
   ASSERT_GE(ships.size(), 4u);
   std::set<std::string> bases;
@@ -206,12 +206,9 @@ TEST(GeneratedShips, CatalogueGivesRaceableShipsThatFeelDifferent) {
   const auto quickest = std::max_element(ships.begin(), ships.end(), by(Pick_Up));
   EXPECT_NE(fastest, quickest);
   EXPECT_GT(Top_Speed(*fastest) - Top_Speed(*quickest), 0.2);
-}
 
-TEST(GeneratedShips, MeshesLoadWithSkinsAndFitTheFootprint) {
+  // Meshes, skins and shadows.
   testenv::ScratchAppDir app;
-  const std::vector<Ship> ships = Catalogue();
-  ASSERT_FALSE(ships.empty());
   for (const Ship& s : ships) {
     SCOPED_TRACE(s.BaseName);
     XFileClass mesh;
