@@ -37,6 +37,7 @@ TEST(VirtualKeys, TableCoversTheGameKeys) {
 // Every handler call as text, in order.
 struct Recorder {
   std::vector<std::string> seen;
+  float stick_x = 0, stick_y = 0;
   Recorder() {
     platform::InputHandlers h;
     const auto add = [this](std::string what, int16_t v, int16_t shift) {
@@ -49,6 +50,10 @@ struct Recorder {
     h.mouse_move = [this](int16_t, int16_t, float x, float y) {
       seen.push_back("move " + std::to_string(x) + "," + std::to_string(y));
     };
+    h.pad_down = [add](int16_t c) { add("pad down", c, 0); };
+    h.pad_up = [add](int16_t c) { add("pad up", c, 0); };
+    h.pad_plug = [this](bool in) { seen.push_back(in ? "plug" : "unplug"); };
+    h.pad_stick = [this](float x, float y) { stick_x = x, stick_y = y; };
     platform::Set_Input_Handlers(h);
   }
   ~Recorder() { platform::Set_Input_Handlers({}); }
@@ -122,14 +127,8 @@ TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
 
 TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   ASSERT_TRUE(platform::Open_Window("pad"));
-  std::vector<std::string> seen;
-  float stick_x = 0, stick_y = 0;
-  platform::InputHandlers h;
-  h.pad_down = [&](int16_t c) { seen.push_back("down " + std::to_string(c)); };
-  h.pad_up = [&](int16_t c) { seen.push_back("up " + std::to_string(c)); };
-  h.pad_plug = [&](bool in) { seen.push_back(in ? "plug" : "unplug"); };
-  h.pad_stick = [&](float x, float y) { stick_x = x, stick_y = y; };
-  platform::Set_Input_Handlers(h);
+  Recorder r;
+  auto& [seen, stick_x, stick_y] = r;
   const auto step = [&] {
     seen.clear();
     platform::Pump_Messages();
@@ -143,13 +142,13 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
 
   platform::Set_Virtual_Pad(platform::kPadX, 1);
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.2f);  // inside the trigger's dead zone
-  EXPECT_EQ(step(), V{"down 2"});
+  EXPECT_EQ(step(), V{"pad down 2"});
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.4f);
-  EXPECT_EQ(step(), V{"down 24"});
+  EXPECT_EQ(step(), V{"pad down 24"});
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.25f);  // eased off, but not let go
   EXPECT_EQ(step(), V{}) << "a trigger lets go lower than it presses";
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.1f);
-  EXPECT_EQ(step(), V{"up 24"});
+  EXPECT_EQ(step(), V{"pad up 24"});
 
   // The stick: a press past half way, and the pointer's reading from the dead zone's edge.
   platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0.2f);
@@ -157,7 +156,7 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   EXPECT_EQ(stick_y, 0.0f) << "inside the pointer's dead zone";
   platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 1);
   platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0);
-  EXPECT_EQ(step(), V{"down 15"});
+  EXPECT_EQ(step(), V{"pad down 15"});
   EXPECT_NEAR(std::hypot(stick_x + 1, stick_y), 0, 1e-3) << "full left";
   platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 0.625f);
   step();
@@ -168,13 +167,12 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   ASSERT_EQ(gone.size(), 3u);
   EXPECT_EQ(gone.back(), "unplug") << "after letting go of what it held";
   std::sort(gone.begin(), gone.end() - 1);
-  EXPECT_EQ(gone, (V{"up 15", "up 2", "unplug"}));
+  EXPECT_EQ(gone, (V{"pad up 15", "pad up 2", "unplug"}));
   EXPECT_EQ(std::pair(platform::Pad_Connected(), platform::Pad_Name()), std::pair(false, std::string()));
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Second Pad"));
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Second Pad");
   platform::Detach_Virtual_Pad();
-  platform::Set_Input_Handlers({});
   platform::Close_Window();
 }
 
