@@ -67,13 +67,9 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   platform::Set_Pump_Hook([&](uint64_t pump) {
     counts.push_back(pump);
     if (pump != 0) return;
-    platform::InputEvent shifted{platform::EventKind::KeyDown, 65};
-    shifted.shift = 1;
-    platform::Post_Event(shifted);
+    platform::Post_Event({platform::EventKind::KeyDown, 65, 0, 1});
     platform::Post_Event({platform::EventKind::KeyDown, 65});
-    platform::InputEvent move{platform::EventKind::MouseMove};
-    move.x = 12.5f, move.y = 40;
-    platform::Post_Event(move);
+    platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, 12.5f, 40});
   });
   platform::Pump_Messages();
   platform::Pump_Messages();
@@ -85,13 +81,10 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   r.seen.clear();
   for (auto kind : {platform::EventKind::KeyDown, platform::EventKind::KeyUp}) platform::Post_Event({kind, 13});
   platform::Post_Event({platform::EventKind::KeyDown, 27});  // behind the release: waits too
-  platform::InputEvent click{platform::EventKind::MouseDown};
-  click.button = 1;
   platform::Pump_Messages();
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13"}));
-  platform::Post_Event(click);
-  click.kind = platform::EventKind::MouseUp;
-  platform::Post_Event(click);
+  platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
+  platform::Post_Event({platform::EventKind::MouseUp, 0, 1});
   platform::Pump_Messages();
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
   platform::Pump_Messages();

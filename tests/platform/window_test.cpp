@@ -25,13 +25,10 @@ class WindowTest : public ScreenTest {
     ScreenTest::TearDown();
   }
   static void Press_Window_Key(int16_t key, int16_t shift) {
-    platform::InputEvent e{platform::EventKind::KeyDown, key};
-    e.shift = shift;
-    platform::Post_Event(e);
-    e.kind = platform::EventKind::KeyUp;
-    platform::Post_Event(e);
-    platform::Pump_Messages();
-    platform::Pump_Messages();
+    for (auto kind : {platform::EventKind::KeyDown, platform::EventKind::KeyUp}) {
+      platform::Post_Event({kind, key, 0, shift});
+      platform::Pump_Messages();
+    }
   }
   // Draws the buttons picture at (10, 20) and returns what the back buffer then shows there.
   std::vector<uint32_t> Draw_Buttons() {
