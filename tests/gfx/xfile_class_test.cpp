@@ -153,10 +153,7 @@ TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesid
     EXPECT_EQ(XFileClass::Texture_Path("/g/Objects/", name), path);
 }
 
-}  // namespace
-
 // The generated ships: a raceable, varied catalogue; meshes, skins and shadows that fit the footprint.
-namespace {
 
 using Ship = shipsdat::ShipRecord;
 

@@ -169,13 +169,10 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   platform::Close_Window();
 }
 
-}  // namespace
-
 // Frame pacing against a model display: a swap that blocks until the next refresh (or, for
 // a display without vsync, returns at once), the game's frame work, and sleeps that wake a
 // little late as real ones do. A refresh missed while the work would have fitted is the
 // pacer's fault.
-namespace {
 
 struct Paced {
   int missed = 0;      // refreshes that showed no new frame

@@ -144,7 +144,7 @@ TEST(HiScoreFile, SavesSurviveBeingKilled) {
         EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
         ended_new += now == new_bytes;
         const HiScoreTable t = modHiScore::Read_HiScore_File(path);
-        EXPECT_TRUE(t == kLong || t == kShort);
+        EXPECT_TRUE(t == kLong || t == kShort) << "round " << round << ": neither table reads back";
       });
   EXPECT_EQ(kills, 200);
   // Kills must catch copies part-way and both tables in place, or the test proves nothing.

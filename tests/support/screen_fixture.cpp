@@ -56,25 +56,25 @@ void ScreenTest::SetUp() {
     platform::Advance_Manual_Clock(step_ms);
     if (++frames > max_frames) platform::Post_Event({platform::EventKind::Quit});
     if (on_frame) on_frame(frames);
-    if (next_ == script_.size()) return;
-    Step& s = script_[next_];
+    if (next_step_ == steps_.size()) return;
+    Step& s = steps_[next_step_];
     if (!s.until || s.until()) {
       if (s.act) s.act();
-      ++next_, waited_ = 0;
+      ++next_step_, waited_ = 0;
     } else if (++waited_ > s.limit) {
-      ADD_FAILURE() << "step " << next_ + 1 << " waited " << s.limit << " frames for: " << s.what;
-      next_ = script_.size();
+      ADD_FAILURE() << "step " << next_step_ + 1 << " waited " << s.limit << " frames for: " << s.what;
+      next_step_ = steps_.size();
       platform::Post_Event({platform::EventKind::Quit});
     }
   });
 }
 
 void ScreenTest::Play(std::vector<Step> script, const std::function<void()>& screen) {
-  script_ = std::move(script), next_ = 0, waited_ = 0, frames = 0;
+  steps_ = std::move(script), next_step_ = 0, waited_ = 0, frames = 0;
   screen();
-  if (next_ < script_.size())
-    ADD_FAILURE() << "the screen left before step " << next_ + 1 << ": " << script_[next_].what;
-  script_.clear(), next_ = 0;
+  if (next_step_ < steps_.size())
+    ADD_FAILURE() << "the screen left before step " << next_step_ + 1 << ": " << steps_[next_step_].what;
+  steps_.clear(), next_step_ = 0;
 }
 
 void ScreenTest::TearDown() {

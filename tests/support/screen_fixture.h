@@ -72,7 +72,8 @@ class ScreenTest : public DisplayTest {
   static void Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
   static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
   static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
-  // A key pressed now and let go at the next pump, so one frame sees it held.
+  // A key pressed now and let go at the next pump (the pump holds a release back behind its own
+  // press), so one frame sees it held.
   static void Key(int16_t key) { Key_Down(key), Key_Up(key); }
   // Writes the back buffer to screenshots/<name>.png in the test's working folder.
   static void Screenshot(const std::string& name) { testenv::Save_Screen("screenshots/" + name + ".png"); }
@@ -88,7 +89,7 @@ class ScreenTest : public DisplayTest {
   std::function<void(int frame)> on_frame;
 
  private:
-  std::vector<Step> script_;
-  size_t next_ = 0;
+  std::vector<Step> steps_;
+  size_t next_step_ = 0;
   int waited_ = 0;
 };
