@@ -27,23 +27,27 @@ class InputTest : public ::testing::Test {
   }
 };
 
-TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndBoundKeysRaiseNoFlags) {
+TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndOnlyUnboundEnterEscapeShiftRaiseFlags) {
+  for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
+  EXPECT_EQ((std::array{Pressed(Press::Enter), Pressed(Press::Escape), Is_Set(ShiftPressed)}),
+            (std::array{true, true, true}));
+  Form_KeyUp(27, 0);
+  EXPECT_FALSE(Pressed(Press::Escape));
+  Reset_Input();
+
   Form_KeyDown(38, 0);  // no racer yet: only the key state
   EXPECT_EQ(KeyState[38], kTrue);
   clsHumanPlayer& p = Add_Player();
   for (i16 key : {38, 40, 37, 39}) Form_KeyDown(key, 0);
   EXPECT_EQ((std::array{p.Thrust, p.Brake, p.SteerLeft, p.SteerRight}), (std::array{kTrue, kTrue, kTrue, kTrue}));
   Form_KeyUp(38, 0);
-  EXPECT_EQ(p.Thrust, kFalse);
-  EXPECT_EQ(p.Brake, kTrue);
-  EXPECT_EQ(KeyState[38], kFalse);
+  EXPECT_EQ((std::array{p.Thrust, p.Brake, KeyState[38]}), (std::array{kFalse, kTrue, kFalse}));
 
   Reset_Input();
   p.Thrust = p.Brake = kFalse;
   KeyDown = 38;  // Up bound twice: the first control in order takes it
   Form_KeyDown(38, 0);
-  EXPECT_EQ(p.Thrust, kTrue);
-  EXPECT_EQ(p.Brake, kFalse);
+  EXPECT_EQ(std::pair(p.Thrust, p.Brake), std::pair(kTrue, kFalse));
 
   KeyUp = 13, KeyLeft = 27, KeyRight = 16;  // bound Enter, Escape, Shift drive, never flag
   for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
@@ -51,17 +55,9 @@ TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndBoundKeysRaiseNoFlag
                         Is_Set(ShiftPressed)}),
             (std::array{true, true, false, false, false}));
   EXPECT_EQ(KeyState[13], kTrue);
-}
-
-TEST_F(InputTest, UnboundEnterEscapeShiftAndHighCodes) {
-  for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
-  EXPECT_EQ((std::array{Pressed(Press::Enter), Pressed(Press::Escape), Is_Set(ShiftPressed)}),
-            (std::array{true, true, true}));
-  Form_KeyUp(27, 0);
-  EXPECT_FALSE(Pressed(Press::Escape));
 
   // Codes from 124 up reach the bindings but record no key state.
-  clsHumanPlayer& p = Add_Player();
+  p.Thrust = kFalse;
   KeyUp = 186;
   Form_KeyDown(186, 0);
   Form_KeyDown(124, 0);
@@ -70,7 +66,7 @@ TEST_F(InputTest, UnboundEnterEscapeShiftAndHighCodes) {
   EXPECT_EQ(KeyState[123], kTrue);
 }
 
-TEST_F(InputTest, MouseButtonsAndRounding) {
+TEST_F(InputTest, MouseButtonsRoundingAndThePumpDeliveringQueuedEventsInOrder) {
   Form_MouseDown(2, 0, 10, 10);
   EXPECT_FALSE(Pressed(Press::LeftClick));
   Form_MouseDown(1, 0, 10, 10);
@@ -88,16 +84,11 @@ TEST_F(InputTest, MouseButtonsAndRounding) {
   Form_MouseUp(1, 0, 10, 10);
   Form_MouseDown(1, 0, 10, 10);
   EXPECT_TRUE(Pressed(Press::LeftClick)) << "the next press";
-
   Form_MouseMove(0, 0, 319.5f, 320.5f);
-  EXPECT_EQ(MouseX, 320);
-  EXPECT_EQ(MouseY, 320);
+  EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(320), i16(320)));
   Form_MouseMove(0, 0, 0.49f, 479.51f);
-  EXPECT_EQ(MouseX, 0);
-  EXPECT_EQ(MouseY, 480);
-}
+  EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(0), i16(480)));
 
-TEST_F(InputTest, PumpDeliversQueuedEventsInOrder) {
   frmMain::Show();
   clsHumanPlayer& p = Add_Player();
   platform::Post_Event({platform::EventKind::KeyDown, 38, 0, 0, 0, 0});
@@ -107,25 +98,17 @@ TEST_F(InputTest, PumpDeliversQueuedEventsInOrder) {
   EXPECT_EQ(p.Thrust, kFalse);  // nothing happens before the pump
   platform::Pump_Messages();
   EXPECT_EQ(p.Thrust, kTrue);  // the release waits a frame so the press is seen
-  EXPECT_EQ(MouseX, 100);
-  EXPECT_EQ(MouseY, 7);
+  EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(100), i16(7)));
   platform::Pump_Messages();
   EXPECT_EQ(p.Thrust, kFalse);
   frmMain::Unload();
 }
 
-class FrameTimerTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    platform::Use_Manual_Clock(true);
-    platform::Set_Manual_Clock(1000);
-    Start_Frame_Timer();
-    GameClock = 0;
-  }
-  void TearDown() override { platform::Use_Manual_Clock(false); }
-};
-
-TEST_F(FrameTimerTest, LongFramesAreCappedAt50AndBothClocksWrap) {
+TEST(Clocks, LongFramesAreCappedAt50BothClocksWrapAndDisplaysAbove60HzStepSixtyASecond) {
+  platform::Use_Manual_Clock(true);
+  platform::Set_Manual_Clock(1000);
+  Start_Frame_Timer();
+  GameClock = 0;
   platform::Advance_Manual_Clock(200);
   Update_Frame_Timer();
   EXPECT_EQ((std::array{FrameTime, GameClock}), (std::array{50, 50}));
@@ -141,9 +124,9 @@ TEST_F(FrameTimerTest, LongFramesAreCappedAt50AndBothClocksWrap) {
   platform::Advance_Manual_Clock(16);
   Update_Frame_Timer();
   EXPECT_EQ(FrameTime, 16);
-}
+  platform::Use_Manual_Clock(false);
 
-TEST(DesignSteps, EveryFrameAt60HzAndSixtyASecondOnFasterDisplays) {
+  // Every frame at 60 Hz and below is one step; faster displays take sixty a second.
   for (const auto& [hz, steps_per_second] :
        {std::pair{60, 60}, std::pair{50, 50}, std::pair{120, 60}, std::pair{144, 60}}) {
     platform::Set_Refresh_Rate(hz);
@@ -167,9 +150,7 @@ TEST(RandomSource, UniformInUnitIntervalAndSeeded) {
     const float r = Rnd();
     ASSERT_GE(r, 0.0f);
     ASSERT_LT(r, 1.0f);
-    sum += r;
-    lo = std::min(lo, r);
-    hi = std::max(hi, r);
+    sum += r, lo = std::min(lo, r), hi = std::max(hi, r);
   }
   EXPECT_NEAR(sum / 100000, 0.5, 0.01);
   EXPECT_LT(lo, 0.001f);

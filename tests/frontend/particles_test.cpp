@@ -1,9 +1,7 @@
 // The menu fountain: birth only on the first update, motion, fading, the pointer's pull, the sprites drawn.
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <array>
 
-#include "frontend/modMouseParticles.h"
 #include "mathmesh/modMATH.h"
 #include "support/screen_fixture.h"
 
@@ -40,10 +38,15 @@ class Particles : public DisplayTest {
 TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll) {
   Rest_At(300, 200);
   Frame(16);
-  for (const Particle& p : modMouseParticles::Particles) EXPECT_TRUE(p.Life == 1 && p.X == 300 && p.Y == 200);
+  for (const Particle& p : modMouseParticles::Particles)
+    EXPECT_EQ((std::array{p.Life, p.X, p.Y}), (std::array{1.0f, 300.0f, 200.0f})) << "life, x, y";
   EXPECT_EQ(At(300, 200), kClear) << "nothing is drawn on the birth frame";
   const auto [lo, hi] = VX_Range();
-  EXPECT_TRUE(lo > -0.2f && lo < 0 && hi > 0 && hi <= 0.15f) << "at rest newborns spread both ways";
+  // At rest newborns spread both ways.
+  EXPECT_GT(lo, -0.2f);
+  EXPECT_LT(lo, 0);
+  EXPECT_GT(hi, 0);
+  EXPECT_LE(hi, 0.15f);
   const auto born = modMouseParticles::Particles;
   Frame(16);
   for (size_t i = 0; i < born.size(); ++i) {
@@ -54,8 +57,9 @@ TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll)
   }
   // Nearly opaque yellow-white sprites pile up on the pointer; blending is off again.
   const uint32_t centre = At(300, 200);
-  EXPECT_TRUE((centre >> 16 & 0xFF) > 0xC0 && (centre >> 8 & 0xFF) > 0x80 && (centre & 0xFF) < 0x40)
-      << std::hex << centre;
+  EXPECT_GT(centre >> 16 & 0xFF, 0xC0u) << "red";
+  EXPECT_GT(centre >> 8 & 0xFF, 0x80u) << "green";
+  EXPECT_LT(centre & 0xFF, 0x40u) << "blue";
   EXPECT_EQ(At(300, 100), kClear) << "the sprite is 20 x 20, unscaled";
   EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::AlphaBlendEnable), 0u);
 }
@@ -83,7 +87,9 @@ TEST_F(Particles, APointerMovedRightPullsNewbornsRightAndEdgeSpritesAreClipped) 
   frmMain::MouseX = 639;  // 100 pixels to the right since the last update
   Frame(16);
   const auto [lo, hi] = VX_Range();
-  EXPECT_TRUE(lo >= 0.15f && hi > 2.0f && hi < 4.8f) << lo << " " << hi;
+  EXPECT_GE(lo, 0.15f);
+  EXPECT_GT(hi, 2.0f);
+  EXPECT_LT(hi, 4.8f);
   for (Particle& p : modMouseParticles::Particles) p.VX = p.VY = 0, p.Fade = 0.0001f, p.X = 639, p.Y = 240;
   Frame(16);
   EXPECT_NE(At(636, 240), kClear);

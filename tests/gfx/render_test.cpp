@@ -1,8 +1,8 @@
 // Drawing checked by reading back the back buffer (headless GL).
 #include <array>
-#include <cstdlib>
-#include <string>
+#include <set>
 
+#include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "support/screen_fixture.h"
 
@@ -14,7 +14,7 @@ namespace {
 constexpr uint32_t kBlue = 0x000066u;  // what Clear_Screen leaves
 
 ScreenVertex SV(float x, float y, float z, uint32_t c, float u = 0, float v = 0) { return {x, y, z, 1.0f, c, 0, u, v}; }
-uint32_t Red(uint32_t rgb) { return (rgb >> 16) & 0xFF; }
+int Red(uint32_t rgb) { return int(rgb >> 16 & 0xFF); }
 
 // An upright quad drawn as a strip, the texture's u running 0..u across it.
 void Quad(float l, float t, float r, float b, float z, uint32_t c, float u = 1) {
@@ -36,11 +36,9 @@ platform::Device3D& Unlit_On_Clear_Screen() {
 }
 }  // namespace
 
-TEST_F(DisplayTest, StartUpSetsTheScreenAndFontsAndPicksTheBestDevice) {
-  {
-    std::string missing;
-    ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
-  }
+TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndBestDeviceAndTextFillsEachGlyphsCell) {
+  std::string missing;
+  ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
   EXPECT_EQ(platform::Render_State(*D3DDevice, rs::Lighting), uint32_t(-1));
   EXPECT_EQ(platform::Render_State(*D3DDevice, rs::SrcBlend), platform::blend::SrcAlpha);
@@ -53,9 +51,26 @@ TEST_F(DisplayTest, StartUpSetsTheScreenAndFontsAndPicksTheBestDevice) {
   EXPECT_EQ(platform::Resolve_Device("IID_IDirect3DTnLHALDevice"), list.front().identifier);
   EXPECT_EQ(list.back().identifier, platform::kSoftwareDevice);
   EXPECT_EQ(platform::Resolve_Device(platform::kSoftwareDevice), platform::kSoftwareDevice);
+
+  const Surface& font = modText::Font(0);
+  ASSERT_TRUE(font);
+  Clear_Screen();
+  modText::Draw_Text(10, 10, 0, "Lap 1/3");
+  const auto px = Read(0, 0, 200, 50);
+  // Screen x of each cell and the glyph's source left/top; the space (sx < 0) leaves its cell empty.
+  const std::array<int, 3> cells[] = {{10, 220, 0},  {30, 0, 30},    {50, 300, 30}, {70, -1, 0},
+                                      {90, 220, 60}, {110, 180, 60}, {130, 260, 60}};
+  int glyph_pixels = 0;
+  for (const auto& [x, sx, sy] : cells)
+    for (int i = 0; i < 600; ++i) {
+      const uint32_t src = sx < 0 ? 0 : font->Pixel(sx + i % 20, sy + i / 20) & 0xFFFFFFu;
+      glyph_pixels += src != 0;
+      ASSERT_EQ(px[size_t((10 + i / 20) * 200 + x + i % 20)], src != 0 ? src : kBlue) << x << " " << i;
+    }
+  EXPECT_GT(glyph_pixels, 200);
 }
 
-TEST_F(DisplayTest, ClearScreenIsDarkBlueAndTheBackBufferCopiesOut) {
+TEST_F(DisplayTest, ClearCopyOutAndBlitsThatKeyAndClipAtTheEdges) {
   Fill_Rect(BackBuffer, 0, 0, 640, 480, 0x00FF8000);
   EXPECT_EQ(At(5, 5), 0xFF8000u);
   Clear_Screen();
@@ -63,12 +78,10 @@ TEST_F(DisplayTest, ClearScreenIsDarkBlueAndTheBackBufferCopiesOut) {
   Fill_Rect(BackBuffer, 0, 0, 10, 10, 0x00FFFFFF);
   Surface map = Create_Texture("", 128, 128, kKeyNone);
   Blit(map, BackBuffer, 0, 0, 0, 127, 127);
-  EXPECT_EQ(map->Argb(9, 9) & 0xFFFFFFu, 0xFFFFFFu);
-  EXPECT_EQ(map->Argb(10, 10) & 0xFFFFFFu, kBlue);
-  EXPECT_EQ(map->Argb(127, 127), 0u);  // outside the copied square
-}
+  // The back buffer copies out; outside the copied square stays empty.
+  EXPECT_EQ((std::array{map->Argb(9, 9) & 0xFFFFFFu, map->Argb(10, 10) & 0xFFFFFFu, map->Argb(127, 127)}),
+            (std::array{0xFFFFFFu, kBlue, 0u}));
 
-TEST_F(DisplayTest, BlitsOntoTheBackBufferLeaveKeyPixelsAndClipAtTheEdges) {
   Surface src;
   ASSERT_TRUE(Create_Surface(src, 32, 8, "", kKeyBlack, kFalse));
   for (int y = 0; y < 8; ++y)
@@ -90,30 +103,7 @@ TEST_F(DisplayTest, BlitsOntoTheBackBufferLeaveKeyPixelsAndClipAtTheEdges) {
   EXPECT_EQ(At(100, 50), 0u);
 }
 
-TEST_F(DisplayTest, DrawTextPutsEachGlyphInItsCell) {
-  {
-    std::string missing;
-    modText::Load_Fonts(missing);
-  }
-  const Surface& font = modText::Font(0);
-  ASSERT_TRUE(font);
-  Clear_Screen();
-  modText::Draw_Text(10, 10, 0, "Lap 1/3");
-  const auto px = Read(0, 0, 200, 50);
-  // Screen x of each cell and the glyph's source left/top; the space (sx < 0) leaves its cell empty.
-  const std::array<int, 3> cells[] = {{10, 220, 0},  {30, 0, 30},    {50, 300, 30}, {70, -1, 0},
-                                      {90, 220, 60}, {110, 180, 60}, {130, 260, 60}};
-  int glyph_pixels = 0;
-  for (const auto& [x, sx, sy] : cells)
-    for (int i = 0; i < 600; ++i) {
-      const uint32_t src = sx < 0 ? 0 : font->Pixel(sx + i % 20, sy + i / 20) & 0xFFFFFFu;
-      glyph_pixels += src != 0;
-      ASSERT_EQ(px[size_t((10 + i / 20) * 200 + x + i % 20)], src != 0 ? src : kBlue) << x << " " << i;
-    }
-  EXPECT_GT(glyph_pixels, 200);
-}
-
-TEST_F(DisplayTest, TrianglesClockwiseOnScreenAreFrontFacing) {
+TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsWins) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   ASSERT_EQ(platform::Render_State(d, rs::CullMode), platform::cull::CounterClockwise);
   const uint32_t r = 0xFFFF0000, g = 0xFF00FF00;
@@ -127,23 +117,17 @@ TEST_F(DisplayTest, TrianglesClockwiseOnScreenAreFrontFacing) {
   d.BeginScene();
   draw_both();
   d.EndScene();
-  EXPECT_EQ(At(120, 120), 0xFF0000u);
-  EXPECT_EQ(At(320, 120), kBlue);
+  EXPECT_EQ(std::pair(At(120, 120), At(320, 120)), std::pair(0xFF0000u, kBlue));
   d.SetRenderState(rs::CullMode, platform::cull::Clockwise);
   draw_both();
   d.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
   Quad(0, 300, 100, 480, 0.5f, 0xFF0000FF);  // a strip's second triangle is wound the other way; it still shows
   // 2D work after batched 3D lands on top of it.
   Fill_Rect(BackBuffer, 5, 465, 15, 475, 0x00FFFFFF);
-  EXPECT_EQ(At(10, 470), 0xFFFFFFu);
-  EXPECT_EQ(At(20, 470), 0x0000FFu);
-  EXPECT_EQ(At(110, 110), 0xFF0000u);
-  EXPECT_EQ(At(320, 120), 0x00FF00u);
-  EXPECT_EQ(At(90, 310), 0x0000FFu);
-}
+  EXPECT_EQ((std::array{At(10, 470), At(20, 470), At(110, 110), At(320, 120), At(90, 310)}),
+            (std::array{0xFFFFFFu, 0x0000FFu, 0xFF0000u, 0x00FF00u, 0x0000FFu}));
 
-TEST_F(DisplayTest, DepthTestHidesAFarTriangleDrawnAfterANearOne) {
-  platform::Device3D& d = Unlit_On_Clear_Screen();
+  Unlit_On_Clear_Screen();
   d.BeginScene();
   Quad(100, 100, 200, 200, 0.2f, 0xFFFF0000);
   Quad(100, 100, 200, 200, 0.8f, 0xFF00FF00);
@@ -153,9 +137,7 @@ TEST_F(DisplayTest, DepthTestHidesAFarTriangleDrawnAfterANearOne) {
   Quad(500, 100, 600, 200, 0.1f, 0xFFFFFF00);
   Quad(500, 100, 600, 200, 0.5f, 0xFF00FFFF);
   d.EndScene();
-  EXPECT_EQ(At(150, 150), 0xFF0000u);
-  EXPECT_EQ(At(350, 150), 0xFF0000u);
-  EXPECT_EQ(At(550, 150), 0x00FFFFu);
+  EXPECT_EQ((std::array{At(150, 150), At(350, 150), At(550, 150)}), (std::array{0xFF0000u, 0xFF0000u, 0x00FFFFu}));
 }
 
 TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
@@ -174,19 +156,18 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
   d.EndScene();
   // x / z maps to the screen with cot(fov / 2) = 1: -2.5 / 10 -> 240, 2.5 / 10 -> 400.
   // Ambient 150 alone lights the far side; the light's 0.93 on top saturates the near side.
-  const uint32_t away = At(400, 240);
-  EXPECT_NEAR(int(Red(away)), 150, 2);
-  EXPECT_EQ(Red(At(240, 240)), 255u);
+  EXPECT_NEAR(Red(At(400, 240)), 150, 2);
+  EXPECT_EQ(Red(At(240, 240)), 255);
   // Halving the material shows the light's share: 0.5 * (150/255 + 0.928) of full scale.
   D3DMaterial half = Material;
   half.diffuse = half.ambient = ColorValue{0.5f, 0.5f, 0.5f, 0};
   d.SetMaterial(half);
   d.DrawIndexedMesh(v, 6, idx, 6);
-  EXPECT_NEAR(int(Red(At(240, 240))), 193, 3);
-  EXPECT_NEAR(int(Red(At(400, 240))), 75, 2);
+  EXPECT_NEAR(Red(At(240, 240)), 193, 3);
+  EXPECT_NEAR(Red(At(400, 240)), 75, 2);
 }
 
-TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrap) {
+TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongStripsDrawWholeAndOnce) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   Surface dds = platform::Image::Create(2, 2, PixelFormat::A4R4G4B4);
   for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x8F00);
@@ -203,17 +184,16 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrap) {
   Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
   d.EndScene();
   const uint32_t p = At(50, 50);  // alpha 0x88 of red over blue
-  EXPECT_TRUE(std::abs(int(Red(p)) - 0x88) <= 1 && std::abs(int(p & 0xFF) - 0x77) <= 1 && !(p & 0xFF00))
-      << std::hex << p;
+  EXPECT_NEAR(Red(p), 0x88, 1);
+  EXPECT_NEAR(int(p & 0xFF), 0x77, 1);
+  EXPECT_EQ(p & 0xFF00, 0u);
   EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}),
             (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
-}
 
-// A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (additive blend shows it).
-TEST_F(DisplayTest, LongStripIsDrawnWholeAndOnce) {
-  platform::Device3D& d = Unlit_On_Clear_Screen();
+  // A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (additive blend shows
+  // it).
+  d.SetTexture(0, nullptr);
   d.Clear(nullptr, 0, platform::kClearTarget | platform::kClearZBuffer, 0, 1, 0);
-  d.SetRenderState(rs::AlphaBlendEnable, 1);
   d.SetRenderState(rs::SrcBlend, platform::blend::One);
   d.SetRenderState(rs::DestBlend, platform::blend::One);
   const int rungs = 32769;
@@ -228,17 +208,42 @@ TEST_F(DisplayTest, LongStripIsDrawnWholeAndOnce) {
             (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
 
-TEST_F(DisplayTest, AScreenQuadFromEdgeToEdgeCoversTheTopRowAndNothingPastItsBottom) {
-  platform::Device3D& d = Unlit_On_Clear_Screen();
-  d.SetRenderState(rs::CullMode, platform::cull::None);
-  Quad(0, 0, 640, 480, 0.5f, 0xFFFF0000);
-  Quad(0, 100, 640, 200, 0.25f, 0xFF00FF00);  // rows 100 to 199, as the pixel centres say
-  d.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
-  for (const auto& [x, y] :
-       {std::pair(0, 0), std::pair(639, 0), std::pair(320, 0), std::pair(0, 479), std::pair(639, 479)})
-    EXPECT_EQ(At(x, y), 0xFF0000u) << "corner or edge " << x << "," << y;
-  EXPECT_EQ(At(320, 99), 0xFF0000u) << "above the band";
-  EXPECT_EQ(At(320, 100), 0x00FF00u) << "the band's top row";
-  EXPECT_EQ(At(320, 199), 0x00FF00u) << "the band's last row";
-  EXPECT_EQ(At(320, 200), 0xFF0000u) << "below the band";
+// A generated ship drawn by the real device: culling shows the outside of every part.
+TEST_F(DisplayTest, CullingAGeneratedShipKeepsTheOutsideOfEveryPart) {
+  dir_.Copy_From_Game("Objects");
+  dir_.Copy_From_Game("Textures");
+  XFileClass ship;
+  ASSERT_EQ(ship.Load_Quiet(dir_.path() + "/Objects/Kestrel.x"), "");
+  // The ship from behind and above, as the chase camera sees it, with the given culling.
+  const auto draw = [&](uint32_t cull) {
+    platform::Device3D& d = *D3DDevice;
+    Matrix4 view, projection;
+    modMATH::View_Matrix(view, Vector3{4, 6, -16}, Vector3{0, 0, 0}, Vector3{0, 1, 0}, 0);
+    modMATH::Projection_Matrix(projection, 1, 1000, 0.8f);
+    d.SetTransform(platform::TransformKind::View, view);
+    d.SetTransform(platform::TransformKind::Projection, projection);
+    d.SetRenderState(rs::Lighting, uint32_t(-1));
+    d.SetRenderState(rs::CullMode, cull);
+    Clear_Screen();
+    d.BeginScene();
+    ship.Render(&d);
+    d.EndScene();
+    return Read(0, 0, 640, 480);
+  };
+  const std::vector<uint32_t> both = draw(platform::cull::None), normal = draw(platform::cull::CounterClockwise),
+                              reversed = draw(platform::cull::Clockwise);
+  size_t ship_pixels = 0, normal_differs = 0, reversed_differs = 0;
+  std::set<uint32_t> colours;
+  for (size_t i = 0; i < both.size(); ++i) {
+    if (both[i] == both[0]) continue;  // the background
+    ++ship_pixels;
+    normal_differs += normal[i] != both[i];
+    reversed_differs += reversed[i] != both[i];
+    colours.insert(both[i]);
+  }
+  ASSERT_GT(ship_pixels, 5000u) << "the ship should fill a good part of the view";
+  // Culling back faces changes nothing (they lie behind the front ones); the other way shows insides.
+  EXPECT_LT(normal_differs, ship_pixels / 100);
+  EXPECT_GT(reversed_differs, ship_pixels / 2);
+  EXPECT_GE(colours.size(), 64u) << "textured and lit, not flat";
 }

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <string>
 #include <tuple>
 
 #include "core/settings.h"
@@ -56,29 +55,15 @@ Blitted Blit(const Surface& dst, const Surface& src, int x, int y, u8 transparen
 
 }  // namespace
 
-TEST(DdsTest, DecodesTexelsAsStoredWithTheirAlpha) {
-  const Surface t = Decode(Dds(2, 2, {0x8F00, 0xF0F0, 0x100F, 0x0000}));
+TEST(DdsTest, DecodesTexelsWithTheirAlphaWithinBoundsAndRefusesWhatIsNotA16BitImage) {
+  Surface t = Decode(Dds(2, 2, {0x8F00, 0xF0F0, 0x100F, 0x0000}));
   ASSERT_TRUE(t);
   EXPECT_EQ(t->Format(), PixelFormat::A4R4G4B4);
-  const uint32_t argb[] = {0x88FF0000u, 0xFF00FF00u, 0x110000FFu, 0};
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(t->Argb(i % 2, i / 2), argb[i]) << i;
+  EXPECT_EQ((std::array{t->Argb(0, 0), t->Argb(1, 0), t->Argb(0, 1), t->Argb(1, 1)}),
+            (std::array{0x88FF0000u, 0xFF00FF00u, 0x110000FFu, 0u}));
   EXPECT_FALSE(t->Color_Key());
-}
-
-TEST(DdsTest, RefusesWhatIsNotA16BitImage) {
-  EXPECT_FALSE(Decode(std::string("XDS ") + Dds(1, 1, {1}).substr(4)));
-  EXPECT_FALSE(Decode(Dds(1, 1, {1}).substr(0, 100)));  // header cut short
-  EXPECT_FALSE(Decode(Dds(1, 1, {1}, 0, 0x100F, 32)));
-  EXPECT_FALSE(Decode(Dds(0, 4, {})));
-  EXPECT_FALSE(Decode(Dds(4, 100000, {})));
-  std::string compressed = Dds(1, 1, {1});
-  compressed[80] = 0x04;  // four-character-code pixel format
-  EXPECT_FALSE(Decode(compressed));
-}
-
-TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
   // Two of three rows present, the second one half.
-  Surface t = Decode(Dds(2, 3, {0x1111, 0x2222, 0x3333}));
+  t = Decode(Dds(2, 3, {0x1111, 0x2222, 0x3333}));
   ASSERT_TRUE(t);
   EXPECT_EQ((std::array{t->Pixel(1, 0), t->Pixel(0, 1), t->Pixel(1, 1), t->Pixel(0, 2)}),
             (std::array{0x2222u, 0x3333u, 0u, 0u}));
@@ -90,6 +75,16 @@ TEST(DdsTest, ShortOrLyingDataIsCopiedOnlyWithinBounds) {
   t = Decode(Dds(2, 2, {0x1111, 0x2222, 0xDEAD, 0x3333, 0x4444}, 6));
   ASSERT_TRUE(t);
   EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 1)), std::pair(0x3333u, 0x4444u));
+
+  std::string compressed = Dds(1, 1, {1});
+  compressed[80] = 0x04;  // four-character-code pixel format
+  for (const auto& [what, bytes] : {std::pair{"magic", std::string("XDS ") + Dds(1, 1, {1}).substr(4)},
+                                    {"header cut short", Dds(1, 1, {1}).substr(0, 100)},
+                                    {"32 bits", Dds(1, 1, {1}, 0, 0x100F, 32)},
+                                    {"no width", Dds(0, 4, {})},
+                                    {"too tall", Dds(4, 100000, {})},
+                                    {"compressed", compressed}})
+    EXPECT_FALSE(Decode(bytes)) << what;
 }
 
 TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundTheirKey) {
@@ -141,8 +136,8 @@ TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
   testenv::Write_File(dir.path() + "/Gfx/2x/p.bmp", Bmp(2, 2, {0x00FF00, 0x00FF00, 0x00FF00, 0x00FF00}));
   testenv::Write_File(dir.path() + "/Gfx/q.bmp", Bmp(1, 1, {0x0000FF}));
   Surface s;
-  for (const auto& [scale, file, argb] : {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u},
-                                          std::tuple{2.25f, "q", 0xFF0000FFu}}) {
+  for (const auto& [scale, file, argb] :
+       {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u}, std::tuple{2.25f, "q", 0xFF0000FFu}}) {
     modMain::ScaleX = modMain::ScaleY = scale;
     ASSERT_TRUE(Create_Surface(s, 3, 3, dir.path() + "\\Gfx\\" + file + ".bmp", kKeyNone, kFalse));
     EXPECT_EQ(s->Argb(1, 1), argb) << file << " at scale " << scale;
@@ -150,7 +145,7 @@ TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
   modMain::ScaleX = modMain::ScaleY = 1.0f;
 }
 
-TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
+TEST(SurfaceTest, ColourKeyModesFollowTheFormatFillsAreCutAndPointsExcludeTheFarEdges) {
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyMagenta, kTrue));
   EXPECT_EQ(s->Color_Key(), 0x00FF00FFu);
@@ -162,9 +157,13 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormat) {
   const Surface dds = Decode(Dds(1, 1, {0}));
   dds->Set_Color_Key(platform::From_Argb(dds->Format(), 0x00FF00FFu));
   EXPECT_EQ(dds->Color_Key(), 0x0F0Fu);
-}
 
-TEST(SurfaceTest, PointInRectExcludesRightAndBottomEdges) {
+  const Surface t = Create_Texture("", 2, 2, kKeyNone);
+  ASSERT_TRUE(t);
+  Fill_Rect(t, -5, -5, 1, 9, 0x80808080u);
+  EXPECT_EQ(std::pair(t->Argb(0, 1), t->Argb(1, 0)), std::pair(0x80808080u, 0u));
+  EXPECT_FALSE(Create_Texture("", 0, 8, kKeyNone));
+
   const Rect r = Make_Rect(10, 20, 30, 40);
   for (const auto& [x, y, in] : {std::tuple{10, 20, kTrue},
                                  {29, 39, kTrue},
@@ -206,12 +205,4 @@ TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPix
             (std::array{0x777777u, 0x123456u, 0u}));
   Blit(dst, keyed, 2, 42, 0);
   EXPECT_EQ(dst->Pixel(2, 42), 0xFF00FFu);
-}
-
-TEST(SurfaceTest, FillRectIsCutToTheSurface) {
-  const Surface t = Create_Texture("", 2, 2, kKeyNone);
-  ASSERT_TRUE(t);
-  Fill_Rect(t, -5, -5, 1, 9, 0x80808080u);
-  EXPECT_EQ(std::pair(t->Argb(0, 1), t->Argb(1, 0)), std::pair(0x80808080u, 0u));
-  EXPECT_FALSE(Create_Texture("", 0, 8, kKeyNone));
 }

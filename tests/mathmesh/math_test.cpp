@@ -17,8 +17,8 @@ TEST(VectorAngle, QuadrantsUseTheGamesPiAndStayInRange) {
   // The game's own pi, not the true one: heading pi - tiny stays below 6.28318.
   for (float a = -3; a <= 3; a += 0.25f)
     for (float b = -3; b <= 3; b += 0.25f) {
-      const float r = Vector_Angle(a, b);
-      EXPECT_TRUE(r >= 0.0f && r < 6.2832f) << a << "," << b;
+      EXPECT_GE(Vector_Angle(a, b), 0.0f) << a << "," << b;
+      EXPECT_LT(Vector_Angle(a, b), 6.2832f) << a << "," << b;
     }
 }
 

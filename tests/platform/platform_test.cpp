@@ -6,10 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/pacer.h"
 #include "platform/sdl_internal.h"
 #include "platform/testing.h"
 
@@ -23,76 +28,67 @@ TEST(VirtualKeys, TableCoversTheGameKeys) {
       {SDLK_F12, 123},    {SDLK_KP_0, 96},  {SDLK_KP_9, 105},    {SDLK_LSHIFT, 16},     {SDLK_RSHIFT, 16},
       {SDLK_KP_ENTER, 13}};
   for (const auto& [sdl, vk] : cases) EXPECT_EQ(platform::detail::Virtual_Key(sdl), vk) << sdl;
-  EXPECT_EQ(platform::detail::Shift_Bits(KMOD_RSHIFT), 1);
-  EXPECT_EQ(platform::detail::Shift_Bits(KMOD_LCTRL | KMOD_LSHIFT), 3);
-  EXPECT_EQ(platform::detail::Shift_Bits(KMOD_RALT), 4);
-  EXPECT_EQ(platform::detail::Shift_Bits(KMOD_NUM), 0);
+  using platform::detail::Shift_Bits;
+  EXPECT_EQ((std::array{Shift_Bits(KMOD_RSHIFT), Shift_Bits(KMOD_LCTRL | KMOD_LSHIFT), Shift_Bits(KMOD_RALT),
+                        Shift_Bits(KMOD_NUM)}),
+            (std::array<int16_t, 4>{1, 3, 4, 0}));
 }
 
-struct Seen {
-  int16_t key, shift;
-  float x, y;
+// Every handler call as text, in order.
+struct Recorder {
+  std::vector<std::string> seen;
+  float stick_x = 0, stick_y = 0;
+  Recorder() {
+    platform::InputHandlers h;
+    const auto add = [this](std::string what, int16_t v, int16_t shift) {
+      seen.push_back(what + " " + std::to_string(v) + (shift ? " shift " + std::to_string(shift) : ""));
+    };
+    h.key_down = [add](int16_t key, int16_t shift) { add("down", key, shift); };
+    h.key_up = [add](int16_t key, int16_t shift) { add("up", key, shift); };
+    h.mouse_down = [add](int16_t b, int16_t shift, float, float) { add("press", b, shift); };
+    h.mouse_up = [add](int16_t b, int16_t shift, float, float) { add("release", b, shift); };
+    h.mouse_move = [this](int16_t, int16_t, float x, float y) {
+      seen.push_back("move " + std::to_string(x) + "," + std::to_string(y));
+    };
+    h.pad_down = [add](int16_t c) { add("pad down", c, 0); };
+    h.pad_up = [add](int16_t c) { add("pad up", c, 0); };
+    h.pad_plug = [this](bool in) { seen.push_back(in ? "plug" : "unplug"); };
+    h.pad_stick = [this](float x, float y) { stick_x = x, stick_y = y; };
+    platform::Set_Input_Handlers(h);
+  }
+  ~Recorder() { platform::Set_Input_Handlers({}); }
 };
 
-TEST(Pump, EventsKeepTheirShiftAndTheHookCountsFromItsOwnStart) {
-  std::vector<Seen> seen;
-  platform::InputHandlers h;
-  h.key_down = [&](int16_t key, int16_t shift) { seen.push_back({key, shift, 0, 0}); };
-  h.mouse_move = [&](int16_t, int16_t shift, float x, float y) { seen.push_back({-1, shift, x, y}); };
-  platform::Set_Input_Handlers(h);
+TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWithinOnePumpIsSeenForOneFrame) {
+  Recorder r;
   platform::Pump_Messages();  // pumps before the hook is set do not count for it
   platform::Pump_Messages();
-
   std::vector<uint64_t> counts;
   platform::Set_Pump_Hook([&](uint64_t pump) {
     counts.push_back(pump);
-    if (pump == 0) {
-      platform::InputEvent shifted{platform::EventKind::KeyDown, 65};
-      shifted.shift = 1;
-      platform::Post_Event(shifted);
-      platform::Post_Event({platform::EventKind::KeyDown, 65});
-      platform::InputEvent move{platform::EventKind::MouseMove};
-      move.x = 12.5f;
-      move.y = 40;
-      platform::Post_Event(move);
-    }
+    if (pump != 0) return;
+    platform::Post_Event({platform::EventKind::KeyDown, 65, 0, 1});
+    platform::Post_Event({platform::EventKind::KeyDown, 65});
+    platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, 12.5f, 40});
   });
   platform::Pump_Messages();
   platform::Pump_Messages();
   platform::Set_Pump_Hook(nullptr);
-  platform::Set_Input_Handlers({});
-
   EXPECT_EQ(counts, (std::vector<uint64_t>{0, 1}));
-  ASSERT_EQ(seen.size(), 3u);
-  EXPECT_EQ(seen[0].key, 65);
-  EXPECT_EQ(seen[0].shift, 1);  // Shift A: a capital
-  EXPECT_EQ(seen[1].shift, 0);
-  EXPECT_EQ(seen[2].x, 12.5f);
-  EXPECT_EQ(seen[2].y, 40.0f);
-}
+  // Shift A: a capital.
+  EXPECT_EQ(r.seen, (std::vector<std::string>{"down 65 shift 1", "down 65", "move 12.500000,40.000000"}));
 
-TEST(Pump, APressReleasedWithinOnePumpIsSeenForOneFrame) {
-  std::vector<std::string> seen;
-  platform::InputHandlers h;
-  h.key_down = [&](int16_t key, int16_t) { seen.push_back("down " + std::to_string(key)); };
-  h.key_up = [&](int16_t key, int16_t) { seen.push_back("up " + std::to_string(key)); };
-  h.mouse_down = [&](int16_t b, int16_t, float, float) { seen.push_back("press " + std::to_string(b)); };
-  h.mouse_up = [&](int16_t b, int16_t, float, float) { seen.push_back("release " + std::to_string(b)); };
-  platform::Set_Input_Handlers(h);
+  r.seen.clear();
   for (auto kind : {platform::EventKind::KeyDown, platform::EventKind::KeyUp}) platform::Post_Event({kind, 13});
   platform::Post_Event({platform::EventKind::KeyDown, 27});  // behind the release: waits too
-  platform::InputEvent click{platform::EventKind::MouseDown};
-  click.button = 1;
   platform::Pump_Messages();
-  EXPECT_EQ(seen, (std::vector<std::string>{"down 13"}));
-  platform::Post_Event(click);
-  click.kind = platform::EventKind::MouseUp;
-  platform::Post_Event(click);
+  EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13"}));
+  platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
+  platform::Post_Event({platform::EventKind::MouseUp, 0, 1});
   platform::Pump_Messages();
-  EXPECT_EQ(seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
+  EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
   platform::Pump_Messages();
-  EXPECT_EQ(seen.back(), "release 1");
-  platform::Set_Input_Handlers({});
+  EXPECT_EQ(r.seen.back(), "release 1");
 }
 
 TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
@@ -104,20 +100,16 @@ TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
   const int bw = ww, bh = wh / 4;
   platform::detail::Set_Backbuffer_Size(bw, bh);
   const platform::detail::Letterbox& lb = platform::detail::Current_Letterbox();
-  EXPECT_EQ(lb.width, bw);
-  EXPECT_EQ(lb.height, bh);
-  EXPECT_EQ(lb.y0, (wh - bh) / 2);
+  EXPECT_EQ((std::array{lb.width, lb.height, lb.y0}), (std::array{bw, bh, (wh - bh) / 2}));
 
   float bx = 0, by = 0;
   platform::detail::Window_To_Backbuffer(ww / 2.0f, wh / 2.0f, bx, by);
   EXPECT_NEAR(bx, bw / 2.0f, 1.0f);
   EXPECT_NEAR(by, bh / 2.0f, 1.0f);
   platform::detail::Window_To_Backbuffer(-30, 2, bx, by);  // top band, left of the window
-  EXPECT_EQ(bx, 0.0f);
-  EXPECT_EQ(by, 0.0f);
+  EXPECT_EQ(std::pair(bx, by), std::pair(0.0f, 0.0f));
   platform::detail::Window_To_Backbuffer(float(ww + 10), float(wh - 1), bx, by);  // bottom band
-  EXPECT_EQ(bx, float(bw - 1));
-  EXPECT_EQ(by, float(bh - 1));
+  EXPECT_EQ(std::pair(bx, by), std::pair(float(bw - 1), float(bh - 1)));
 
   // A new back-buffer size is seen at once.
   platform::detail::Set_Backbuffer_Size(ww / 2, wh / 2);
@@ -128,14 +120,8 @@ TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
 
 TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   ASSERT_TRUE(platform::Open_Window("pad"));
-  std::vector<std::string> seen;
-  float stick_x = 0, stick_y = 0;
-  platform::InputHandlers h;
-  h.pad_down = [&](int16_t c) { seen.push_back("down " + std::to_string(c)); };
-  h.pad_up = [&](int16_t c) { seen.push_back("up " + std::to_string(c)); };
-  h.pad_plug = [&](bool in) { seen.push_back(in ? "plug" : "unplug"); };
-  h.pad_stick = [&](float x, float y) { stick_x = x, stick_y = y; };
-  platform::Set_Input_Handlers(h);
+  Recorder r;
+  auto& [seen, stick_x, stick_y] = r;
   const auto step = [&] {
     seen.clear();
     platform::Pump_Messages();
@@ -145,18 +131,17 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   EXPECT_TRUE(platform::Pad_Name().empty());
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
   EXPECT_EQ(step(), V{"plug"});
-  EXPECT_FALSE(platform::Pad_Name().empty());
   EXPECT_EQ(platform::Pad_Name(), "Test Pad");
 
   platform::Set_Virtual_Pad(platform::kPadX, 1);
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.2f);  // inside the trigger's dead zone
-  EXPECT_EQ(step(), V{"down 2"});
+  EXPECT_EQ(step(), V{"pad down 2"});
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.4f);
-  EXPECT_EQ(step(), V{"down 24"});
+  EXPECT_EQ(step(), V{"pad down 24"});
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.25f);  // eased off, but not let go
   EXPECT_EQ(step(), V{}) << "a trigger lets go lower than it presses";
   platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.1f);
-  EXPECT_EQ(step(), V{"up 24"});
+  EXPECT_EQ(step(), V{"pad up 24"});
 
   // The stick: a press past half way, and the pointer's reading from the dead zone's edge.
   platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0.2f);
@@ -164,9 +149,8 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   EXPECT_EQ(stick_y, 0.0f) << "inside the pointer's dead zone";
   platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 1);
   platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0);
-  EXPECT_EQ(step(), V{"down 15"});
-  EXPECT_NEAR(stick_x, -1.0f, 1e-3);
-  EXPECT_NEAR(stick_y, 0.0f, 1e-3);
+  EXPECT_EQ(step(), V{"pad down 15"});
+  EXPECT_NEAR(std::hypot(stick_x + 1, stick_y), 0, 1e-3) << "full left";
   platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 0.625f);
   step();
   EXPECT_NEAR(stick_x, -0.5f, 1e-3) << "(0.625 - 0.25) / 0.75";
@@ -176,15 +160,82 @@ TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
   ASSERT_EQ(gone.size(), 3u);
   EXPECT_EQ(gone.back(), "unplug") << "after letting go of what it held";
   std::sort(gone.begin(), gone.end() - 1);
-  EXPECT_EQ(gone, (V{"up 15", "up 2", "unplug"}));
-  EXPECT_TRUE(platform::Pad_Name().empty());
-  EXPECT_EQ(platform::Pad_Name(), "");
+  EXPECT_EQ(gone, (V{"pad up 15", "pad up 2", "unplug"}));
+  EXPECT_EQ(platform::Pad_Name(), "") << "no pad, no name";
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Second Pad"));
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Second Pad");
   platform::Detach_Virtual_Pad();
-  platform::Set_Input_Handlers({});
   platform::Close_Window();
+}
+
+// Frame pacing against a model display: a swap that blocks until the next refresh (or, for
+// a display without vsync, returns at once), the game's frame work, and sleeps that wake a
+// little late as real ones do. A refresh missed while the work would have fitted is the
+// pacer's fault.
+
+struct Paced {
+  int missed = 0;      // refreshes that showed no new frame
+  double mean_ms = 0;  // mean time between swaps
+};
+
+// pacer.Sleep(now, period) -> ms to sleep, pacer.Woke(now) after it; the model runs
+// `frames` frames of 40-75 % of a refresh period of work each.
+template <class Pacer>
+Paced Model(double hz, bool vsync, int frames, Pacer&& pacer) {
+  const double period = 1000.0 / hz;
+  std::mt19937 random(12345);
+  std::uniform_real_distribution<double> work(0.40 * period, 0.75 * period), late(0.05, 0.15);
+  double now = 0, first_swap = 0;
+  long last_refresh = -1;
+  Paced run;
+  for (int f = 0; f < frames; ++f) {
+    now += work(random);
+    if (vsync) {
+      const long refresh = long(std::ceil(now / period));
+      now = refresh * period + 0.02;  // the swap returns just after the refresh it waited for
+      if (last_refresh >= 0) run.missed += int(refresh - last_refresh - 1);
+      last_refresh = refresh;
+    }
+    if (f == 0) first_swap = now;
+    const double wait = pacer.Sleep(now, period);
+    if (wait > 0) now += wait + late(random);
+    pacer.Woke(now);
+  }
+  run.mean_ms = (now - first_swap) / (frames - 1);
+  return run;
+}
+
+// The pacer the game had before: a deadline one period after the last, slept to whenever
+// it lay ahead, whatever the swap had already waited.
+struct OldPacer {
+  double next = 0, period = 0;
+  double Sleep(double now, double p) {
+    period = p;
+    return next > now && next - now <= period ? next - now : 0;
+  }
+  void Woke(double now) { next = std::max(now, next) + period; }
+};
+
+struct NewPacer {
+  platform::FramePacer pacer;
+  double Sleep(double now, double period) { return pacer.After_Swap(now, period); }
+  void Woke(double) {}
+};
+
+TEST(Pacer, ABlockingSwapAloneSetsThePaceAndAnEarlySwapIsHeldToTheRefresh) {
+  for (const double hz : {60.0, 144.0}) {
+    const Paced before = Model(hz, true, 600, OldPacer{});
+    EXPECT_GE(before.missed, 3) << hz << " Hz: the model shows the old pacer's fault";
+    std::printf("%g Hz, old pacer: %d refreshes missed in 600 frames\n", hz, before.missed);
+
+    const Paced vsync = Model(hz, true, 600, NewPacer{});
+    EXPECT_EQ(vsync.missed, 0) << hz << " Hz with vsync";
+    EXPECT_NEAR(vsync.mean_ms, 1000.0 / hz, 0.01) << hz << " Hz with vsync";
+
+    const Paced early = Model(hz, false, 600, NewPacer{});
+    EXPECT_NEAR(early.mean_ms, 1000.0 / hz, 0.01 * 1000.0 / hz) << hz << " Hz, swaps returning at once";
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 // Quorval.cfg (never Quorval.ini).
 #include <SDL.h>
 
+#include <array>
 #include <filesystem>
 
 #include "core/extras.h"
@@ -24,13 +25,10 @@ class WindowTest : public ScreenTest {
     ScreenTest::TearDown();
   }
   static void Press_Window_Key(int16_t key, int16_t shift) {
-    platform::InputEvent e{platform::EventKind::KeyDown, key};
-    e.shift = shift;
-    platform::Post_Event(e);
-    e.kind = platform::EventKind::KeyUp;
-    platform::Post_Event(e);
-    platform::Pump_Messages();
-    platform::Pump_Messages();
+    for (auto kind : {platform::EventKind::KeyDown, platform::EventKind::KeyUp}) {
+      platform::Post_Event({kind, key, 0, shift});
+      platform::Pump_Messages();
+    }
   }
   // Draws the buttons picture at (10, 20) and returns what the back buffer then shows there.
   std::vector<uint32_t> Draw_Buttons() {
@@ -70,19 +68,14 @@ TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) 
   EXPECT_EQ(Draw_Buttons(), before);
   mod3Denhance::Flip();
   EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).texture, gpu.texture);
-  EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).generation, gpu.generation);
+  EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).generation, gpu.generation) << "not uploaded again";
 
   // The player drags the window wide: bands left and right, the pointer mapped through them.
   SDL_SetWindowSize(window, 1000, 500);
   const platform::detail::Letterbox& lb = platform::detail::Current_Letterbox();
-  EXPECT_EQ(lb.width, 667);
-  EXPECT_EQ(lb.height, 500);
-  EXPECT_EQ(lb.x0, 166);
+  EXPECT_EQ((std::array{lb.width, lb.height, lb.x0}), (std::array{667, 500, 166}));
   SDL_Event motion{};
-  motion.type = SDL_MOUSEMOTION;
-  motion.motion.windowID = SDL_GetWindowID(window);
-  motion.motion.x = 166 + 667 / 2;
-  motion.motion.y = 125;
+  motion.motion = {SDL_MOUSEMOTION, 0, SDL_GetWindowID(window), 0, 0, 166 + 667 / 2, 125, 0, 0};
   SDL_PushEvent(&motion);
   platform::Pump_Messages();
   EXPECT_NEAR(frmMain::MouseX, 320, 1);

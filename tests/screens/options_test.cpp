@@ -1,9 +1,10 @@
 // The options screen's real loop: key capture, difficulty, tick, defaults, the gamepad and
 // music volume rows, and the settings it stores.
-#include <map>
+
+#include <set>
 
 #include "core/extras.h"
-#include "platform/testing.h"
+#include "screens/modDInput.h"
 #include "screens/modOptions.h"
 #include "support/screen_fixture.h"
 
@@ -17,19 +18,26 @@ enum { kEasier, kHarder, kTick, kStore, kDefaults, kRowUp, kRowDown, kRowLeft, k
 
 class Options : public ScreenTest {
  protected:
-  // Frame -> step. A click lasts one frame, then the pointer leaves so the rows are not under the fountain.
-  std::map<int, std::function<void()>> steps;
-  void Click(int frame, int area) { Click_At(frame, kArea[area][0], kArea[area][1]); }
-  void Click_At(int frame, float x, float y) {
-    steps[frame] = [x, y] { Move(x, y), Press(); };
-    steps[frame + 1] = [] { Release(), Move(620, 20); };
+  // A click, after which the pointer leaves so the rows are not under the fountain.
+  static Step Click_At(std::string what, float x, float y, std::function<bool()> until = nullptr) {
+    return {std::move(what), std::move(until), [x, y] { Move(x, y), Press(), Release(), Move(620, 20); }};
   }
-  void Run() {
-    on_frame = [this](int f) {
-      if (auto it = steps.find(f); it != steps.end()) it->second();
-    };
-    modMain::GameState = modMain::kStateOptions;
-    modOptions::Init_Options_Screen();
+  static Step Click(int area, std::function<bool()> until = nullptr) {
+    static const char* const kNames[] = {"easier", "harder",   "tick",     "store",    "defaults",
+                                         "Up row", "Down row", "Left row", "Right row"};
+    return Click_At(std::string("click ") + kNames[area], kArea[area][0], kArea[area][1], std::move(until));
+  }
+  static std::function<bool()> Capturing(int slot) {
+    return [slot] { return Capture_Slot() == slot; };
+  }
+  static std::function<bool()> Showing(int x, int y, const std::string& text) {
+    return [=] { return Shows_Text(x, y, 2, text); };
+  }
+  void Run(std::vector<Step> script) {
+    Play(std::move(script), [] {
+      modMain::GameState = modMain::kStateOptions;
+      modOptions::Init_Options_Screen();
+    });
   }
   static std::vector<std::string> Saved_Lines() { return testenv::Read_Lines_CRLF(modMain::Settings_Path()); }
   uint32_t Sheet_Pixel(int x, int y) const {
@@ -41,51 +49,41 @@ class Options : public ScreenTest {
 }  // namespace
 
 TEST_F(Options, ClickingARowThenPressingWBindsItShowsItAndLeavingStoresIt) {
-  bool arrow_shown = false, dashes_shown = false, w_shown = false;
-  steps[2] = [&] { arrow_shown = Shows_Text(295, 279, 2, "Up Arrow"); };
-  Click(3, kRowUp);
-  steps[6] = [&] { dashes_shown = Capture_Slot() == 1 && Shows_Text(295, 279, 2, "-----"), Key_Down(87); };
-  steps[7] = [] {
-    Key_Up(87);
-    EXPECT_TRUE(Capture_Slot() == 0 && modMain::KeyUp == 87);
-  };
-  steps[8] = [&] { w_shown = Shows_Text(295, 279, 2, "W") && !Shows_Text(295, 279, 2, "-----"); };
-  Click(10, kStore);
-  Run();
-  EXPECT_TRUE(arrow_shown && dashes_shown && w_shown);
-  // Seen on frame 11, acted on at once: the save pumps once between write and read.
-  EXPECT_EQ(frames, 12) << "the store button leaves on the frame it is clicked";
+  int clicked_at = 0;
+  Run({Click(kRowUp, Showing(295, 279, "Up Arrow")),
+       {"capture of the Up row", Capturing(1)},
+       {"----- in the Up row", Showing(295, 279, "-----"), [] { Key(87); }},
+       {"W ends the capture", Capturing(0), [] { EXPECT_EQ(modMain::KeyUp, 87); }},
+       {"W in the Up row", Showing(295, 279, "W"), [] { EXPECT_FALSE(Shows_Text(295, 279, 2, "-----")); }},
+       {"click store", nullptr, [&] { Click(kStore).act(), clicked_at = frames; }}});
+  // Seen the frame after the click, acted on at once: the save pumps once between write and read.
+  EXPECT_EQ(frames, clicked_at + 2) << "the store button leaves on the frame it is clicked";
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   EXPECT_EQ(Saved_Lines().at(9), "87");
   EXPECT_EQ(modMain::KeyUp, 87) << "read back after the write";
 }
 
 TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowWaiting) {
-  Click(3, kRowDown);
-  steps[6] = [] { Key_Down(27); };  // Escape: cancels, the old key stays
-  steps[7] = [] {
-    Key_Up(27);
-    EXPECT_TRUE(Capture_Slot() == 0 && modMain::KeyDown == 40);
-  };
-  Click(9, kRowLeft);
-  steps[12] = [] { Key_Down(68), Key_Down(65); };  // D and A in one frame: A has the lower code
-  steps[13] = [] {
-    Key_Up(65), Key_Up(68);
-    EXPECT_EQ(modMain::KeyLeft, 65);
-  };
-  Click(15, kRowRight);
-  steps[18] = [] { Key_Down(186); };  // no name (124 and up): still waiting
-  Click(20, kHarder);                 // ignored while a key is awaited
-  bool still_dashes = false;
-  steps[30] = [&] {
-    EXPECT_TRUE(Capture_Slot() == 4 && modMain::KeyRight == 39 && modMain::Difficulty == 1);
-    still_dashes = Shows_Text(295, 351, 2, "-----");
-    Move(300, 200);
-  };
-  steps[40] = [] { Screenshot("options_capture"); };
-  steps[41] = [] { Key_Down(27), platform::Post_Event({platform::EventKind::Quit}); };
-  Run();
-  EXPECT_TRUE(still_dashes);
+  Run({Click(kRowDown),
+       {"capture of the Down row", Capturing(2), [] { Key(27); }},  // Escape: cancels, the old key stays
+       {"Escape ends the capture", Capturing(0), [] { EXPECT_EQ(modMain::KeyDown, 40); }},
+       Click(kRowLeft),
+       {"capture of the Left row", Capturing(3),
+        [] { Key_Down(68), Key_Down(65), Key_Up(65), Key_Up(68); }},  // D and A in one frame: A has the lower code
+       {"D and A end the capture", Capturing(0), [] { EXPECT_EQ(modMain::KeyLeft, 65); }},
+       Click(kRowRight),
+       {"capture of the Right row", Capturing(4), [] { Key_Down(186); }},  // no name (124 and up): still waiting
+       Click(kHarder),                                                     // ignored while a key is awaited
+       {"a frame after the click", nullptr,
+        [] {
+          EXPECT_EQ(Capture_Slot(), 4);
+          EXPECT_EQ(modMain::KeyRight, 39);
+          EXPECT_EQ(modMain::Difficulty, 1);
+          EXPECT_TRUE(Shows_Text(295, 351, 2, "-----")) << "the Right row still waits";
+          Move(300, 200);
+        }},
+       {"screenshot", nullptr, [] { Screenshot("options_capture"); }},
+       {"close", nullptr, [] { Key_Down(27), platform::Post_Event({platform::EventKind::Quit}); }}});
   EXPECT_EQ(modMain::KeyRight, 39);
   EXPECT_TRUE(Saved_Lines().empty()) << "closing the window stores nothing";
 }
@@ -95,27 +93,33 @@ TEST_F(Options, DifficultyStaysInRangeTheTickTogglesThenDefaultsAreStored) {
   modMain::KeyUp = 87, modMain::KeyDown = 83, modMain::KeyLeft = 65, modMain::KeyRight = 68;
   modMain::PlayerName = "Vex";
   // The level word and the tick come from the button sheet.
-  bool hard = false, easy = false, no_tick = false, tick = false, lit = false;
-  Click(2, kHarder);
-  Click(5, kEasier);
-  steps[7] = [&] {
-    hard = modMain::Difficulty == 2 && At(372, 136) == Sheet_Pixel(30, 33) && At(387, 134) == Sheet_Pixel(45, 31);
-    no_tick = At(454, 165) != Sheet_Pixel(47, 93);
-  };
-  for (int f : {8, 10, 12}) Click(f, kEasier);
-  steps[14] = [&] { easy = modMain::Difficulty == 0 && At(372, 136) == Sheet_Pixel(30, 61); };
-  Click(15, kTick);  // any value but 0 becomes 0
-  steps[17] = [&] { tick = modMain::SkipSetup == 0 && At(455, 165) == Sheet_Pixel(47, 93); };
-  steps[18] = [] { Move(230, 420); };
-  steps[19] = [&] {
-    lit = At(174, 418) == Sheet_Pixel(3, 71) && At(424, 418) != Sheet_Pixel(3, 85);
-    Screenshot("options_defaults_lit");
-  };
-  Click(20, kDefaults);
-  Click(22, kStore);
-  Run();
-  EXPECT_TRUE(hard && easy && no_tick && tick);
-  EXPECT_TRUE(lit) << "the defaults button lights under the pointer, the store button does not";
+  Run({Click(kHarder),
+       Click(kEasier),
+       {"difficulty 2", [] { return modMain::Difficulty == 2; },
+        [&] {
+          EXPECT_EQ(At(372, 136), Sheet_Pixel(30, 33)) << "hard";
+          EXPECT_EQ(At(387, 134), Sheet_Pixel(45, 31)) << "hard";
+          EXPECT_NE(At(454, 165), Sheet_Pixel(47, 93)) << "no tick";
+        }},
+       Click(kEasier),
+       Click(kEasier),
+       Click(kEasier),
+       {"difficulty 0", [] { return modMain::Difficulty == 0; },
+        [&] { EXPECT_EQ(At(372, 136), Sheet_Pixel(30, 61)) << "easy"; }},
+       Click(kTick),  // any value but 0 becomes 0
+       {"the tick cleared", [] { return modMain::SkipSetup == 0; },
+        [&] {
+          EXPECT_EQ(At(455, 165), Sheet_Pixel(47, 93)) << "tick";
+          Move(230, 420);
+        }},
+       {"the pointer on defaults", nullptr,
+        [&] {
+          EXPECT_EQ(At(174, 418), Sheet_Pixel(3, 71)) << "the defaults button lights under the pointer";
+          EXPECT_NE(At(424, 418), Sheet_Pixel(3, 85)) << "the store button does not";
+          Screenshot("options_defaults_lit");
+        }},
+       Click(kDefaults),
+       Click(kStore)});
   EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "Vex", "0", "38",
                                                      "40", "37", "39"}));
 }
@@ -125,13 +129,10 @@ TEST_F(Options, AnUnnamedKeyFromTheFileShowsAsItsDefaultAndIsStoredSo) {
                       "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n38\r\n40\r\n37\r\n27\r\n");
   modMain::Read_Settings();
   ASSERT_EQ(modMain::KeyRight, 27);
-  bool shown = false;
-  steps[2] = [&] {
-    shown = modMain::KeyRight == 39 && Shows_Text(295, 351, 2, "Right Arrow") && Shows_Text(171, 254, 2, "Keyboard");
-  };
-  Click(3, kStore);
-  Run();
-  EXPECT_TRUE(shown);
+  Run({{"Right Arrow in the Right row", Showing(295, 351, "Right Arrow"),
+        [] { EXPECT_TRUE(Shows_Text(171, 254, 2, "Keyboard")); }},
+       Click(kStore)});
+  EXPECT_EQ(modMain::KeyRight, 39);
   EXPECT_EQ(Saved_Lines()[12], "39");
   EXPECT_EQ(Saved_Lines()[6], "2");
 }
@@ -139,59 +140,84 @@ TEST_F(Options, AnUnnamedKeyFromTheFileShowsAsItsDefaultAndIsStoredSo) {
 TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesideTheSettings) {
   using platform::Set_Virtual_Pad;
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
-  bool keyboard = false, arrived = false, pad_named = false, trigger = false, x_bound = false, cancelled = false;
-  bool no_pad = false;
-  steps[2] = [&] { keyboard = Shows_Text(171, 254, 2, "Keyboard"); };
-  for (int f : {3, 5, 7}) Click_At(f, 233, 193);  // the volume's left arrow
-  // The stick carries the pointer from the top right corner onto the device row; A clicks there.
-  steps[10] = [] { Set_Virtual_Pad(platform::kPadLeftStickLeft, 1), Set_Virtual_Pad(platform::kPadLeftStickDown, 1); };
-  for (int f = 11; f < 60; ++f)
-    steps[f] = [&] {
-      if (arrived || frmMain::MouseY < 256) return;
-      Set_Virtual_Pad(platform::kPadLeftStickLeft, 0), Set_Virtual_Pad(platform::kPadLeftStickDown, 0);
-      Set_Virtual_Pad(platform::kPadA, 1);
-      arrived = true;
-    };
-  steps[60] = [] { Set_Virtual_Pad(platform::kPadA, 0), Move(620, 20); };
-  Click_At(61, 400, 193);  // the ghost switch, beside the volume
+  const auto volume_left = [] { return Click_At("click the volume's left arrow", 233, 193); };
   // Looked at once the particles left on the way have died.
-  steps[125] = [&] {
-    Screenshot("options_pad");
-    pad_named = modMain::ControlDevice == 1 && Shows_Text(171, 254, 2, "Test Pad");
-    trigger = Shows_Text(295, 279, 2, "Right Trigger");
-    // Bars 1 to 7 of the volume wedge lit, the eighth not.
-    EXPECT_EQ(frmMain::MusicVolume, 7);
-    EXPECT_EQ(At(244 + 6 * 6 + 1, 198), 0x38D8F0u);
-    EXPECT_NE(At(244 + 6 * 7 + 1, 198), 0x38D8F0u);
-    EXPECT_GT(At(458, 192) & 0xFF, 150u) << "the ghost switch ticked";
-    EXPECT_EQ(At(458, 192), At(458, 161)) << "with the setup row's tick";
+  const auto settled = [] {
+    for (const auto& p : modMouseParticles::Particles)
+      if (p.Life > 0 && p.X < 500 && p.Y > 130 && p.Y < 310) return false;
+    return true;
   };
-  Click(126, kRowUp);
-  steps[129] = [] { Set_Virtual_Pad(platform::kPadX, 1); };
-  steps[130] = [] { Set_Virtual_Pad(platform::kPadX, 0); };
-  steps[131] = [&] { x_bound = frmMain::PadBinding[0] == platform::kPadX && Shows_Text(295, 279, 2, "X"); };
-  Click(132, kRowDown);
-  steps[135] = [] { Set_Virtual_Pad(platform::kPadStart, 1); };  // Start cancels
-  steps[136] = [&] {
-    Set_Virtual_Pad(platform::kPadStart, 0);
-    cancelled = Capture_Slot() == 0 && frmMain::PadBinding[1] == platform::kPadLeftTrigger;
-  };
-  steps[137] = [] { platform::Detach_Virtual_Pad(); };
-  steps[139] = [&] {
-    Screenshot("options_no_pad");
-    no_pad = Shows_Text(171, 254, 2, "no gamepad connected");
-  };
-  Click(140, kStore);
-  Run();
-  EXPECT_TRUE(keyboard);
-  EXPECT_TRUE(arrived) << "the stick moved the pointer";
-  EXPECT_TRUE(pad_named) << "A clicked the device row: the pad's name";
-  EXPECT_TRUE(trigger) << "the default thrust";
-  EXPECT_TRUE(x_bound);
-  EXPECT_TRUE(cancelled);
-  EXPECT_TRUE(no_pad);
+  Run({{"Keyboard in the device row", Showing(171, 254, "Keyboard")},
+       volume_left(),
+       volume_left(),
+       volume_left(),
+       // The stick carries the pointer from the top right corner onto the device row; A clicks there.
+       {"stick", nullptr,
+        [] { Set_Virtual_Pad(platform::kPadLeftStickLeft, 1), Set_Virtual_Pad(platform::kPadLeftStickDown, 1); }},
+       {"the stick moves the pointer onto the device row", [] { return frmMain::MouseY >= 256; },
+        [] {
+          Set_Virtual_Pad(platform::kPadLeftStickLeft, 0), Set_Virtual_Pad(platform::kPadLeftStickDown, 0);
+          Set_Virtual_Pad(platform::kPadA, 1);
+        }},
+       {"A chooses the pad", [] { return modMain::ControlDevice == 1; },
+        [] { Set_Virtual_Pad(platform::kPadA, 0), Move(620, 20); }},
+       Click_At("click the ghost switch, beside the volume", 400, 193),
+       {"the fountain gone from the rows", settled,
+        [] {
+          Screenshot("options_pad");
+          EXPECT_TRUE(Shows_Text(171, 254, 2, "Test Pad")) << "the pad's name";
+          EXPECT_TRUE(Shows_Text(295, 279, 2, "Right Trigger")) << "the default thrust";
+          // Bars 1 to 7 of the volume wedge lit, the eighth not.
+          EXPECT_EQ(frmMain::MusicVolume, 7);
+          EXPECT_EQ(At(244 + 6 * 6 + 1, 198), 0x38D8F0u);
+          EXPECT_NE(At(244 + 6 * 7 + 1, 198), 0x38D8F0u);
+          EXPECT_GT(At(458, 192) & 0xFF, 150u) << "the ghost switch ticked";
+          EXPECT_EQ(At(458, 192), At(458, 161)) << "with the setup row's tick";
+        }},
+       Click(kRowUp),
+       {"capture of the Up row", Capturing(1), [] { Set_Virtual_Pad(platform::kPadX, 1); }},
+       {"X let go", nullptr, [] { Set_Virtual_Pad(platform::kPadX, 0); }},
+       {"X ends the capture", Capturing(0),
+        [] {
+          EXPECT_EQ(frmMain::PadBinding[0], platform::kPadX);
+          EXPECT_TRUE(Shows_Text(295, 279, 2, "X"));
+        }},
+       Click(kRowDown),
+       {"capture of the Down row", Capturing(2), [] { Set_Virtual_Pad(platform::kPadStart, 1); }},
+       {"Start let go", nullptr, [] { Set_Virtual_Pad(platform::kPadStart, 0); }},
+       {"Start cancels the capture", Capturing(0),
+        [] {
+          EXPECT_EQ(frmMain::PadBinding[1], platform::kPadLeftTrigger);
+          platform::Detach_Virtual_Pad();
+        }},
+       {"no pad in the device row", Showing(171, 254, "no gamepad connected"), [] { Screenshot("options_no_pad"); }},
+       Click(kStore)});
   EXPECT_EQ(Saved_Lines(), (std::vector<std::string>{"0", "640", "480", "16", "<none>", "<none>", "1", "", "1", "38",
                                                      "40", "37", "39"}))
       << "ControlDevice 1, the keys kept";
   EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=1\npad_thrust=2\nvolume=7\n");
+}
+
+using modDInput::Get_Key_Name;
+
+TEST(KeyNames, NamedCodesAndFiftyTwoUniqueNamesAllBelow124) {
+  std::string shown;
+  for (int code : {13, 32, 37, 39, 40, 48, 65, 86, 90, 96, 105})
+    shown += std::to_string(code) + "=" + Get_Key_Name(static_cast<i16>(code)) + " ";
+  EXPECT_EQ(shown,
+            "13=Enter 32=Spacebar 37=Left Arrow 39=Right Arrow 40=Down Arrow 48=0 65=A 86=V 90=Z 96=Numpad 0 "
+            "105=Numpad 9 ");
+  // The 51 of the table plus V; every other code (Escape, Shift, punctuation, each range's
+  // neighbours) reads "<invalid>".
+  std::set<std::string> names;
+  int named = 0;
+  for (int code = -32768; code <= 32767; ++code) {
+    const std::string n = Get_Key_Name(static_cast<i16>(code));
+    if (n == "<invalid>") continue;
+    ++named;
+    EXPECT_TRUE(code >= 0 && code < 124) << code << " is named " << n;
+    names.insert(n);
+  }
+  EXPECT_EQ(named, 52);
+  EXPECT_EQ(names.size(), 52u);
 }

@@ -1,5 +1,4 @@
 // Ship selection's real loop: sliding buttons, ship and skin wrap, bars, start, back, one frame.
-#include <array>
 #include <filesystem>
 
 #include "gfx/XFileClass.h"
@@ -29,13 +28,15 @@ class ShipSelectionTest : public ScreenTest {
     for (int i = 1; i <= 7 * n; ++i) out += lines[size_t(i)] + "\r\n";
     testenv::Write_File(dir_.path() + "/Data/Ships.Dat", out);
   }
-  // Clicks each button at its frame: pressed there, released the next.
-  void Clicks(int f, std::initializer_list<std::pair<int, int>> script) {
-    for (const auto& [button, at] : script) {
-      if (f == at) Move(kButton[button][0], kButton[button][1]), Press();
-      if (f == at + 1) Release();
-    }
+  static Step Press_Button(int button, std::function<bool()> until = slid_in) {
+    static const char* const kNames[] = {"back", "start", "previous skin", "next skin", "previous ship", "next ship"};
+    return Click(std::string("click ") + kNames[button], kButton[button][0], kButton[button][1], std::move(until));
   }
+  // Waits for the choice the last click makes.
+  static Step Choice_Is(Choice c) {
+    return {"ship " + std::to_string(c.first) + " skin " + std::to_string(c.second), [c] { return Current() == c; }};
+  }
+  static bool slid_in() { return modShipSelection::Button_Slide() == 0; }
   static Choice Current() {
     return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin};
   }
@@ -43,23 +44,24 @@ class ShipSelectionTest : public ScreenTest {
 
 TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWaysAndStartKeepsTheRacers) {
   Write_Catalogue(3);
-  std::vector<Choice> seen;
-  // The first click comes while the buttons slide in (about 600 ms); each choice is read two frames on.
-  on_frame = [&](int f) {
-    for (int at : {10, 60, 64, 68, 72, 76, 80})
-      if (f == at + 2) seen.push_back(Current());
-    Clicks(f, {{kPrevShip, 10},
-               {kPrevShip, 60},
-               {kNextShip, 64},
-               {kPrevSkin, 68},
-               {kNextSkin, 72},
-               {kPrevSkin, 76},
-               {kNextShip, 80},
-               {kStart, 150}});
-    if (f == 148) Screenshot("ship_selection");
-  };
-  modShipSelection::Init_Ship_Selection();
-  EXPECT_EQ(seen, (std::vector<Choice>{{0, 1}, {2, 1}, {0, 1}, {0, 3}, {0, 1}, {0, 3}, {1, 3}}));
+  // The first click comes while the buttons slide in (about 600 ms).
+  Play({Press_Button(kPrevShip, [] { return !slid_in(); }),
+        {"slid in", slid_in, [] { EXPECT_EQ(Current(), Choice(0, 1)) << "a click while sliding does nothing"; }},
+        Press_Button(kPrevShip),
+        Choice_Is({2, 1}),
+        Press_Button(kNextShip),
+        Choice_Is({0, 1}),
+        Press_Button(kPrevSkin),
+        Choice_Is({0, 3}),
+        Press_Button(kNextSkin),
+        Choice_Is({0, 1}),
+        Press_Button(kPrevSkin),
+        Choice_Is({0, 3}),
+        Press_Button(kNextShip),
+        Choice_Is({1, 3}),
+        {"screenshot", nullptr, [] { Screenshot("ship_selection"); }},
+        Press_Button(kStart)},
+       modShipSelection::Init_Ship_Selection);
   EXPECT_EQ(modMain::GameState, modMain::kStateRace);
   ASSERT_EQ(modMain::Players.size(), 5u);
   for (size_t i = 0; i < 5; ++i) EXPECT_EQ(modMain::Players[i] ? modMain::Players[i]->RacerKind : -1, i == 0 ? 1 : 2);
@@ -69,18 +71,19 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
 }
 
 TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip) {
-  std::vector<Choice> at_entry;
-  on_frame = [&](int f) {
-    if (f == 2) at_entry.push_back(Current());
-    Clicks(f, {{kNextShip, 60}, {kNextSkin, 62}, {kBack, 65}});
-  };
-  modShipSelection::Init_Ship_Selection();
+  const std::vector<Step> visit = {{"at entry", nullptr, [] { EXPECT_EQ(Current(), Choice(0, 1)); }},
+                                   Press_Button(kNextShip),
+                                   Choice_Is({1, 1}),
+                                   Press_Button(kNextSkin),
+                                   Choice_Is({1, 2}),
+                                   Press_Button(kBack)};
+  Play(visit, modShipSelection::Init_Ship_Selection);
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  EXPECT_TRUE(modMain::Players.size() == 5 && !modMain::Players[0] && !modMain::Players[4]);
-  frames = 0;
+  ASSERT_EQ(modMain::Players.size(), 5u);
+  EXPECT_FALSE(modMain::Players[0]);
+  EXPECT_FALSE(modMain::Players[4]);
   modMain::NumOpponents = 0;
-  modShipSelection::Init_Ship_Selection();
-  EXPECT_EQ(at_entry, (std::vector<Choice>{{0, 1}, {0, 1}}));
+  Play(visit, modShipSelection::Init_Ship_Selection);
   EXPECT_EQ(modMain::Players.size(), 1u);
 }
 
@@ -95,36 +98,24 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshO
   testenv::Write_File(dir_.path() + "/Data/Ships.Dat", text);
   std::vector<std::string> shown;
   platform::Set_Message_Box_Hook([&](const std::string& m) { shown.push_back(m); });
-  struct Seen {
-    Choice choice;
-    std::string name;
-    i16 mass_bar, inertia_bar;
-    bool mesh;
+  const auto look = [] {
+    const int ship = Current().first;
+    SCOPED_TRACE(ship);
+    EXPECT_EQ(Is_Set(modShipSelection::Preview()->Loaded), ship != 2);
+    EXPECT_EQ(modShipSelection::Ship_Name().empty(), ship == 2);
+    EXPECT_EQ(modShipSelection::Bar_Target(2) == -150, ship != 1) << "a blank mass reads 0";
+    EXPECT_EQ(modShipSelection::Bar_Target(1) == -400, ship != 0) << "an inertia that is no number reads 0";
   };
-  std::vector<Seen> seen;
-  on_frame = [&](int f) {
-    for (int at : {2, 62, 66, 70, 74, 78})
-      if (f == at)
-        seen.push_back({Current(), modShipSelection::Ship_Name(), modShipSelection::Bar_Target(2),
-                        modShipSelection::Bar_Target(1), Is_Set(modShipSelection::Preview()->Loaded)});
-    Clicks(f, {{kNextShip, 60}, {kNextShip, 64}, {kNextShip, 68}, {kPrevShip, 72}, {kNextShip, 76}, {kBack, 80}});
-  };
-  for (int visit = 0; visit < 2; ++visit) {
-    frames = 0;
-    modShipSelection::Init_Ship_Selection();
+  std::vector<Step> visit = {{"at entry", nullptr, look}};
+  for (const auto& [button, ship] :
+       {std::pair{kNextShip, 1}, {kNextShip, 2}, {kNextShip, 0}, {kPrevShip, 2}, {kNextShip, 0}}) {
+    visit.push_back(Press_Button(button));
+    visit.push_back(Choice_Is({ship, 1}));
+    visit.back().act = look;
   }
+  visit.push_back(Press_Button(kBack));
+  for (int k = 0; k < 2; ++k) Play(visit, modShipSelection::Init_Ship_Selection);
   platform::Set_Message_Box_Hook(nullptr);
-  ASSERT_EQ(seen.size(), 12u);
-  for (size_t i = 0; i < seen.size(); ++i) {
-    // Ships 0, 1, 2, 0, 2, 0 in each visit.
-    const int ship = std::array{0, 1, 2, 0, 2, 0}[i % 6];
-    SCOPED_TRACE(i);
-    EXPECT_EQ(seen[i].choice, Choice(ship, 1));
-    EXPECT_EQ(seen[i].mesh, ship != 2);
-    EXPECT_EQ(seen[i].name.empty(), ship == 2);
-    EXPECT_EQ(seen[i].mass_bar == -150, ship != 1) << "a blank mass reads 0";
-    EXPECT_EQ(seen[i].inertia_bar == -400, ship != 0) << "an inertia that is no number reads 0";
-  }
   EXPECT_EQ(shown, (std::vector<std::string>{"error loading xfile", "error loading xfile"})) << "once a visit";
 }
 
@@ -133,12 +124,12 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetThenMovesOneUnitAFra
   Write_Catalogue(2, {{0, "20"}, {1, "17.6"}});
   std::vector<int> shown;
   int clicked_at = -1;
-  on_frame = [&](int f) {
-    shown.push_back(modShipSelection::Bar_Shown(1));
-    if (clicked_at < 0 && shown.back() == 70) clicked_at = f;
-    if (clicked_at > 0) Clicks(f, {{kNextShip, clicked_at}, {kBack, clicked_at + 80}});
-  };
-  modShipSelection::Init_Ship_Selection();
+  on_frame = [&](int) { shown.push_back(modShipSelection::Bar_Shown(1)); };
+  Play({{"the inertia bar at 70", [&] { return shown.back() == 70; },
+         [&] { clicked_at = frames, Press_Button(kNextShip).act(); }},
+        {"75 frames after the click", [&] { return int(shown.size()) > clicked_at + 75; }},
+        Press_Button(kBack)},
+       modShipSelection::Init_Ship_Selection);
   ASSERT_GT(clicked_at, 40);  // after the slide
   // Grew one unit a frame, then 100 at the click's frame less the frame's step, down to 40.
   std::vector<int> want{69, 70};
@@ -151,35 +142,43 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
   std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::pair<int, int> name, bar1, bar3;
   uint32_t lit_button = 0, plain_button = 0;
-  std::vector<uint32_t> ship_a, ship_b;
-  on_frame = [&](int f) {
-    Clicks(f, {{kNextShip, 60}, {kStart, 221}});  // "Kestrel GT": 10 characters
-    if (f == 200) Move(145, 370);
-    if (f == 202) lit_button = At(100, 352), Move(600, 20);
-    if (f == 204) {
-      plain_button = At(100, 352);
-      name = Drawn_Columns(380, 120, 560, 135);
-      bar1 = Drawn_Columns(400, 321, 640, 339);
-      bar3 = Drawn_Columns(400, 381, 640, 399);
-      ship_a = Read(330, 150, 570, 310);
-    }
-    if (f == 220) ship_b = Read(330, 150, 570, 310);
+  std::vector<uint32_t> ship_a;
+  const auto bars_settled = [] {
+    for (int i = 0; i < 3; ++i)
+      if (modShipSelection::Bar_Shown(i) != modShipSelection::Bar_Target(i)) return false;
+    return true;
   };
-  modShipSelection::Init_Ship_Selection();
+  Play({Press_Button(kNextShip),
+        Choice_Is({1, 1}),  // "Kestrel GT": 10 characters
+        {"the bars at their marks", bars_settled, [] { Move(145, 370); }},
+        {"the pointer on back", nullptr, [&] { lit_button = At(100, 352), Move(600, 20); }},
+        {"the pointer gone", nullptr,
+         [&] {
+           plain_button = At(100, 352);
+           name = Drawn_Columns(380, 120, 560, 135);
+           bar1 = Drawn_Columns(400, 321, 640, 339);
+           bar3 = Drawn_Columns(400, 381, 640, 399);
+           ship_a = Read(330, 150, 570, 310);
+         }},
+        {"the ship turned", [&] { return Read(330, 150, 570, 310) != ship_a; }, nullptr, 16},
+        Press_Button(kStart)},
+       modShipSelection::Init_Ship_Selection);
   EXPECT_EQ(modShipSelection::Ship_Name(), "Kestrel GT");
-  EXPECT_TRUE(name.first >= 410 && name.first <= 413 && name.second >= 520 && name.second < 530)
-      << name.first << ".." << name.second << ": centred";
+  // Centred.
+  EXPECT_GE(name.first, 410);
+  EXPECT_LE(name.first, 413);
+  EXPECT_GE(name.second, 520);
+  EXPECT_LT(name.second, 530);
   // Thrust 0.25 -> 100 units, drawn 98 pixels wide; mass 8.5 -> 62 (62.5 to even) -> 60.
   EXPECT_EQ(std::make_pair(bar1, bar3), std::make_pair(std::make_pair(415, 512), std::make_pair(415, 474)));
   // Highlighted cells are orange, normal ones steel blue.
   EXPECT_GT(lit_button >> 16 & 0xFF, lit_button & 0xFF);
   EXPECT_LT(plain_button >> 16 & 0xFF, plain_button & 0xFF);
-  // The ship: shaded by the light (not one flat colour), and turning.
+  // The ship: shaded by the light (not one flat colour).
   int lo = 255, hi = 0;
   for (uint32_t p : ship_a)
     if (p != kClear) lo = std::min(lo, int(p >> 8 & 0xFF)), hi = std::max(hi, int(p >> 8 & 0xFF));
   EXPECT_GT(hi - lo, 60);
-  EXPECT_NE(ship_a, ship_b);
 }
 
 }  // namespace

@@ -2,9 +2,8 @@
 // The one display and screen fixture. DisplayTest: a headless display (640 x 480 unless a
 // test asks for another size) in a scratch game folder with the graphics, torn down in the
 // game's order. ScreenTest: fonts, the main window's input and a manual clock, so a test can
-// run a real screen loop; every pump advances the clock by step_ms and calls on_frame
-// (frames from 1), where the test posts input and looks at state. A runaway loop is closed
-// after max_frames by a window-close event.
+// run a real screen loop; every pump advances the clock by step_ms, calls on_frame (frames
+// from 1) and moves the script on. A runaway loop is closed after max_frames.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -27,7 +26,7 @@ namespace testenv {
 // Back-buffer pixels of a rectangle as 0xRRGGBB, rows top to bottom.
 std::vector<uint32_t> Read(int left, int top, int right, int bottom);
 inline uint32_t At(int x, int y) { return Read(x, y, x + 1, y + 1)[0]; }
-// Writes the whole back buffer as an RGB PNG at path (folders made); returns path.
+// Writes the whole back buffer as a PNG at path; returns path.
 std::string Save_Screen(const std::string& path);
 }  // namespace testenv
 
@@ -50,16 +49,32 @@ class ScreenTest : public DisplayTest {
   void SetUp() override;
   void TearDown() override;
 
-  static void Move(float x, float y);
-  static void Press();  // left mouse button
-  static void Release();
-  static void Key_Down(int16_t key);
-  static void Key_Up(int16_t key);
-  // A key pressed now and let go at the next pump, so one frame sees it held.
-  void Key(int16_t key) {
-    Key_Down(key);
-    release_next_.push_back(key);
+  // A script step: once `until` holds (asked at each pump; none: at once) `act` runs, and the
+  // next step waits from the next pump. A step still waiting after `limit` frames fails,
+  // naming what it waited for, and closes the screen.
+  struct Step {
+    Step(std::string w, std::function<bool()> u = nullptr, std::function<void()> a = nullptr, int l = 300)
+        : what(std::move(w)), until(std::move(u)), act(std::move(a)), limit(l) {}
+    std::string what;
+    std::function<bool()> until;
+    std::function<void()> act;
+    int limit;
+  };
+  // Runs screen() under the script; fails naming the first step the screen left before.
+  void Play(std::vector<Step> script, const std::function<void()>& screen);
+  // The step that clicks at (x, y): pressed there, let go at the next pump.
+  static Step Click(std::string what, float x, float y, std::function<bool()> until = nullptr) {
+    return {std::move(what), std::move(until), [x, y] { Move(x, y), Press(), Release(); }};
   }
+
+  static void Move(float x, float y) { platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y}); }
+  static void Press() { platform::Post_Event({platform::EventKind::MouseDown, 0, 1}); }  // left mouse button
+  static void Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
+  static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
+  static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
+  // A key pressed now and let go at the next pump (the pump holds a release back behind its own
+  // press), so one frame sees it held.
+  static void Key(int16_t key) { Key_Down(key), Key_Up(key); }
   // Writes the back buffer to screenshots/<name>.png in the test's working folder.
   static void Screenshot(const std::string& name) { testenv::Save_Screen("screenshots/" + name + ".png"); }
   // True when every glyph pixel of text in font, drawn alone at (x, y), is on screen there.
@@ -74,5 +89,7 @@ class ScreenTest : public DisplayTest {
   std::function<void(int frame)> on_frame;
 
  private:
-  std::vector<int16_t> release_next_;
+  std::vector<Step> steps_;
+  size_t next_step_ = 0;
+  int waited_ = 0;
 };

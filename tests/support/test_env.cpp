@@ -5,12 +5,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#include <stb_image_write.h>
+
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 
-#include "platform/platform.h"
 #include "platform/testing.h"
 
 namespace fs = std::filesystem;
@@ -54,15 +57,9 @@ void Write_File(const std::string& path, const std::string& bytes) {
 std::vector<std::string> Read_Lines_CRLF(const std::string& path) {
   const std::string all = Read_File(path);
   std::vector<std::string> lines;
-  size_t start = 0;
-  while (start < all.size()) {
-    const size_t end = all.find("\r\n", start);
-    if (end == std::string::npos) {
-      lines.push_back(all.substr(start));
-      break;
-    }
+  for (size_t start = 0, end; start < all.size(); start = end + 2) {
+    end = std::min(all.find("\r\n", start), all.size());
     lines.push_back(all.substr(start, end - start));
-    start = end + 2;
   }
   return lines;
 }
@@ -89,5 +86,14 @@ int Kill_While_Saving(const std::function<void()>& prepare, const std::function<
 
 std::string Game_Dir() { return QUORVAL_GAME_DIR; }
 std::string Testdata_Dir() { return QUORVAL_TESTDATA_DIR; }
+
+std::string Write_Png(const std::string& path, int width, int height, const std::vector<uint32_t>& rgb) {
+  std::vector<uint8_t> bytes;
+  for (uint32_t p : rgb) bytes.insert(bytes.end(), {uint8_t(p >> 16), uint8_t(p >> 8), uint8_t(p)});
+  const auto folder = std::filesystem::path(path).parent_path();
+  if (!folder.empty()) std::filesystem::create_directories(folder);
+  EXPECT_NE(stbi_write_png(path.c_str(), width, height, 3, bytes.data(), width * 3), 0) << path;
+  return path;
+}
 
 }  // namespace testenv

@@ -1,5 +1,6 @@
 #pragma once
 // Shared test helpers: a scratch application folder and file helpers.
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -33,5 +34,7 @@ std::string Game_Dir();
 int Kill_While_Saving(const std::function<void()>& prepare, const std::function<void()>& save,
                       const std::function<void(int round)>& check);
 std::string Testdata_Dir();
+// Writes 0xRRGGBB pixels, rows top to bottom, as an RGB PNG at path (folders made); returns path.
+std::string Write_Png(const std::string& path, int width, int height, const std::vector<uint32_t>& rgb);
 
 }  // namespace testenv
