@@ -99,6 +99,10 @@ class FramePasses : public ::testing::Test {
  protected:
   void SetUp() override {
     mod3Denhance::D3DDevice = &device_;
+    Matrix4 projection;  // as the display's set-up leaves it, so meshes in view are drawn
+    modMATH::Identity_Matrix(projection);
+    modMATH::Projection_Matrix(projection, 1.0f, 1500.0f, 3.14159f / 2.0f);
+    device_.SetTransform(platform::TransformKind::Projection, projection);
     modMain::Create_Racers(modMain::NumOpponents = 0);
     modGameLoop::SkySurf = Tex("sky"), modGameLoop::CarThrustSurf = Tex("flame"), modGameLoop::MiniMapSurf = Tex("map");
   }
@@ -146,7 +150,8 @@ TEST_F(FramePasses, TexturesBindOnlyOnANameChangeAndSeeThroughWallsWaitForTheRac
   std::vector<std::string> bound;
   for (const auto& t : device_.textures)
     if (t) bound.push_back(device_.names[t]);
-  EXPECT_EQ(bound, (std::vector<std::string>{"sky", "Road.bmp", "Glass.dds", "Wall.bmp", "flame", "flame", "Fence.DDS",
+  // The sky goes behind the solid track, before anything blended.
+  EXPECT_EQ(bound, (std::vector<std::string>{"Road.bmp", "Glass.dds", "Wall.bmp", "sky", "flame", "flame", "Fence.DDS",
                                              "map"}));
   EXPECT_EQ(modGameLoop::TransparentWalls.Items(), (std::vector<i16>{1, 2}));
   // No walls at all: no wall pass.
@@ -174,8 +179,8 @@ TEST_F(FramePasses, EachPassDrawsWithItsOwnStatesAndTheFrameEndsAsItBegan) {
   modGameLoop::Render_Race_Frame();
   const uint32_t none = platform::cull::None, ccw = platform::cull::CounterClockwise, one = platform::blend::One;
   EXPECT_EQ(device_.passes,
-            (std::vector<std::string>{Pass("sky", 0, 0, 1, ccw), Pass("Road.bmp", 0, 0, 1, none),        // road,
-                                      Pass("Road.bmp", 0, 0, 1, none), Pass("Road.bmp", 0, 0, 1, none),  // ground, wall
+            (std::vector<std::string>{Pass("Road.bmp", 0, 0, 1, none), Pass("Road.bmp", 0, 0, 1, none),  // road, ground,
+                                      Pass("Road.bmp", 0, 0, 1, none), Pass("sky", 0, 0, 1, ccw),        // wall, sky
                                       Pass("shadow", 0, 1, 0, ccw), Pass("flame", 0, 1, 0, ccw),
                                       Pass("body", 1, 0, 1, ccw),  // lit, solid, hiding what is behind
                                       Pass("flame", 0, 1, 0, ccw), Pass("Glass.dds", 0, 1, 1, none),
