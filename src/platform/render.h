@@ -186,11 +186,10 @@ class Device3D {
   // Pre-transformed vertices (format 452), pre-lit vertices (482).
   virtual void DrawPrimitive(Primitive type, const ScreenVertex* vertices, int count) = 0;
   virtual void DrawPrimitive(Primitive type, const LitVertex* vertices, int count) = 0;
-  // Indexed triangle list of mesh vertices (format 274).
-  virtual void DrawIndexedMesh(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count) = 0;
   // Kept geometry: triangle strips of pre-lit vertices laid end to end (part i is strip i,
-  // lengths[i] vertices), or one indexed mesh (one part). Drawn as DrawPrimitive and
-  // DrawIndexedMesh would draw the same vertices, parts first .. first + count - 1.
+  // lengths[i] vertices), or one indexed triangle list of mesh vertices (format 274; one
+  // part). DrawGeometry draws parts first .. first + count - 1, strips as DrawPrimitive
+  // would; this base draws the strips through DrawPrimitive and meshes not at all.
   virtual GeometryRef MakeGeometry(const LitVertex* vertices, const int* lengths, int strips);
   virtual GeometryRef MakeGeometry(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count);
   virtual void DrawGeometry(const Geometry& geometry, int first, int count);

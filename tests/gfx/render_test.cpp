@@ -151,8 +151,9 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
                           {1, 0, 10, 0, -1, 0, 0, 0}, {4, 2, 10, 0, -1, 0, 0, 0}, {4, -2, 10, 0, -1, 0, 0, 0}};
   const uint16_t idx[] = {0, 1, 2, 3, 4, 5};
   d.SetRenderState(rs::CullMode, platform::cull::None);
+  const platform::GeometryRef mesh = d.MakeGeometry(v, 6, idx, 6);
   d.BeginScene();
-  d.DrawIndexedMesh(v, 6, idx, 6);
+  d.DrawGeometry(*mesh, 0, 1);
   d.EndScene();
   // x / z maps to the screen with cot(fov / 2) = 1: -2.5 / 10 -> 240, 2.5 / 10 -> 400.
   // Ambient 150 alone lights the far side; the light's 0.93 on top saturates the near side.
@@ -162,7 +163,7 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
   D3DMaterial half = Material;
   half.diffuse = half.ambient = ColorValue{0.5f, 0.5f, 0.5f, 0};
   d.SetMaterial(half);
-  d.DrawIndexedMesh(v, 6, idx, 6);
+  d.DrawGeometry(*mesh, 0, 1);
   EXPECT_NEAR(Red(At(240, 240)), 193, 3);
   EXPECT_NEAR(Red(At(400, 240)), 75, 2);
 }
