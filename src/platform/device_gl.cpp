@@ -299,9 +299,6 @@ class GlDevice final : public Device3D {
     (void)stencil;  // the game has no stencil buffer
   }
 
-  void BeginScene() override {}
-  void EndScene() override { Flush(); }
-
   void DrawPrimitive(Primitive, const ScreenVertex* v, int count) override {
     Draw(kScreen, count, [&](int i, GpuVertex& g) {
       const ScreenVertex& s = v[i];

@@ -181,8 +181,6 @@ class Device3D {
   virtual void SetLight(int index, const D3DLight& light) = 0;
   // Clears the rectangles (all of the viewport when count is 0) of the target and/or depth.
   virtual void Clear(const Rect* rects, int count, uint32_t flags, uint32_t argb, float z, uint32_t stencil) = 0;
-  virtual void BeginScene() = 0;
-  virtual void EndScene() = 0;
   // Pre-transformed vertices (format 452), pre-lit vertices (482).
   virtual void DrawPrimitive(Primitive type, const ScreenVertex* vertices, int count) = 0;
   virtual void DrawPrimitive(Primitive type, const LitVertex* vertices, int count) = 0;

@@ -40,8 +40,6 @@ class RecordingDevice : public platform::Device3D {
   void SetViewport(const platform::Viewport&) override {}
   void SetLight(int, const platform::D3DLight&) override {}
   void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
-  void BeginScene() override {}
-  void EndScene() override {}
   void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
   void DrawPrimitive(platform::Primitive, const LitVertex* v, int) override {
     ++calls;
