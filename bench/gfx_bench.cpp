@@ -43,12 +43,10 @@ void BM_TrackStrips(benchmark::State& state) {
   d.SetRenderState(platform::rs::Lighting, 0);
   for (auto _ : state) {
     mod3Denhance::Clear_Screen();
-    d.BeginScene();
     for (int s = 0; s < 300; ++s) {
       d.SetTexture(0, textures[(s / 20) % 2]);
       d.DrawPrimitive(platform::Primitive::TriangleStrip, strip.data(), int(strip.size()));
     }
-    d.EndScene();
     Finish();
   }
   d.SetTexture(0, nullptr);

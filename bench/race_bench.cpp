@@ -71,7 +71,6 @@ void Race_Frame(i32 race_start, bool& first_go) {
   modMain::Players[0]->Get_Race_Position();
   modGameLoop::Record_Ghost_Frame();
   modGameLoop::Render_Race_Frame();
-  mod3Denhance::D3DDevice->EndScene();
   modGameLoop::Draw_HUD();
   Read_Pixel(0, 0);
 }
@@ -208,10 +207,8 @@ double Floor_Median_Ms(const char*& error) {
   d.SetRenderState(platform::rs::CullMode, platform::cull::None);
   d.SetRenderState(platform::rs::AlphaBlendEnable, 1);
   const auto draw = [&] {
-    d.BeginScene();
     d.SetTexture(0, texture);
     d.DrawPrimitive(platform::Primitive::TriangleStrip, quad, 4);
-    d.EndScene();
     return Read_Pixel(modMain::ScreenWidth / 2, modMain::ScreenHeight / 2);
   };
   mod3Denhance::Clear_Screen();

@@ -31,9 +31,7 @@ bool Init_Particles() {
 void Draw_Particles_Scene() {
   platform::Device3D* device = mod3Denhance::D3DDevice;
   if (device == nullptr) return;
-  device->BeginScene();
   Update_Particles();
-  device->EndScene();
 }
 
 void Draw_Pointer(const mod3Denhance::Surface& cursor) {

@@ -299,9 +299,6 @@ class GlDevice final : public Device3D {
     (void)stencil;  // the game has no stencil buffer
   }
 
-  void BeginScene() override {}
-  void EndScene() override { Flush(); }
-
   void DrawPrimitive(Primitive, const ScreenVertex* v, int count) override {
     Draw(kScreen, count, [&](int i, GpuVertex& g) {
       const ScreenVertex& s = v[i];
@@ -310,30 +307,6 @@ class GlDevice final : public Device3D {
   }
   void DrawPrimitive(Primitive, const LitVertex* v, int count) override {
     Draw(kLit, count, [&](int i, GpuVertex& g) { g = From_Lit(v[i]); });
-  }
-
-  void DrawIndexedMesh(const MeshVertex* v, int vertex_count, const uint16_t* indices, int index_count) override {
-    if (v == nullptr || indices == nullptr || vertex_count <= 0 || index_count < 3 || program_ == 0) return;
-    if (vertex_count > kVertexCapacity) return;
-    if (kept_ != nullptr) Flush();
-    Begin_Kind(kMesh);
-    index_count -= index_count % 3;
-    // Whole triangles per pass; a list longer than the index buffer goes in several.
-    for (int first = 0; first < index_count;) {
-      const int n = std::min(index_count - first, kIndexCapacity - kIndexCapacity % 3);
-      if (vertex_used_ + vertex_count > kVertexCapacity || index_used_ + n > kIndexCapacity) Flush();
-      const uint32_t base = uint32_t(vertex_used_);
-      for (int i = 0; i < vertex_count; ++i) vertices_[size_t(vertex_used_ + i)] = From_Mesh(v[i]);
-      vertex_used_ += vertex_count;
-      for (int i = 0; i < n; i += 3) {
-        const uint16_t a = indices[first + i], b = indices[first + i + 1], c = indices[first + i + 2];
-        if (a >= vertex_count || b >= vertex_count || c >= vertex_count) continue;  // a bad index draws nothing
-        indices_[size_t(index_used_++)] = base + a;
-        indices_[size_t(index_used_++)] = base + b;
-        indices_[size_t(index_used_++)] = base + c;
-      }
-      first += n;
-    }
   }
 
   GeometryRef MakeGeometry(const LitVertex* v, const int* lengths, int strips) override {
@@ -687,7 +660,6 @@ GeometryRef Device3D::MakeGeometry(const MeshVertex* v, int vertex_count, const 
   g->parts.resize(1);
   if (v == nullptr || indices == nullptr || vertex_count <= 0 || index_count < 3) return g;
   g->mesh.assign(v, v + vertex_count);
-  g->mesh_indices.assign(indices, indices + index_count);
   if (vertex_count <= kVertexCapacity)
     for (int i = 0; i + 2 < index_count; i += 3) {
       const uint16_t a = indices[i], b = indices[i + 1], c = indices[i + 2];
@@ -699,13 +671,10 @@ GeometryRef Device3D::MakeGeometry(const MeshVertex* v, int vertex_count, const 
 }
 
 void Device3D::DrawGeometry(const Geometry& g, int first, int count) {
+  if (!g.mesh.empty()) return;
   for (int i = std::max(first, 0); i < first + count && i < int(g.parts.size()); ++i) {
-    if (!g.mesh.empty()) {
-      DrawIndexedMesh(g.mesh.data(), int(g.mesh.size()), g.mesh_indices.data(), int(g.mesh_indices.size()));
-    } else if (g.parts[size_t(i)].vertices >= 3) {
-      const Geometry::Part& p = g.parts[size_t(i)];
-      DrawPrimitive(Primitive::TriangleStrip, g.lit.data() + p.first_vertex, p.vertices);
-    }
+    const Geometry::Part& p = g.parts[size_t(i)];
+    if (p.vertices >= 3) DrawPrimitive(Primitive::TriangleStrip, g.lit.data() + p.first_vertex, p.vertices);
   }
 }
 

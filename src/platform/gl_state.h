@@ -20,7 +20,6 @@ class Geometry {
   };
   std::vector<LitVertex> lit;  // strips, end to end
   std::vector<MeshVertex> mesh;
-  std::vector<uint16_t> mesh_indices;
   std::vector<uint32_t> triangles;  // the parts as one triangle list
   std::vector<Part> parts;
   mutable uint32_t vao = 0, vbo = 0, ebo = 0;

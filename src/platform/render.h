@@ -181,16 +181,13 @@ class Device3D {
   virtual void SetLight(int index, const D3DLight& light) = 0;
   // Clears the rectangles (all of the viewport when count is 0) of the target and/or depth.
   virtual void Clear(const Rect* rects, int count, uint32_t flags, uint32_t argb, float z, uint32_t stencil) = 0;
-  virtual void BeginScene() = 0;
-  virtual void EndScene() = 0;
   // Pre-transformed vertices (format 452), pre-lit vertices (482).
   virtual void DrawPrimitive(Primitive type, const ScreenVertex* vertices, int count) = 0;
   virtual void DrawPrimitive(Primitive type, const LitVertex* vertices, int count) = 0;
-  // Indexed triangle list of mesh vertices (format 274).
-  virtual void DrawIndexedMesh(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count) = 0;
   // Kept geometry: triangle strips of pre-lit vertices laid end to end (part i is strip i,
-  // lengths[i] vertices), or one indexed mesh (one part). Drawn as DrawPrimitive and
-  // DrawIndexedMesh would draw the same vertices, parts first .. first + count - 1.
+  // lengths[i] vertices), or one indexed triangle list of mesh vertices (format 274; one
+  // part). DrawGeometry draws parts first .. first + count - 1, strips as DrawPrimitive
+  // would; this base draws the strips through DrawPrimitive and meshes not at all.
   virtual GeometryRef MakeGeometry(const LitVertex* vertices, const int* lengths, int strips);
   virtual GeometryRef MakeGeometry(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count);
   virtual void DrawGeometry(const Geometry& geometry, int first, int count);

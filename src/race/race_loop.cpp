@@ -120,7 +120,6 @@ void Race_Loop() {
     }
     Render_Race_Frame();
     if (Player_Finished() || Is_Set(Paused)) Draw_Dim_Panel();
-    if (mod3Denhance::D3DDevice != nullptr) mod3Denhance::D3DDevice->EndScene();
     Draw_HUD();
     if (Is_Set(Paused)) Draw_Pause_Menu();
     if (Since(race_start) <= kLightsMs) {

@@ -165,7 +165,6 @@ void Render_Race_Frame() {
   Move_Camera(*device, player);
   device->SetRenderState(rs::Lighting, 0);
   mod3Denhance::Clear_Screen();
-  device->BeginScene();
   device->SetRenderState(rs::CullMode, platform::cull::None);
 
   for (int i = modTracks::Track.Lower(); i <= modTracks::Track.Upper(); ++i) {

@@ -215,10 +215,8 @@ void Draw_Ship_Selection() {
   }
 
   if (device != nullptr) {
-    device->BeginScene();
     if (PreviewMesh) PreviewMesh->Render(device);
     modMouseParticles::Update_Particles();
-    device->EndScene();
   }
   modMouseParticles::Draw_Pointer(CursorSurf);
   mod3Denhance::Flip();

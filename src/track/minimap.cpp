@@ -83,11 +83,8 @@ void Build_MiniMap(const mod3Denhance::Surface& target) {
   device->SetRenderState(platform::rs::Lighting, 0);
   device->SetRenderState(platform::rs::CullMode, platform::cull::None);
   device->Clear(nullptr, 0, platform::kClearTarget | platform::kClearZBuffer, 0x00000000u, 1.0f, 0);
-  if (outline.size() >= 3) {
-    device->BeginScene();
+  if (outline.size() >= 3)
     device->DrawPrimitive(platform::Primitive::TriangleStrip, outline.data(), static_cast<int>(outline.size()));
-    device->EndScene();
-  }
   device->SetRenderState(platform::rs::CullMode, platform::cull::CounterClockwise);
   // A degenerate road leaves the map black rather than a copy of the cleared screen.
   if (target && outline.size() >= 3)

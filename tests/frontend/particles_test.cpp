@@ -23,9 +23,7 @@ class Particles : public DisplayTest {
   static void Frame(int frame_ms) {
     modMain::FrameTime = frame_ms;
     mod3Denhance::Clear_Screen();
-    mod3Denhance::D3DDevice->BeginScene();
     Update_Particles();
-    mod3Denhance::D3DDevice->EndScene();
   }
   static std::pair<float, float> VX_Range() {
     const auto [lo, hi] = std::minmax_element(modMouseParticles::Particles.begin(), modMouseParticles::Particles.end(),

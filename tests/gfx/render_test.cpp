@@ -114,9 +114,7 @@ TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsW
     d.DrawPrimitive(platform::Primitive::TriangleStrip, tris, 3);
     d.DrawPrimitive(platform::Primitive::TriangleStrip, tris + 3, 3);
   };
-  d.BeginScene();
   draw_both();
-  d.EndScene();
   EXPECT_EQ(std::pair(At(120, 120), At(320, 120)), std::pair(0xFF0000u, kBlue));
   d.SetRenderState(rs::CullMode, platform::cull::Clockwise);
   draw_both();
@@ -128,7 +126,6 @@ TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsW
             (std::array{0xFFFFFFu, 0x0000FFu, 0xFF0000u, 0x00FF00u, 0x0000FFu}));
 
   Unlit_On_Clear_Screen();
-  d.BeginScene();
   Quad(100, 100, 200, 200, 0.2f, 0xFFFF0000);
   Quad(100, 100, 200, 200, 0.8f, 0xFF00FF00);
   Quad(300, 100, 400, 200, 0.8f, 0xFF00FF00);
@@ -136,7 +133,6 @@ TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsW
   d.SetRenderState(rs::ZWriteEnable, 0);  // without depth writes a later far quad shows
   Quad(500, 100, 600, 200, 0.1f, 0xFFFFFF00);
   Quad(500, 100, 600, 200, 0.5f, 0xFF00FFFF);
-  d.EndScene();
   EXPECT_EQ((std::array{At(150, 150), At(350, 150), At(550, 150)}), (std::array{0xFF0000u, 0xFF0000u, 0x00FFFFu}));
 }
 
@@ -151,9 +147,8 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
                           {1, 0, 10, 0, -1, 0, 0, 0}, {4, 2, 10, 0, -1, 0, 0, 0}, {4, -2, 10, 0, -1, 0, 0, 0}};
   const uint16_t idx[] = {0, 1, 2, 3, 4, 5};
   d.SetRenderState(rs::CullMode, platform::cull::None);
-  d.BeginScene();
-  d.DrawIndexedMesh(v, 6, idx, 6);
-  d.EndScene();
+  const platform::GeometryRef mesh = d.MakeGeometry(v, 6, idx, 6);
+  d.DrawGeometry(*mesh, 0, 1);
   // x / z maps to the screen with cot(fov / 2) = 1: -2.5 / 10 -> 240, 2.5 / 10 -> 400.
   // Ambient 150 alone lights the far side; the light's 0.93 on top saturates the near side.
   EXPECT_NEAR(Red(At(400, 240)), 150, 2);
@@ -162,7 +157,7 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
   D3DMaterial half = Material;
   half.diffuse = half.ambient = ColorValue{0.5f, 0.5f, 0.5f, 0};
   d.SetMaterial(half);
-  d.DrawIndexedMesh(v, 6, idx, 6);
+  d.DrawGeometry(*mesh, 0, 1);
   EXPECT_NEAR(Red(At(240, 240)), 193, 3);
   EXPECT_NEAR(Red(At(400, 240)), 75, 2);
 }
@@ -177,12 +172,10 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongS
   d.Clear(nullptr, 0, platform::kClearTarget, 0xFF0000FFu, 1, 0);
   d.SetRenderState(rs::AlphaBlendEnable, 1);
   d.SetTextureStageState(0, platform::tss::MagFilter, platform::tss::Point);
-  d.BeginScene();
   d.SetTexture(0, dds);
   Quad(0, 0, 100, 100, 0, 0xFFFFFFFF);
   d.SetTexture(0, two);
   Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
-  d.EndScene();
   const uint32_t p = At(50, 50);  // alpha 0x88 of red over blue
   EXPECT_NEAR(Red(p), 0x88, 1);
   EXPECT_NEAR(int(p & 0xFF), 0x77, 1);
@@ -225,9 +218,7 @@ TEST_F(DisplayTest, CullingAGeneratedShipKeepsTheOutsideOfEveryPart) {
     d.SetRenderState(rs::Lighting, uint32_t(-1));
     d.SetRenderState(rs::CullMode, cull);
     Clear_Screen();
-    d.BeginScene();
     ship.Render(&d);
-    d.EndScene();
     return Read(0, 0, 640, 480);
   };
   const std::vector<uint32_t> both = draw(platform::cull::None), normal = draw(platform::cull::CounterClockwise),

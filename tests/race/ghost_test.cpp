@@ -165,7 +165,6 @@ TEST_F(RaceTest, GhostFliesSeeThroughWithItsOwnMarkerAndTheSplitShowsInItsColour
       auto scene = [&](i32 clock, float camera) {
         modMain::GameClock = clock, modGameLoop::CameraDistance = camera;
         modGameLoop::Render_Race_Frame();
-        mod3Denhance::D3DDevice->EndScene();
         return testenv::Read(0, 0, 640, 480);
       };
       const float camera = modGameLoop::CameraDistance;

@@ -14,7 +14,6 @@ int B(uint32_t p) { return int(p & 0xFF); }
 // The scene alone (no HUD), redrawn now from the current state.
 std::vector<uint32_t> Scene() {
   modGameLoop::Render_Race_Frame();
-  mod3Denhance::D3DDevice->EndScene();
   return testenv::Read(0, 0, 640, 480);
 }
 

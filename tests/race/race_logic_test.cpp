@@ -80,8 +80,10 @@ class PassDevice : public RecordingDevice {
   void DrawPrimitive(platform::Primitive p, const LitVertex* v, int n) override {
     Log(), RecordingDevice::DrawPrimitive(p, v, n);
   }
-  void DrawIndexedMesh(const MeshVertex* v, int n, const uint16_t* i, int count) override {
-    Log("body"), RecordingDevice::DrawIndexedMesh(v, n, i, count);
+  void DrawGeometry(const platform::Geometry& g, int first, int count) override {
+    const size_t before = draws.size();
+    RecordingDevice::DrawGeometry(g, first, count);
+    if (draws.size() > before) Log("body");
   }
   std::string States(const std::string& what) {
     namespace rs = platform::rs;

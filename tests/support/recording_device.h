@@ -2,6 +2,7 @@
 // A device that draws nothing and records what it is asked: transforms, textures, states
 // and the draws, so frame passes and meshes can be checked without a display.
 #include <algorithm>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -19,7 +20,7 @@ class RecordingDevice : public platform::Device3D {
   std::vector<platform::ImageRef> textures;  // every SetTexture, in order
   std::vector<std::pair<uint32_t, uint32_t>> states;
   std::vector<float> lit_first_x;  // the first vertex's x of each lit draw
-  std::vector<Draw> draws;         // indexed meshes
+  std::vector<Draw> draws;         // kept meshes
   int calls = 0;                   // transforms, materials, textures and draws
 
   void SetTransform(platform::TransformKind k, const Matrix4& m) override {
@@ -39,22 +40,31 @@ class RecordingDevice : public platform::Device3D {
   void SetViewport(const platform::Viewport&) override {}
   void SetLight(int, const platform::D3DLight&) override {}
   void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
-  void BeginScene() override {}
-  void EndScene() override {}
   void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
   void DrawPrimitive(platform::Primitive, const LitVertex* v, int) override {
     ++calls;
     lit_first_x.push_back(v[0].x);
   }
-  void DrawIndexedMesh(const MeshVertex*, int vertex_count, const uint16_t* indices, int index_count) override {
+  platform::GeometryRef MakeGeometry(const MeshVertex* v, int vertex_count, const uint16_t* indices,
+                                     int index_count) override {
+    platform::GeometryRef g = Device3D::MakeGeometry(v, vertex_count, indices, index_count);
+    meshes_[g.get()] = {nullptr, {}, vertex_count, index_count,
+                        index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1};
+    return g;
+  }
+  using Device3D::MakeGeometry;
+  void DrawGeometry(const platform::Geometry& g, int first, int count) override {
+    const auto mesh = meshes_.find(&g);
+    if (mesh == meshes_.end()) return Device3D::DrawGeometry(g, first, count);
     ++calls;
-    draws.push_back({texture_, material_, vertex_count, index_count,
-                     index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1});
+    draws.push_back(mesh->second);
+    draws.back().texture = texture_, draws.back().material = material_;
   }
 
  private:
   D3DMaterial material_{};
   platform::ImageRef texture_;
+  std::map<const platform::Geometry*, Draw> meshes_;  // what each mesh made here holds
   Matrix4 transforms_[3] = {Identity(), Identity(), Identity()};
   static Matrix4 Identity() {
     Matrix4 m{};

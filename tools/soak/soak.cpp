@@ -97,7 +97,6 @@ bool Race(int seed, int frames, int render_every) {
     modMain::Players[0]->Get_Race_Position();
     if (f % render_every != render_every - 1) continue;
     modGameLoop::Render_Race_Frame();
-    mod3Denhance::D3DDevice->EndScene();
     modGameLoop::Draw_HUD();
     mod3Denhance::Flip();
     platform::Pump_Messages();
