@@ -142,7 +142,8 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
   std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::pair<int, int> name, bar1, bar3;
   uint32_t lit_button = 0, plain_button = 0;
-  std::vector<uint32_t> ship_a;
+  std::vector<uint32_t> ship_a, ship_b;
+  int read_at = 0;
   const auto bars_settled = [] {
     for (int i = 0; i < 3; ++i)
       if (modShipSelection::Bar_Shown(i) != modShipSelection::Bar_Target(i)) return false;
@@ -158,9 +159,9 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
            name = Drawn_Columns(380, 120, 560, 135);
            bar1 = Drawn_Columns(400, 321, 640, 339);
            bar3 = Drawn_Columns(400, 381, 640, 399);
-           ship_a = Read(330, 150, 570, 310);
+           ship_a = Read(330, 150, 570, 310), read_at = frames;
          }},
-        {"the ship turned", [&] { return Read(330, 150, 570, 310) != ship_a; }, nullptr, 16},
+        {"16 frames on", [&] { return frames >= read_at + 16; }, [&] { ship_b = Read(330, 150, 570, 310); }},
         Press_Button(kStart)},
        modShipSelection::Init_Ship_Selection);
   EXPECT_EQ(modShipSelection::Ship_Name(), "Kestrel GT");
@@ -179,6 +180,7 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
   for (uint32_t p : ship_a)
     if (p != kClear) lo = std::min(lo, int(p >> 8 & 0xFF)), hi = std::max(hi, int(p >> 8 & 0xFF));
   EXPECT_GT(hi - lo, 60);
+  EXPECT_NE(ship_a, ship_b) << "the ship turns: 16 frames later it looks different";
 }
 
 }  // namespace
