@@ -1,7 +1,5 @@
 // Any bytes as "Quorval.cfg": the reader must never read out of bounds, and whatever it
 // kept must survive a write of another value and a second read unchanged.
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -12,30 +10,15 @@
 #include "core/extras.h"
 #include "platform/platform.h"
 #include "platform/testing.h"
+#include "fuzz_folder.h"
 
 namespace {
-// A private folder in memory when there is one, removed again when the fuzzer exits.
-struct Folder_Guard {
-  std::string dir;
-  Folder_Guard() {
-    const std::string base = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
-    dir = base + "/quorval-fuzz-extras-" + std::to_string(::getpid());
-    std::filesystem::create_directories(dir);
-    platform::Set_App_Dir(dir);
-  }
-  ~Folder_Guard() {
-    std::error_code ec;
-    std::filesystem::remove_all(dir, ec);
-  }
-};
-void Folder() { static Folder_Guard guard; }
-
 // Names a fuzzed file may well hold.
 const char* const kNames[] = {"a", "A_1", "window", "volume", "x"};
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  Folder();
+  Use_Fuzz_Folder("extras");
   if (std::FILE* f = std::fopen(extras::Path().c_str(), "wb")) {
     std::fwrite(data, 1, size, f);
     std::fclose(f);

@@ -1,8 +1,6 @@
 // Any bytes as "Quorval.ini": the reader must never read out of bounds or trip on a
 // conversion, the scale factors must follow the screen size it read, and what it read
 // must survive a write and a second read unchanged.
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +10,7 @@
 #include "core/settings.h"
 #include "platform/platform.h"
 #include "platform/testing.h"
+#include "fuzz_folder.h"
 
 namespace {
 struct Snapshot {
@@ -25,26 +24,10 @@ Snapshot Take() {
           KeyDown,   KeyLeft,     KeyRight,     D3DDeviceGuid, SoundDeviceGuid, PlayerName};
 }
 
-// A private folder in memory when there is one: every input is written and synced.
-// Removed again when the fuzzer exits.
-struct Folder_Guard {
-  std::string dir;
-  Folder_Guard() {
-    const std::string base = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
-    dir = base + "/quorval-fuzz-settings-" + std::to_string(::getpid());
-    std::filesystem::create_directories(dir);
-    platform::Set_App_Dir(dir);
-  }
-  ~Folder_Guard() {
-    std::error_code ec;
-    std::filesystem::remove_all(dir, ec);
-  }
-};
-void Folder() { static Folder_Guard guard; }
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  Folder();
+  Use_Fuzz_Folder("settings");
   if (std::FILE* f = std::fopen(modMain::Settings_Path().c_str(), "wb")) {
     std::fwrite(data, 1, size, f);
     std::fclose(f);
