@@ -190,7 +190,7 @@ i16 Take_Pad_Press() { return std::exchange(PadPressed, i16{-1}); }
 void Request_Pause() { PauseRequested = true; }
 
 void Toggle_Window() {
-  const bool windowed = !platform::Windowed();
+  const bool windowed = extras::Get(kWindowSetting, 0, 0, 1) == 0;
   platform::Set_Windowed(windowed);
   extras::Set(kWindowSetting, windowed ? 1 : 0);
 }

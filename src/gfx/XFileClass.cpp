@@ -144,11 +144,6 @@ void XFileClass::Render(platform::Device3D* device) {
   modMATH::Matrix_Multiply(WorkMatrix, ScaleMatrix, RotationMatrix);
   modMATH::Matrix_Multiply(WorkMatrix, WorkMatrix, PositionMatrix);
   device->SetTransform(platform::TransformKind::World, WorkMatrix);
-  // A mesh out of sight would still cost a draw per part.
-  Matrix4 wvp;
-  modMATH::Matrix_Multiply(wvp, WorkMatrix, device->GetTransform(platform::TransformKind::View));
-  modMATH::Matrix_Multiply(wvp, wvp, device->GetTransform(platform::TransformKind::Projection));
-  if (modMATH::Box_Out_Of_View(wvp, BoxMin, BoxMax)) return;
   for (MeshPart& p : Parts) Draw_Part(p, device);
 }
 

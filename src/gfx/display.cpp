@@ -79,9 +79,6 @@ bool Init_D3D() {
   if (D3DDevice == nullptr) return Fail("The 3D device could not be created.\n\nBrindlex Quorval will now close.");
   Write_Log("Device Created");
 
-  const i16 w = modMain::ScreenWidth, h = modMain::ScreenHeight;
-  D3DDevice->SetViewport(platform::Viewport{0, 0, ScreenRect.right > 0 ? ScreenRect.right : w,
-                                            ScreenRect.bottom > 0 ? ScreenRect.bottom : h, 0.0f, 1.0f});
   Material = D3DMaterial{};
   Material.diffuse = ColorValue{1, 1, 1, 0};
   Material.ambient = ColorValue{1, 1, 1, 0};
@@ -96,11 +93,10 @@ bool Init_D3D() {
 
   Set_Scene_Light(ColorValue{1, 1, 1, 0}, Vector3{0.4f, -1.0f, 0});
   D3DDevice->SetRenderState(platform::rs::ShadeMode, 2);
-  D3DDevice->SetTextureStageState(0, platform::tss::MagFilter, platform::tss::Linear);
-  D3DDevice->SetTextureStageState(0, platform::tss::MinFilter, platform::tss::Linear);
+  D3DDevice->SetRenderState(platform::rs::TextureMag, platform::filter::Linear);
+  D3DDevice->SetRenderState(platform::rs::TextureMin, platform::filter::Linear);
   D3DDevice->SetRenderState(platform::rs::DestBlend, platform::blend::InvSrcAlpha);
   D3DDevice->SetRenderState(platform::rs::SrcBlend, platform::blend::SrcAlpha);
-  D3DDevice->SetTextureStageState(0, platform::tss::AlphaOp, platform::tss::OpModulate);
   Write_Log("...D3D initialized");
   Write_Log("");
   return true;

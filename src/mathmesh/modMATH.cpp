@@ -51,24 +51,6 @@ void Identity_Matrix(Matrix4& m) {
   m._11 = m._22 = m._33 = m._44 = 1.0f;
 }
 
-bool Box_Out_Of_View(const Matrix4& world_view_projection, const Vector3& lo, const Vector3& hi) {
-  const float* m = &world_view_projection._11;
-  int outside[6] = {};
-  for (int c = 0; c < 8; ++c) {
-    const float x = c & 1 ? hi.x : lo.x, y = c & 2 ? hi.y : lo.y, z = c & 4 ? hi.z : lo.z;
-    float clip[4];
-    for (int j = 0; j < 4; ++j) clip[j] = x * m[j] + y * m[4 + j] + z * m[8 + j] + m[12 + j];
-    const float w = clip[3], margin = 1e-3f * std::fabs(w) + 1e-4f;
-    outside[0] += clip[0] < -w - margin;
-    outside[1] += clip[0] > w + margin;
-    outside[2] += clip[1] < -w - margin;
-    outside[3] += clip[1] > w + margin;
-    outside[4] += clip[2] < -margin;
-    outside[5] += clip[2] > w + margin;
-  }
-  return std::find(std::begin(outside), std::end(outside), 8) != std::end(outside);
-}
-
 void Matrix_Multiply(Matrix4& d, const Matrix4& a, const Matrix4& b) {
   const float* A = &a._11;
   const float* B = &b._11;

@@ -30,10 +30,6 @@ Bool16 Segment_Crosses_Plane(const Vector3& p0, const Vector3& p1, const Vector3
 void Identity_Matrix(Matrix4& m);
 // d = a x b; d may alias a or b.
 void Matrix_Multiply(Matrix4& d, const Matrix4& a, const Matrix4& b);
-// True when the box lo..hi, taken through world x view x projection, lies wholly beyond one
-// side of the view volume (depth 0..w), so nothing in it can reach the screen. A box
-// grazing a side by rounding counts as in view.
-bool Box_Out_Of_View(const Matrix4& world_view_projection, const Vector3& lo, const Vector3& hi);
 // Rotations; about Y a point (x, y, z) goes to (x cos a - z sin a, y, x sin a + z cos a),
 // so +Z turns towards -X as the angle grows (the heading sense). X and Z turn the same way
 // round their axes (y towards -z, x towards -y).

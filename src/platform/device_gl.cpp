@@ -65,7 +65,6 @@ enum Kind : int { kScreen = 0, kLit = 1, kMesh = 2 };
 
 // Render-state and stage-state numbers are small; a flat table answers without hashing.
 constexpr uint32_t kStateSlots = 160;
-constexpr uint32_t kStageSlots = 32;
 // Fragment programs a device may build; the game's states need a handful.
 constexpr size_t kMaxVariants = 64;
 
@@ -192,16 +191,13 @@ class GlDevice final : public Device3D {
     indices_.resize(kIndexCapacity);
     transforms_[0] = transforms_[1] = transforms_[2] = Identity();
     // The device's defaults; the game sets the rest at start-up.
-    const std::pair<uint32_t, uint32_t> states[] = {{rs::ZEnable, 1},         {rs::ShadeMode, 2},
-                                                    {rs::ZWriteEnable, 1},    {rs::SrcBlend, blend::One},
-                                                    {rs::DestBlend, blend::Zero}, {rs::CullMode, cull::CounterClockwise},
-                                                    {rs::AlphaBlendEnable, 0}, {rs::Lighting, 1},
-                                                    {rs::Ambient, 0}};
+    const std::pair<uint32_t, uint32_t> states[] = {
+        {rs::ZEnable, 1},           {rs::ShadeMode, 2},          {rs::ZWriteEnable, 1},
+        {rs::TextureMag, filter::Point}, {rs::TextureMin, filter::Point}, {rs::SrcBlend, blend::One},
+        {rs::DestBlend, blend::Zero}, {rs::CullMode, cull::CounterClockwise}, {rs::AlphaBlendEnable, 0},
+        {rs::Lighting, 1},          {rs::Ambient, 0}};
     for (const auto& [state, value] : states) render_states_[state] = value;
-    const std::pair<uint32_t, uint32_t> stage[] = {
-        {tss::AlphaOp, tss::OpSelectArg1}, {tss::MagFilter, tss::Point}, {tss::MinFilter, tss::Point}};
-    for (const auto& [state, value] : stage) stage_[state] = value;
-    viewport_ = {0, 0, Gl().width, Gl().height, 0, 1};
+    width_ = Gl().width, height_ = Gl().height;
     Create_Gl_Objects();
     g_live_device = this;
   }
@@ -228,10 +224,6 @@ class GlDevice final : public Device3D {
     transforms_[slot] = m;
     transforms_dirty_ = true;
   }
-  Matrix4 GetTransform(TransformKind kind) const override {
-    const int slot = Slot(kind);
-    return slot < 0 ? Identity() : transforms_[slot];
-  }
 
   void SetMaterial(const D3DMaterial& material) override {
     if (std::memcmp(&material_, &material, sizeof material) == 0) return;
@@ -253,18 +245,6 @@ class GlDevice final : public Device3D {
   }
   uint32_t Render_State(uint32_t state) const { return state < kStateSlots ? render_states_[state] : 0; }
 
-  void SetTextureStageState(int stage, uint32_t state, uint32_t value) override {
-    if (stage != 0) return;
-    if (state >= kStageSlots || stage_[state] == value) return;
-    Flush();
-    stage_[state] = value;
-  }
-
-  void SetViewport(const Viewport& viewport) override {
-    Flush();
-    viewport_ = viewport;
-  }
-
   void SetLight(int index, const D3DLight& light) override {
     if (index != 0) return;  // one light is all the game uses
     Flush();
@@ -285,9 +265,9 @@ class GlDevice final : public Device3D {
                  float(argb >> 24) / 255.0f);
     glClearDepth(z);
     glEnable(GL_SCISSOR_TEST);
-    const Rect whole{viewport_.x, viewport_.y, viewport_.x + viewport_.width, viewport_.y + viewport_.height};
+    const Rect whole{0, 0, width_, height_};
     for (int i = 0; i < (count > 0 ? count : 1); ++i) {
-      // Clears stay inside the viewport, as the game expects.
+      // Clears stay inside the back buffer.
       const Rect& r = count > 0 && rects != nullptr ? rects[i] : whole;
       const int l = std::max(r.left, whole.left), t = std::max(r.top, whole.top);
       const int rr = std::min(r.right, whole.right), b = std::min(r.bottom, whole.bottom);
@@ -322,22 +302,24 @@ class GlDevice final : public Device3D {
 
   void DrawGeometry(const Geometry& g, int first, int count) override {
     const int parts = int(g.parts.size());
-    if (program_ == 0 || first < 0 || count <= 0 || first >= parts) return;
-    const int last = std::min(first + count, parts) - 1;
-    const int begin = g.parts[size_t(first)].first_index;
-    const int end = g.parts[size_t(last)].first_index + g.parts[size_t(last)].indices;
-    if (end <= begin || !Ready_Buffers(g)) return;
+    if (program_ == 0 || first < 0 || count <= 0 || first >= parts || !Ready_Buffers(g)) return;
     if (index_used_ > 0) Flush();
     Begin_Kind(g.mesh.empty() ? kLit : kMesh);
-    // The next parts of what is pending join it.
-    if (kept_ == &g && kept_end_ == begin) {
+    for (int i = first; i < std::min(first + count, parts); ++i) {
+      const Geometry::Part& p = g.parts[size_t(i)];
+      // A part out of sight costs the rasteriser nothing but would still be transformed.
+      if (p.indices <= 0 || Out_Of_View(p.lo, p.hi)) continue;
+      const int begin = p.first_index, end = begin + p.indices;
+      // The next parts of what is pending join it.
+      if (kept_ == &g && kept_end_ == begin) {
+        kept_end_ = end;
+        continue;
+      }
+      Flush();
+      kept_ = &g;
+      kept_begin_ = begin;
       kept_end_ = end;
-      return;
     }
-    Flush();
-    kept_ = &g;
-    kept_begin_ = begin;
-    kept_end_ = end;
   }
 
   // Draws what is pending, if anything.
@@ -386,6 +368,34 @@ class GlDevice final : public Device3D {
   static int Slot(TransformKind kind) {
     const int k = static_cast<int>(kind);
     return k >= 1 && k <= 3 ? k - 1 : -1;
+  }
+
+  void Update_Transforms() {
+    if (!transforms_dirty_) return;
+    wvp_ = Multiply(Multiply(transforms_[0], transforms_[1]), transforms_[2]);
+    normal_matrix_ = Normal_Matrix(transforms_[0]);
+    transforms_dirty_ = false;
+  }
+
+  // Whether the box, through world x view x projection, lies wholly beyond one side of the
+  // view volume (depth 0..w). A box grazing a side by rounding counts as in view.
+  bool Out_Of_View(const Vector3& lo, const Vector3& hi) {
+    Update_Transforms();
+    const float* m = &wvp_._11;
+    std::array<int, 6> outside{};
+    for (int c = 0; c < 8; ++c) {
+      const float x = c & 1 ? hi.x : lo.x, y = c & 2 ? hi.y : lo.y, z = c & 4 ? hi.z : lo.z;
+      float clip[4];
+      for (int j = 0; j < 4; ++j) clip[j] = x * m[j] + y * m[4 + j] + z * m[8 + j] + m[12 + j];
+      const float w = clip[3], margin = 1e-3f * std::fabs(w) + 1e-4f;
+      outside[0] += clip[0] < -w - margin;
+      outside[1] += clip[0] > w + margin;
+      outside[2] += clip[1] < -w - margin;
+      outside[3] += clip[1] > w + margin;
+      outside[4] += clip[2] < -margin;
+      outside[5] += clip[2] > w + margin;
+    }
+    return std::find(outside.begin(), outside.end(), 8) != outside.end();
   }
 
   void Draw_Kept() {
@@ -459,11 +469,10 @@ class GlDevice final : public Device3D {
     glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
   }
 
-  // What picks the fragment program: flat shading, a texture, and whether the texel's alpha
-  // is modulated by the diffuse alpha or taken alone.
+  // What picks the fragment program: flat shading and a texture.
   uint32_t Fragment_Key() const {
     const bool textured = texture_ && detail::Texture_Of(*texture_) != 0;
-    return uint32_t(R(rs::ShadeMode) == 1) | uint32_t(textured) << 1 | uint32_t(S(tss::AlphaOp) == tss::OpModulate) << 2;
+    return uint32_t(R(rs::ShadeMode) == 1) | uint32_t(textured) << 1;
   }
 
   // The program for a key, built the first time it is asked for; null when it cannot be
@@ -481,8 +490,7 @@ class GlDevice final : public Device3D {
     if (variants_.size() == kMaxVariants) return nullptr;
     const auto flag = [&](int bit) { return (key >> bit & 1u) != 0 ? "true" : "false"; };
     const std::string fragment = std::string("#version 330 core\n") + "const bool u_flat = " + flag(0) +
-                                 ";\nconst bool u_textured = " + flag(1) + ";\nconst bool u_alpha_modulate = " +
-                                 flag(2) + ";\n" + detail::kFixedFunctionFragment;
+                                 ";\nconst bool u_textured = " + flag(1) + ";\n" + detail::kFixedFunctionFragment;
     const GLuint program = detail::Build_Program(detail::kFixedFunctionVertex, fragment.c_str());
     if (program == 0) return nullptr;
     Variant& v = variants_.emplace_back();
@@ -523,7 +531,6 @@ class GlDevice final : public Device3D {
     if (Changed(u, m, 9 * sizeof(float))) glUniformMatrix3fv(current_->at[size_t(u)], 1, GL_FALSE, m);
   }
   uint32_t R(uint32_t state) const { return Render_State(state); }
-  uint32_t S(uint32_t state) const { return state < kStageSlots ? stage_[state] : 0; }
 
   // False when no program can draw the state.
   bool Apply_State() {
@@ -531,8 +538,7 @@ class GlDevice final : public Device3D {
     current_ = Variant_For(Fragment_Key());
     if (current_ == nullptr) return false;
     glUseProgram(current_->program);
-    glViewport(viewport_.x, viewport_.y, viewport_.width, viewport_.height);
-    glDepthRange(viewport_.min_z, viewport_.max_z);
+    glViewport(0, 0, width_, height_);
     glDisable(GL_SCISSOR_TEST);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     if (R(rs::ZEnable) != 0 && Gl().depth != 0) {
@@ -559,15 +565,11 @@ class GlDevice final : public Device3D {
       glDisable(GL_CULL_FACE);
     }
 
-    if (transforms_dirty_) {
-      wvp_ = Multiply(Multiply(transforms_[0], transforms_[1]), transforms_[2]);
-      normal_matrix_ = Normal_Matrix(transforms_[0]);
-      transforms_dirty_ = false;
-    }
+    Update_Transforms();
     Send_Matrix4(uWvp, &wvp_._11);
     Send_Matrix3(uNormalMatrix, normal_matrix_.data());
     Send_Int(uKind, kind_);
-    Send_Float4(uViewport, {float(viewport_.x), float(viewport_.y), float(viewport_.width), float(viewport_.height)});
+    Send_Float4(uViewport, {0, 0, float(width_), float(height_)});
     Send_Int(uLighting, R(rs::Lighting) != 0);
     const uint32_t ambient = R(rs::Ambient);
     Send_Float4(uAmbient, {float((ambient >> 16) & 0xFF) / 255.0f, float((ambient >> 8) & 0xFF) / 255.0f,
@@ -586,8 +588,8 @@ class GlDevice final : public Device3D {
     glActiveTexture(GL_TEXTURE0);
     const GLuint texture = texture_ ? detail::Texture_Of(*texture_) : 0;
     glBindTexture(GL_TEXTURE_2D, texture);
-    const std::array<GLint, 2> sampling = {S(tss::MagFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST,
-                                           S(tss::MinFilter) == tss::Linear ? GL_LINEAR : GL_NEAREST};
+    const std::array<GLint, 2> sampling = {R(rs::TextureMag) == filter::Linear ? GL_LINEAR : GL_NEAREST,
+                                           R(rs::TextureMin) == filter::Linear ? GL_LINEAR : GL_NEAREST};
     if (sampling != sampling_) {
       sampling_ = sampling;
       glSamplerParameteri(sampler_, GL_TEXTURE_MAG_FILTER, sampling[0]);
@@ -618,8 +620,7 @@ class GlDevice final : public Device3D {
   D3DMaterial material_;
   ImageRef texture_;
   std::array<uint32_t, kStateSlots> render_states_{};
-  std::array<uint32_t, kStageSlots> stage_{};
-  Viewport viewport_;
+  int width_ = 0, height_ = 0;  // the back buffer's
   D3DLight light_;
   bool light_on_ = false;
 };
@@ -640,12 +641,25 @@ Geometry::~Geometry() {
   Forget_Buffers(*this);
 }
 
+namespace {
+template <class Vertex>
+void Box_Round(Geometry::Part& part, const Vertex* v) {
+  if (part.vertices <= 0) return;
+  part.lo = part.hi = Vector3{v[0].x, v[0].y, v[0].z};
+  for (int i = 1; i < part.vertices; ++i) {
+    part.lo = Vector3{std::min(part.lo.x, v[i].x), std::min(part.lo.y, v[i].y), std::min(part.lo.z, v[i].z)};
+    part.hi = Vector3{std::max(part.hi.x, v[i].x), std::max(part.hi.y, v[i].y), std::max(part.hi.z, v[i].z)};
+  }
+}
+}  // namespace
+
 GeometryRef Device3D::MakeGeometry(const LitVertex* v, const int* lengths, int strips) {
   auto g = std::make_shared<Geometry>();
   if (v == nullptr || lengths == nullptr) return g;
   for (int i = 0; i < strips; ++i) {
     const int n = std::max(0, lengths[i]);
     Geometry::Part part{int(g->lit.size()), n, int(g->triangles.size()), 0};
+    Box_Round(part, v);
     g->lit.insert(g->lit.end(), v, v + n);
     v += n;
     Append_Strip(g->triangles, uint32_t(part.first_vertex), n);
@@ -667,6 +681,7 @@ GeometryRef Device3D::MakeGeometry(const MeshVertex* v, int vertex_count, const 
       g->triangles.insert(g->triangles.end(), {a, b, c});
     }
   g->parts[0] = {0, vertex_count, 0, int(g->triangles.size())};
+  Box_Round(g->parts[0], v);
   return g;
 }
 

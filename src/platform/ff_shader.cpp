@@ -54,8 +54,8 @@ void main() {
 }
 )";
 
-// Each combination of shading, texture and alpha operation gets a program of its own: the
-// variant's values come first as constants (u_flat, u_textured, u_alpha_modulate: bool), so
+// Each combination of shading and texture gets a program of its own: the variant's values
+// come first as constants (u_flat, u_textured: bool), so
 // the rasteriser runs only the path taken and, with no discard, tests depth before shading.
 const char* kFixedFunctionFragment = R"(
 in vec4 v_color;
@@ -70,7 +70,7 @@ void main() {
   vec4 diffuse = u_flat ? v_color_flat : v_color;
   // A stage with no texture samples as opaque white.
   vec4 texel = u_textured ? texture(u_texture, v_uv) : vec4(1.0);
-  colour = vec4(texel.rgb * diffuse.rgb, u_alpha_modulate ? texel.a * diffuse.a : texel.a);
+  colour = texel * diffuse;
 }
 )";
 

@@ -17,6 +17,7 @@ class Geometry {
   struct Part {
     int first_vertex = 0, vertices = 0;  // into lit or mesh
     int first_index = 0, indices = 0;    // into the triangle list
+    Vector3 lo{}, hi{};                  // the box round its vertices
   };
   std::vector<LitVertex> lit;  // strips, end to end
   std::vector<MeshVertex> mesh;

@@ -33,7 +33,6 @@ void Close_Window();
 // asked before the window opens: it then opens that way. While full screen and focused
 // the pointer cannot leave the window.
 void Set_Windowed(bool windowed);
-bool Windowed();
 // The desktop's size in pixels (the window's display, else the first); false without one.
 bool Desktop_Size(int& width, int& height);
 

@@ -122,10 +122,12 @@ enum class TransformKind : int { World = 1, View = 2, Projection = 3 };
 
 // Render states by the game's numbers, and the values it passes. Depth is compared
 // less-or-equal; the device starts with z on and written, blending off (one, zero),
-// counter-clockwise culling, lighting on and no ambient.
+// counter-clockwise culling, point sampling, lighting on and no ambient. A texel is
+// always multiplied by the diffuse colour, alpha included.
 namespace rs {
-inline constexpr uint32_t ZEnable = 7, ShadeMode = 9, ZWriteEnable = 14, SrcBlend = 19, DestBlend = 20, CullMode = 22,
-                          AlphaBlendEnable = 27, Lighting = 137, Ambient = 139;
+inline constexpr uint32_t ZEnable = 7, ShadeMode = 9, ZWriteEnable = 14, TextureMag = 17, TextureMin = 18,
+                          SrcBlend = 19, DestBlend = 20, CullMode = 22, AlphaBlendEnable = 27, Lighting = 137,
+                          Ambient = 139;
 }
 namespace blend {
 inline constexpr uint32_t Zero = 1, One = 2, SrcAlpha = 5, InvSrcAlpha = 6;
@@ -133,23 +135,14 @@ inline constexpr uint32_t Zero = 1, One = 2, SrcAlpha = 5, InvSrcAlpha = 6;
 namespace cull {
 inline constexpr uint32_t None = 1, Clockwise = 2, CounterClockwise = 3;
 }
-// Texture stage 0 states and their values. The colour is the texel times the diffuse
-// colour; the alpha is the texel's (select) or that times the diffuse alpha (modulate).
-namespace tss {
-inline constexpr uint32_t AlphaOp = 4, MagFilter = 16, MinFilter = 17;
-inline constexpr uint32_t OpSelectArg1 = 2, OpModulate = 4;
+namespace filter {
 inline constexpr uint32_t Point = 1, Linear = 2;
-}  // namespace tss
+}
 // Clear flags.
 inline constexpr uint32_t kClearTarget = 1, kClearZBuffer = 2;
 
 // Strips keep the game's winding: odd triangles reversed.
 enum class Primitive : int { TriangleStrip = 5 };
-
-struct Viewport {
-  int32_t x = 0, y = 0, width = 0, height = 0;
-  float min_z = 0, max_z = 1;
-};
 
 // Light type 3 is directional, the only kind the game uses; others are lit as directional.
 struct D3DLight {
@@ -170,16 +163,13 @@ class Device3D {
  public:
   virtual ~Device3D() = default;
   virtual void SetTransform(TransformKind kind, const Matrix4& m) = 0;
-  virtual Matrix4 GetTransform(TransformKind kind) const = 0;
   virtual void SetMaterial(const D3DMaterial& material) = 0;
   // nullptr: no texture on that stage (sampled as opaque white). Only stage 0 draws.
   virtual void SetTexture(int stage, const ImageRef& texture) = 0;
   virtual void SetRenderState(uint32_t state, uint32_t value) = 0;
-  virtual void SetTextureStageState(int stage, uint32_t state, uint32_t value) = 0;
-  virtual void SetViewport(const Viewport& viewport) = 0;
   // Sets the light and switches it on (light 0 is the only one that lights).
   virtual void SetLight(int index, const D3DLight& light) = 0;
-  // Clears the rectangles (all of the viewport when count is 0) of the target and/or depth.
+  // Clears the rectangles (all of the back buffer when count is 0) of the target and/or depth.
   virtual void Clear(const Rect* rects, int count, uint32_t flags, uint32_t argb, float z, uint32_t stencil) = 0;
   // Pre-transformed vertices (format 452), pre-lit vertices (482).
   virtual void DrawPrimitive(Primitive type, const ScreenVertex* vertices, int count) = 0;
@@ -187,7 +177,8 @@ class Device3D {
   // Kept geometry: triangle strips of pre-lit vertices laid end to end (part i is strip i,
   // lengths[i] vertices), or one indexed triangle list of mesh vertices (format 274; one
   // part). DrawGeometry draws parts first .. first + count - 1, strips as DrawPrimitive
-  // would; this base draws the strips through DrawPrimitive and meshes not at all.
+  // would, skipping a part whose box lies wholly out of view; this base draws the strips
+  // through DrawPrimitive and meshes not at all.
   virtual GeometryRef MakeGeometry(const LitVertex* vertices, const int* lengths, int strips);
   virtual GeometryRef MakeGeometry(const MeshVertex* vertices, int vertex_count, const uint16_t* indices, int count);
   virtual void DrawGeometry(const Geometry& geometry, int first, int count);

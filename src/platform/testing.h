@@ -123,5 +123,7 @@ std::vector<StreamNotification> Stream_Notification_List();
 bool Stream_Playing();
 // Whether the setup dialog's window is open.
 bool Dialog_Open();
+// Whether the game window is an ordinary window (Set_Windowed's last word).
+bool Windowed();
 
 }  // namespace platform

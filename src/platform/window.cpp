@@ -5,6 +5,7 @@
 
 #include "platform/platform.h"
 #include "platform/sdl_internal.h"
+#include "platform/testing.h"
 
 namespace platform {
 namespace {

@@ -22,12 +22,11 @@ namespace {
 IndexedArray<SectorRecord> TrackSector(0, 0);
 
 // Every strip of the loaded track kept on the device: road, ground and walls in that order,
-// with where each set's first strip sits among the parts, and each strip's first vertex,
-// length and bounds (a strip changed since is sent as it is).
+// with where each set's first strip sits among the parts, and each strip's first vertex
+// and length (a strip changed since is sent as it is).
 struct KeptStrip {
   LitVertex first;
   size_t count = 0;
-  Vector3 lo, hi;
 };
 struct KeptStrips {
   platform::GeometryRef geometry;
@@ -48,33 +47,12 @@ void Keep_Strips() {
     g_kept.first[int(set)] = int(lengths.size());
     for (const TrackStrip& s : Set_Of(set).Items()) {
       const std::vector<LitVertex>& v = s.Vertices.Items();
-      KeptStrip k{v.empty() ? LitVertex{} : v.front(), v.size(), {}, {}};
-      if (!v.empty()) k.lo = k.hi = Vector3{v[0].x, v[0].y, v[0].z};
-      for (const LitVertex& p : v) {
-        k.lo = Vector3{std::min(k.lo.x, p.x), std::min(k.lo.y, p.y), std::min(k.lo.z, p.z)};
-        k.hi = Vector3{std::max(k.hi.x, p.x), std::max(k.hi.y, p.y), std::max(k.hi.z, p.z)};
-      }
-      g_kept.strips.push_back(k);
+      g_kept.strips.push_back(KeptStrip{v.empty() ? LitVertex{} : v.front(), v.size()});
       vertices.insert(vertices.end(), v.begin(), v.end());
       lengths.push_back(int(v.size()));
     }
   }
   g_kept.geometry = mod3Denhance::D3DDevice->MakeGeometry(vertices.data(), lengths.data(), int(lengths.size()));
-}
-
-// Whether the box is out of the view of the device's world, view and projection.
-bool Out_Of_View(platform::Device3D& device, const Vector3& lo, const Vector3& hi) {
-  static Matrix4 world, view, projection, wvp;
-  const Matrix4 w = device.GetTransform(platform::TransformKind::World);
-  const Matrix4 v = device.GetTransform(platform::TransformKind::View);
-  const Matrix4 p = device.GetTransform(platform::TransformKind::Projection);
-  if (std::memcmp(&w, &world, sizeof w) != 0 || std::memcmp(&v, &view, sizeof v) != 0 ||
-      std::memcmp(&p, &projection, sizeof p) != 0) {
-    world = w, view = v, projection = p;
-    modMATH::Matrix_Multiply(wvp, w, v);
-    modMATH::Matrix_Multiply(wvp, wvp, p);
-  }
-  return modMATH::Box_Out_Of_View(wvp, lo, hi);
 }
 
 void Reset_Model() {
@@ -160,13 +138,10 @@ void Draw_Strip(platform::Device3D& device, StripSet set, int i) {
   const bool kept = g_kept.geometry && size_t(part) < g_kept.strips.size() &&
                     g_kept.strips[size_t(part)].count == v.size() &&
                     std::memcmp(&g_kept.strips[size_t(part)].first, v.data(), sizeof(LitVertex)) == 0;
-  if (!kept) {
-    device.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), static_cast<int>(v.size()));
-    return;
-  }
-  // Strips out of sight cost the rasteriser nothing but are still transformed and set up.
-  if (!Out_Of_View(device, g_kept.strips[size_t(part)].lo, g_kept.strips[size_t(part)].hi))
+  if (kept)
     device.DrawGeometry(*g_kept.geometry, part, 1);
+  else
+    device.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), static_cast<int>(v.size()));
 }
 
 void Build_Track_Blocks() {

@@ -171,7 +171,7 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongS
   two->Set_Pixel(1, 0, 0xFF00FF00);
   d.Clear(nullptr, 0, platform::kClearTarget, 0xFF0000FFu, 1, 0);
   d.SetRenderState(rs::AlphaBlendEnable, 1);
-  d.SetTextureStageState(0, platform::tss::MagFilter, platform::tss::Point);
+  d.SetRenderState(rs::TextureMag, platform::filter::Point);
   d.SetTexture(0, dds);
   Quad(0, 0, 100, 100, 0, 0xFFFFFFFF);
   d.SetTexture(0, two);

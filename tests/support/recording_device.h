@@ -27,17 +27,13 @@ class RecordingDevice : public platform::Device3D {
     ++calls;
     if (k == platform::TransformKind::World) worlds.push_back(m);
     if (k == platform::TransformKind::View) view = m;
-    transforms_[int(k) - 1] = m;
   }
-  Matrix4 GetTransform(platform::TransformKind k) const override { return transforms_[int(k) - 1]; }
   void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
   void SetTexture(int, const platform::ImageRef& t) override {
     ++calls, texture_ = t;
     textures.push_back(t);
   }
   void SetRenderState(uint32_t s, uint32_t v) override { states.emplace_back(s, v); }
-  void SetTextureStageState(int, uint32_t, uint32_t) override {}
-  void SetViewport(const platform::Viewport&) override {}
   void SetLight(int, const platform::D3DLight&) override {}
   void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
   void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
@@ -65,10 +61,4 @@ class RecordingDevice : public platform::Device3D {
   D3DMaterial material_{};
   platform::ImageRef texture_;
   std::map<const platform::Geometry*, Draw> meshes_;  // what each mesh made here holds
-  Matrix4 transforms_[3] = {Identity(), Identity(), Identity()};
-  static Matrix4 Identity() {
-    Matrix4 m{};
-    m._11 = m._22 = m._33 = m._44 = 1;
-    return m;
-  }
 };
