@@ -164,7 +164,8 @@ void Render_Race_Frame() {
 
   Move_Camera(*device, player);
   device->SetRenderState(rs::Lighting, 0);
-  mod3Denhance::Clear_Screen();
+  // Only depth: the sky, drawn over the whole screen, leaves no pixel of the last frame.
+  device->Clear(nullptr, 0, platform::kClearZBuffer, 0, 1.0f, 0);
   device->SetRenderState(rs::CullMode, platform::cull::None);
 
   for (int i = modTracks::Track.Lower(); i <= modTracks::Track.Upper(); ++i) {
