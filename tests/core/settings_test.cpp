@@ -139,8 +139,6 @@ TEST(Extras, AbsentFileWritesNothingBadLinesAreDroppedAndValuesRoundTrip) {
   extras::Reset();
 }
 
-// The options save killed at random moments: the settings file is always the whole old
-// file or the whole new one, never a mix, a part or empty.
 TEST(SettingsKill, TwoHundredKillsDuringTheSaveLeaveTheWholeOldOrTheWholeNewFile) {
   testenv::ScratchAppDir dir;
   modMain::Default_Settings();

@@ -1,4 +1,3 @@
-// The main menu's real loop: the slide gate, the buttons' actions and rectangles, the drawing.
 #include <algorithm>
 #include <cmath>
 
@@ -112,7 +111,6 @@ TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer
         }}});
 }
 
-// The intro's real loop on the manual clock: page timing, clicks and Enter, the pictures drawn.
 namespace {
 class Intro : public ScreenTest {
  protected:

@@ -1,5 +1,3 @@
-// The setup form: preselection from the settings and the lists, fallbacks, captions, what Start stores;
-// then the dialog as the player sees it.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -104,7 +102,6 @@ TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   EXPECT_FLOAT_EQ(modMain::ScaleY, 1050.0f / 480.0f);
 }
 
-// The dialog: ImGui on GL, clicked and dragged, its picture written to a PNG.
 namespace {
 
 struct Step {

@@ -176,15 +176,14 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongS
   Quad(0, 0, 100, 100, 0, 0xFFFFFFFF);
   d.SetTexture(0, two);
   Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
-  const uint32_t p = At(50, 50);  // alpha 0x88 of red over blue
+  const uint32_t p = At(50, 50);             // alpha 0x88 of red over blue
   EXPECT_NEAR(Red(p), 0x88, 1);
   EXPECT_NEAR(int(p & 0xFF), 0x77, 1);
   EXPECT_EQ(p & 0xFF00, 0u);
   EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}),
             (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
 
-  // A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (additive blend shows
-  // it).
+  // A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (added up).
   d.SetTexture(0, nullptr);
   d.Clear(nullptr, 0, platform::kClearTarget | platform::kClearZBuffer, 0, 1, 0);
   d.SetRenderState(rs::SrcBlend, platform::blend::One);
@@ -201,7 +200,6 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongS
             (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
 
-// A generated ship drawn by the real device: culling shows the outside of every part.
 TEST_F(DisplayTest, CullingAGeneratedShipKeepsTheOutsideOfEveryPart) {
   dir_.Copy_From_Game("Objects");
   dir_.Copy_From_Game("Textures");

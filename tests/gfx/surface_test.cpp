@@ -174,7 +174,6 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormatFillsAreCutAndPointsExcludeTheFar
     EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
 }
 
-// Clipping on a memory destination, and the rectangle and position it leaves behind.
 TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPixels) {
   modMain::ScreenWidth = 64;
   modMain::ScreenHeight = 48;

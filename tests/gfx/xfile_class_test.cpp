@@ -1,4 +1,3 @@
-// The mesh object: transforms, parts built from a file, drawing through the device.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -153,23 +152,11 @@ TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesid
     EXPECT_EQ(XFileClass::Texture_Path("/g/Objects/", name), path);
 }
 
-// The generated ships: a raceable, varied catalogue; meshes, skins and shadows that fit the footprint.
-
 using Ship = shipsdat::ShipRecord;
 
 bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
 double Top_Speed(const Ship& s) { return 2 * s.Thrust / (s.LinearDrag - s.Thrust); }
 double Pick_Up(const Ship& s) { return s.Thrust / s.Mass; }
-
-// The generated catalogue; its lines end in CR LF and nothing follows the last ship.
-std::vector<Ship> Catalogue() {
-  const std::string path = testenv::Game_Dir() + "/Data/Ships.Dat";
-  shipsdat::Catalogue cat;
-  std::string error;
-  EXPECT_TRUE(shipsdat::Load(path, cat, error)) << error;
-  EXPECT_EQ(testenv::Read_Lines_CRLF(path).size(), 7 * cat.Ships.size() + 1);
-  return cat.Ships;
-}
 
 // Signed volume of a part's triangles: positive when every closed piece faces outward.
 double Volume(const MeshPart& p) {
@@ -184,7 +171,12 @@ double Volume(const MeshPart& p) {
 }
 
 TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThatFitTheFootprint) {
-  const std::vector<Ship> ships = Catalogue();
+  const std::string path = testenv::Game_Dir() + "/Data/Ships.Dat";
+  shipsdat::Catalogue cat;
+  std::string error;
+  ASSERT_TRUE(shipsdat::Load(path, cat, error)) << error;
+  const std::vector<Ship>& ships = cat.Ships;
+  EXPECT_EQ(testenv::Read_Lines_CRLF(path).size(), 7 * ships.size() + 1) << "CR LF lines, nothing after the last ship";
   ASSERT_GE(ships.size(), 4u);
   std::set<std::string> bases;
   for (const Ship& s : ships) {
@@ -204,7 +196,6 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
   EXPECT_NE(fastest, quickest);
   EXPECT_GT(Top_Speed(*fastest) - Top_Speed(*quickest), 0.2);
 
-  // Meshes, skins and shadows.
   testenv::ScratchAppDir app;
   for (const Ship& s : ships) {
     SCOPED_TRACE(s.BaseName);

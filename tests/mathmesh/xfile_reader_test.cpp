@@ -1,4 +1,3 @@
-// The text .x reader: groups, faces, normals, transforms, and refusal of bad data.
 #include "mathmesh/xfile_reader.h"
 
 #include <gtest/gtest.h>

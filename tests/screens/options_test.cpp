@@ -1,6 +1,3 @@
-// The options screen's real loop: key capture, difficulty, tick, defaults, the gamepad and
-// music volume rows, and the settings it stores.
-
 #include <set>
 
 #include "core/extras.h"

@@ -1,4 +1,3 @@
-// Ship selection's real loop: sliding buttons, ship and skin wrap, bars, start, back, one frame.
 #include <filesystem>
 
 #include "gfx/XFileClass.h"
@@ -20,12 +19,13 @@ class ShipSelectionTest : public ScreenTest {
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
     modMain::NumOpponents = 4, modMain::GameState = modMain::kStateShipSelection;
   }
-  // The first n generated ships, with the inertia line (record line 4) of some replaced.
-  void Write_Catalogue(int n, const std::vector<std::pair<int, std::string>>& inertia = {}) {
+  // The first `records` generated ships under a count of n, some file lines replaced (line 2 + 7 x ship + k
+  // holds field k of that ship, from 0: 2 the mass, 3 the inertia).
+  void Write_Catalogue(int n, int records, const std::vector<std::pair<int, std::string>>& replaced = {}) {
     auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
-    for (const auto& [ship, text] : inertia) lines[size_t(1 + 7 * ship + 3)] = text;
+    for (const auto& [line, text] : replaced) lines[size_t(line - 1)] = text;
     std::string out = std::to_string(n) + "\r\n";
-    for (int i = 1; i <= 7 * n; ++i) out += lines[size_t(i)] + "\r\n";
+    for (int i = 1; i <= 7 * records; ++i) out += lines[size_t(i)] + "\r\n";
     testenv::Write_File(dir_.path() + "/Data/Ships.Dat", out);
   }
   static Step Press_Button(int button, std::function<bool()> until = slid_in) {
@@ -43,7 +43,7 @@ class ShipSelectionTest : public ScreenTest {
 };
 
 TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWaysAndStartKeepsTheRacers) {
-  Write_Catalogue(3);
+  Write_Catalogue(3, 3);
   // The first click comes while the buttons slide in (about 600 ms).
   Play({Press_Button(kPrevShip, [] { return !slid_in(); }),
         {"slid in", slid_in, [] { EXPECT_EQ(Current(), Choice(0, 1)) << "a click while sliding does nothing"; }},
@@ -91,11 +91,7 @@ TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip
 // screen shows what each record holds, and the missing mesh of the ship past the end is
 // told once a visit, however often the player comes back to it.
 TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshOnce) {
-  auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
-  lines[3] = "", lines[7 + 4] = "heavy";
-  std::string text = "3\r\n";
-  for (size_t i = 1; i <= 14; ++i) text += lines[i] + "\r\n";
-  testenv::Write_File(dir_.path() + "/Data/Ships.Dat", text);
+  Write_Catalogue(3, 2, {{2 + 2, ""}, {2 + 7 + 3, "heavy"}});
   std::vector<std::string> shown;
   platform::Set_Message_Box_Hook([&](const std::string& m) { shown.push_back(m); });
   const auto look = [] {
@@ -121,7 +117,7 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshO
 
 TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetThenMovesOneUnitAFrame) {
   // Ship 0's inertia bar heads for 100 (20 x 25 - 400), ship 1's for 40 (17.6 x 25 - 400).
-  Write_Catalogue(2, {{0, "20"}, {1, "17.6"}});
+  Write_Catalogue(2, 2, {{2 + 3, "20"}, {2 + 7 + 3, "17.6"}});
   std::vector<int> shown;
   int clicked_at = -1;
   on_frame = [&](int) { shown.push_back(modShipSelection::Bar_Shown(1)); };
@@ -165,7 +161,6 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
         Press_Button(kStart)},
        modShipSelection::Init_Ship_Selection);
   EXPECT_EQ(modShipSelection::Ship_Name(), "Kestrel GT");
-  // Centred.
   EXPECT_GE(name.first, 410);
   EXPECT_LE(name.first, 413);
   EXPECT_GE(name.second, 520);

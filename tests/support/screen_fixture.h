@@ -2,7 +2,7 @@
 // The one display and screen fixture. DisplayTest: a headless display (640 x 480 unless a
 // test asks for another size) in a scratch game folder with the graphics, torn down in the
 // game's order. ScreenTest: fonts, the main window's input and a manual clock, so a test can
-// run a real screen loop; every pump advances the clock by step_ms, calls on_frame (frames
+// run a real screen loop; every pump advances the clock by 16 ms, calls on_frame (frames
 // from 1) and moves the script on. A runaway loop is closed after max_frames.
 #include <gtest/gtest.h>
 
@@ -83,7 +83,6 @@ class ScreenTest : public DisplayTest {
   // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
   static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom);
 
-  int step_ms = 16;
   int frames = 0;
   int max_frames = 3000;
   std::function<void(int frame)> on_frame;
