@@ -21,7 +21,7 @@ std::string Ini(std::initializer_list<const char*> lines) {
 }
 }  // namespace
 
-TEST(Settings, AMissingFileLogsAndTakesDefaultsAndWrittenValuesRoundTripByteForByteAndScale) {
+TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripNumbersRoundHalfToEvenAndBadLinesKeepOldValues) {
   testenv::ScratchAppDir dir;
   ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
@@ -53,10 +53,6 @@ TEST(Settings, AMissingFileLogsAndTakesDefaultsAndWrittenValuesRoundTripByteForB
   PlayerName = "stale";
   Read_Settings();
   EXPECT_EQ(PlayerName, "");
-}
-
-TEST(Settings, NumbersRoundHalfToEvenBadLinesKeepOldValuesAndAShortFileSetsOnlyItsLines) {
-  testenv::ScratchAppDir dir;
   testenv::Write_File(Settings_Path(), Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1",
                                             "17.5", "40", "99999", "39"}));
   Default_Settings();

@@ -37,7 +37,7 @@ struct Menu800 : Menu {
 };
 }  // namespace
 
-TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfterIt) {
+TEST_F(Menu, AClickDuringTheSlideDoesNothingAHeldOneFiresAfterItAndEachButtonChoosesItsState) {
   modMain::NumOpponents = -1;
   const auto sliding = [] { return Button_Slide() > 0; };
   const int over = Run({Click("click button 1 while sliding", 300, 220, sliding),
@@ -50,9 +50,6 @@ TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfter
   EXPECT_EQ(modMain::NumOpponents, 4);
   EXPECT_EQ(modMain::GameState, modMain::kStateShipSelection);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
-}
-
-TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
   struct Case {
     float x, y;
     int state, opponents;

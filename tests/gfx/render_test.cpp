@@ -103,7 +103,7 @@ TEST_F(DisplayTest, ClearCopyOutAndBlitsThatKeyAndClipAtTheEdges) {
   EXPECT_EQ(At(100, 50), 0u);
 }
 
-TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsWins) {
+TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   ASSERT_EQ(platform::Render_State(d, rs::CullMode), platform::cull::CounterClockwise);
   const uint32_t r = 0xFFFF0000, g = 0xFF00FF00;
@@ -134,36 +134,7 @@ TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsW
   Quad(500, 100, 600, 200, 0.1f, 0xFFFFFF00);
   Quad(500, 100, 600, 200, 0.5f, 0xFF00FFFF);
   EXPECT_EQ((std::array{At(150, 150), At(350, 150), At(550, 150)}), (std::array{0xFF0000u, 0xFF0000u, 0x00FFFFu}));
-}
-
-TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
-  platform::Device3D& d = *D3DDevice;
-  Matrix4 view;
-  modMATH::Identity_Matrix(view);
-  d.SetTransform(platform::TransformKind::View, view);
-  Clear_Screen();
-  // Two triangles in front of the eye (+z), one facing up towards the light, one down.
-  const MeshVertex v[] = {{-4, 0, 10, 0, 1, 0, 0, 0}, {-1, 2, 10, 0, 1, 0, 0, 0}, {-1, -2, 10, 0, 1, 0, 0, 0},
-                          {1, 0, 10, 0, -1, 0, 0, 0}, {4, 2, 10, 0, -1, 0, 0, 0}, {4, -2, 10, 0, -1, 0, 0, 0}};
-  const uint16_t idx[] = {0, 1, 2, 3, 4, 5};
-  d.SetRenderState(rs::CullMode, platform::cull::None);
-  const platform::GeometryRef mesh = d.MakeGeometry(v, 6, idx, 6);
-  d.DrawGeometry(*mesh, 0, 1);
-  // x / z maps to the screen with cot(fov / 2) = 1: -2.5 / 10 -> 240, 2.5 / 10 -> 400.
-  // Ambient 150 alone lights the far side; the light's 0.93 on top saturates the near side.
-  EXPECT_NEAR(Red(At(400, 240)), 150, 2);
-  EXPECT_EQ(Red(At(240, 240)), 255);
-  // Halving the material shows the light's share: 0.5 * (150/255 + 0.928) of full scale.
-  D3DMaterial half = Material;
-  half.diffuse = half.ambient = ColorValue{0.5f, 0.5f, 0.5f, 0};
-  d.SetMaterial(half);
-  d.DrawGeometry(*mesh, 0, 1);
-  EXPECT_NEAR(Red(At(240, 240)), 193, 3);
-  EXPECT_NEAR(Red(At(400, 240)), 75, 2);
-}
-
-TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongStripsDrawWholeAndOnce) {
-  platform::Device3D& d = Unlit_On_Clear_Screen();
+  Unlit_On_Clear_Screen();
   Surface dds = platform::Image::Create(2, 2, PixelFormat::A4R4G4B4);
   for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x8F00);
   Surface two = Create_Texture("", 2, 1, kKeyNone);
@@ -200,7 +171,30 @@ TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongS
             (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
 
-TEST_F(DisplayTest, CullingAGeneratedShipKeepsTheOutsideOfEveryPart) {
+TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAndCullingAShipKeepsTheOutsideOfEveryPart) {
+  platform::Device3D& d = *D3DDevice;
+  Matrix4 view;
+  modMATH::Identity_Matrix(view);
+  d.SetTransform(platform::TransformKind::View, view);
+  Clear_Screen();
+  // Two triangles in front of the eye (+z), one facing up towards the light, one down.
+  const MeshVertex v[] = {{-4, 0, 10, 0, 1, 0, 0, 0}, {-1, 2, 10, 0, 1, 0, 0, 0}, {-1, -2, 10, 0, 1, 0, 0, 0},
+                          {1, 0, 10, 0, -1, 0, 0, 0}, {4, 2, 10, 0, -1, 0, 0, 0}, {4, -2, 10, 0, -1, 0, 0, 0}};
+  const uint16_t idx[] = {0, 1, 2, 3, 4, 5};
+  d.SetRenderState(rs::CullMode, platform::cull::None);
+  const platform::GeometryRef mesh = d.MakeGeometry(v, 6, idx, 6);
+  d.DrawGeometry(*mesh, 0, 1);
+  // x / z maps to the screen with cot(fov / 2) = 1: -2.5 / 10 -> 240, 2.5 / 10 -> 400.
+  // Ambient 150 alone lights the far side; the light's 0.93 on top saturates the near side.
+  EXPECT_NEAR(Red(At(400, 240)), 150, 2);
+  EXPECT_EQ(Red(At(240, 240)), 255);
+  // Halving the material shows the light's share: 0.5 * (150/255 + 0.928) of full scale.
+  D3DMaterial half = Material;
+  half.diffuse = half.ambient = ColorValue{0.5f, 0.5f, 0.5f, 0};
+  d.SetMaterial(half);
+  d.DrawGeometry(*mesh, 0, 1);
+  EXPECT_NEAR(Red(At(240, 240)), 193, 3);
+  EXPECT_NEAR(Red(At(400, 240)), 75, 2);
   dir_.Copy_From_Game("Objects");
   dir_.Copy_From_Game("Textures");
   XFileClass ship;

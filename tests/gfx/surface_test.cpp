@@ -87,7 +87,7 @@ TEST(DdsTest, DecodesTexelsWithTheirAlphaWithinBoundsAndRefusesWhatIsNotA16BitIm
     EXPECT_FALSE(Decode(bytes)) << what;
 }
 
-TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundTheirKey) {
+TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensTakeTheFinerPicture) {
   testenv::ScratchAppDir dir;
   const std::string path = dir.path() + "/Gfx/p.bmp";
   testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
@@ -128,14 +128,9 @@ TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundThei
   }
   EXPECT_FALSE(Create_Surface(s, 0, 0, dir.path() + "/Gfx/none.bmp", kKeyNone, kFalse));
   EXPECT_FALSE(s);
-}
-
-TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
-  testenv::ScratchAppDir dir;
   testenv::Write_File(dir.path() + "/Gfx/p.bmp", Bmp(1, 1, {0xFF0000}));
   testenv::Write_File(dir.path() + "/Gfx/2x/p.bmp", Bmp(2, 2, {0x00FF00, 0x00FF00, 0x00FF00, 0x00FF00}));
   testenv::Write_File(dir.path() + "/Gfx/q.bmp", Bmp(1, 1, {0x0000FF}));
-  Surface s;
   for (const auto& [scale, file, argb] :
        {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u}, std::tuple{2.25f, "q", 0xFF0000FFu}}) {
     modMain::ScaleX = modMain::ScaleY = scale;

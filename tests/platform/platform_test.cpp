@@ -87,7 +87,7 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   EXPECT_EQ(r.seen.back(), "release 1");
 }
 
-TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
+TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZonesAndLetsGoOnUnplug) {
   ASSERT_TRUE(platform::Open_Window("letterbox"));
   int ww = 0, wh = 0;
   SDL_GetWindowSize(platform::detail::Window(), &ww, &wh);
@@ -111,11 +111,7 @@ TEST(Letterbox, PointerOverTheBordersLandsOnTheBackBufferEdge) {
   platform::detail::Set_Backbuffer_Size(ww / 2, wh / 2);
   EXPECT_EQ(platform::detail::Current_Letterbox().width, ww);
   platform::detail::Set_Backbuffer_Size(0, 0);
-  platform::Close_Window();
-}
 
-TEST(Gamepad, PlugPressesPastDeadZonesAndUnplugLetsGoOfEverything) {
-  ASSERT_TRUE(platform::Open_Window("pad"));
   Recorder r;
   auto& [seen, stick_x, stick_y] = r;
   const auto step = [&] {

@@ -22,7 +22,7 @@ const HiScoreTable kShort{230, "Al", 40000, "", 125000, "Bo"};
 
 }  // namespace
 
-TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndianAndAShorterTableLeavesTheOldTail) {
+TEST(HiScoreFile, BytesAreTheSixFieldsAShorterTableLeavesTheOldTailAndAnUnreadableFileIsKept) {
   const std::string expected(
       "\x5F\x00\x03\x00"
       "Ann"
@@ -42,13 +42,9 @@ TEST(HiScoreFile, BytesAreTheSixFieldsLittleEndianAndAShorterTableLeavesTheOldTa
   EXPECT_EQ(testenv::Read_File(path), fresh + long_bytes.substr(fresh.size()));
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), kShort);
   EXPECT_FALSE(std::filesystem::exists(path + ".new"));
-}
-
-// Only a file that is truly absent is created; one that cannot be read is never replaced.
-// A folder and a link to itself stand in for unreadable files (mode 000 is readable to root).
-TEST(HiScoreFile, AnUnreadableFileIsKeptWhateverIsReadOrSaved) {
-  testenv::ScratchAppDir dir;
-  const std::string path = dir.path() + "/Hiscores.Dat";
+  // Only a file that is truly absent is created; one that cannot be read is never replaced.
+  // A folder and a link to itself stand in for unreadable files (mode 000 is readable to root).
+  std::filesystem::remove(path);
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
   EXPECT_EQ(testenv::Read_File(path), "") << "created empty when absent";
   EXPECT_TRUE(std::filesystem::is_regular_file(path));

@@ -70,27 +70,11 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   EXPECT_FALSE(modShipSelection::Preview());
 }
 
-TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip) {
-  const std::vector<Step> visit = {{"at entry", nullptr, [] { EXPECT_EQ(Current(), Choice(0, 1)); }},
-                                   Press_Button(kNextShip),
-                                   Choice_Is({1, 1}),
-                                   Press_Button(kNextSkin),
-                                   Choice_Is({1, 2}),
-                                   Press_Button(kBack)};
-  Play(visit, modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  ASSERT_EQ(modMain::Players.size(), 5u);
-  EXPECT_FALSE(modMain::Players[0]);
-  EXPECT_FALSE(modMain::Players[4]);
-  modMain::NumOpponents = 0;
-  Play(visit, modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::Players.size(), 1u);
-}
-
 // A count one past the records, ship 0's mass blank and ship 1's inertia not a number: the
 // screen shows what each record holds, and the missing mesh of the ship past the end is
-// told once a visit, however often the player comes back to it.
-TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshOnce) {
+// told once a visit, however often the player comes back to it. Every visit starts at the
+// first ship and skin, whatever the last one left; back releases the racers.
+TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsTellsAMissingMeshOnceAndBackReleasesTheRacers) {
   Write_Catalogue(3, 2, {{2 + 2, ""}, {2 + 7 + 3, "heavy"}});
   std::vector<std::string> shown;
   platform::Set_Message_Box_Hook([&](const std::string& m) { shown.push_back(m); });
@@ -102,15 +86,24 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshO
     EXPECT_EQ(modShipSelection::Bar_Target(2) == -150, ship != 1) << "a blank mass reads 0";
     EXPECT_EQ(modShipSelection::Bar_Target(1) == -400, ship != 0) << "an inertia that is no number reads 0";
   };
-  std::vector<Step> visit = {{"at entry", nullptr, look}};
+  std::vector<Step> visit = {{"at entry: the first ship and skin", [] { return Current() == Choice(0, 1); }, look, 1}};
   for (const auto& [button, ship] :
-       {std::pair{kNextShip, 1}, {kNextShip, 2}, {kNextShip, 0}, {kPrevShip, 2}, {kNextShip, 0}}) {
+       {std::pair{kNextShip, 1}, {kNextShip, 2}, {kNextShip, 0}, {kPrevShip, 2}, {kNextShip, 0}, {kNextShip, 1}}) {
     visit.push_back(Press_Button(button));
     visit.push_back(Choice_Is({ship, 1}));
     visit.back().act = look;
   }
+  visit.push_back(Press_Button(kNextSkin));
+  visit.push_back(Choice_Is({1, 2}));
   visit.push_back(Press_Button(kBack));
-  for (int k = 0; k < 2; ++k) Play(visit, modShipSelection::Init_Ship_Selection);
+  Play(visit, modShipSelection::Init_Ship_Selection);
+  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  ASSERT_EQ(modMain::Players.size(), 5u);
+  EXPECT_FALSE(modMain::Players[0]);
+  EXPECT_FALSE(modMain::Players[4]);
+  modMain::NumOpponents = 0;
+  Play(visit, modShipSelection::Init_Ship_Selection);
+  EXPECT_EQ(modMain::Players.size(), 1u);
   platform::Set_Message_Box_Hook(nullptr);
   EXPECT_EQ(shown, (std::vector<std::string>{"error loading xfile", "error loading xfile"})) << "once a visit";
 }
