@@ -77,7 +77,7 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripNumbersRoundHalfToEvenAnd
   EXPECT_FLOAT_EQ(ScaleX, 0.5f);
 }
 
-TEST(LogAndStrings, LogLinesAppendWithCrLfAndStringsAreCounted) {
+TEST(LogStringsAndExtras, LogLinesAppendWithCrLfStringsAreCountedAndExtrasDropBadLinesAndRoundTrip) {
   testenv::ScratchAppDir dir;
   Create_Log();
   Write_Log("first");
@@ -102,21 +102,6 @@ TEST(LogAndStrings, LogLinesAppendWithCrLfAndStringsAreCounted) {
   std::istringstream short_data(std::string("\5\0ab", 4));
   EXPECT_FALSE(Read_String(short_data, s));
   EXPECT_EQ(s, "ab");
-}
-
-TEST(Numbers, RoundingParsingAndFormats) {
-  using namespace numbers;
-  EXPECT_EQ((std::array{Round_Half_Even(0.5), Round_Half_Even(1.5), Round_Half_Even(-2.5)}),
-            (std::array{0.0, 2.0, -2.0}));
-  EXPECT_EQ((std::array{Leading_Number("  -12.25kg"), Leading_Number(".5"), Leading_Number("x12")}),
-            (std::array{-12.25, 0.5, 0.0}));
-  EXPECT_EQ((std::array{Format(7, "000"), Format(1234, "00"), Format(105, "00:00"), Format(12345, "00:00")}),
-            (std::array<std::string, 4>{"007", "1234", "01:05", "123:45"}));
-}
-
-TEST(Extras, AbsentFileWritesNothingBadLinesAreDroppedAndValuesRoundTrip) {
-  testenv::ScratchAppDir dir;
-  Create_Log();
   extras::Load();
   EXPECT_EQ(extras::Get("volume", 10, 0, 10), 10);
   extras::Set("volume", 10);  // nothing remembered yet: written once
@@ -133,6 +118,16 @@ TEST(Extras, AbsentFileWritesNothingBadLinesAreDroppedAndValuesRoundTrip) {
   EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=0\nvolume=99\nwindow=0\n") << "unknown values kept";
   EXPECT_FALSE(std::filesystem::exists(extras::Path() + ".new"));
   extras::Reset();
+}
+
+TEST(Numbers, RoundingParsingAndFormats) {
+  using namespace numbers;
+  EXPECT_EQ((std::array{Round_Half_Even(0.5), Round_Half_Even(1.5), Round_Half_Even(-2.5)}),
+            (std::array{0.0, 2.0, -2.0}));
+  EXPECT_EQ((std::array{Leading_Number("  -12.25kg"), Leading_Number(".5"), Leading_Number("x12")}),
+            (std::array{-12.25, 0.5, 0.0}));
+  EXPECT_EQ((std::array{Format(7, "000"), Format(1234, "00"), Format(105, "00:00"), Format(12345, "00:00")}),
+            (std::array<std::string, 4>{"007", "1234", "01:05", "123:45"}));
 }
 
 TEST(SettingsKill, TwoHundredKillsDuringTheSaveLeaveTheWholeOldOrTheWholeNewFile) {

@@ -44,7 +44,7 @@ TEST(SetupForm, FirstStartPreselectsTheDefaultModeTheBestDeviceAndTheFirstSoundD
   EXPECT_EQ(std::pair(Loaded({kRgb, kTnl}).cmb3DDevice, Loaded({kRgb, kTnl}).cmbSoundDriver), std::pair(1, 0));
 }
 
-TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
+TEST(SetupForm, ModeAndDepthComeFromTheSettingsLargerModesFollowTheDesktopAndStartWritesTheChoices) {
   for (const auto& [height, bpp, shown] : {std::tuple{240, 24, "320x240/24"}, std::tuple{400, 32, "640x400/32"},
                                            std::tuple{600, 16, "800x600/16"}, std::tuple{768, 8, "640x480/16"}}) {
     modMain::Default_Settings();
@@ -67,12 +67,9 @@ TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
                                       "38", "40", "37", "39"}));
   EXPECT_FLOAT_EQ(modMain::ScaleX, 1.25f);
   Loaded({}, {}).lblStart_Click();  // empty lists store "<none>"
-  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(lines[0] + lines[4] + lines[5], "0<none><none>");
-}
-
-TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   auto captions = [](const std::vector<frmSetup::Resolution>& modes) {
     std::string all;
     for (const auto& m : modes) all += std::string(m.caption) + " ";
@@ -85,10 +82,9 @@ TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   EXPECT_EQ(frmSetup::Offered_Resolutions(1280, 1024).back().height, 960);
   EXPECT_EQ(frmSetup::Offered_Resolutions(3840, 2160).back().height, 2160);
 
-  testenv::ScratchAppDir dir;
   modMain::Default_Settings();
   modMain::ScreenWidth = 1440, modMain::ScreenHeight = 1080;
-  frmSetup::SetupForm f;
+  f = frmSetup::SetupForm{};
   f.Modes = frmSetup::Offered_Resolutions(1920, 1080);
   f.Form_Load({kTnl}, {});
   EXPECT_EQ(f.HScrollRes, 8);
@@ -96,7 +92,7 @@ TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   f.HScrollRes = 7, f.HScrollRes_Scroll();
   EXPECT_EQ(f.lblRes, "1400x1050");
   f.lblStart_Click();
-  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(lines[1] + "x" + lines[2], "1400x1050");
   EXPECT_FLOAT_EQ(modMain::ScaleY, 1050.0f / 480.0f);

@@ -46,11 +46,8 @@ class RecordingDevice : public platform::Device3D {
   platform::GeometryRef MakeGeometry(const MeshVertex* v, int vertex_count, const uint16_t* indices,
                                      int index_count) override {
     platform::GeometryRef g = Device3D::MakeGeometry(v, vertex_count, indices, index_count);
-    meshes_[g.get()] = {nullptr,
-                        {},
-                        vertex_count,
-                        index_count,
-                        index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1};
+    const int max_index = index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1;
+    meshes_[g.get()] = {nullptr, {}, vertex_count, index_count, max_index};
     return g;
   }
   using Device3D::MakeGeometry;
