@@ -25,9 +25,9 @@ frmSetup::SetupForm Loaded(std::vector<platform::DeviceInfo> devices,
 }
 }  // namespace
 
-TEST(SetupForm, FirstStartPreselectsTheDefaultModeTheBestDeviceAndTheFirstSoundDevice) {
+TEST(SetupForm, PreselectionFromSettingsAndDevicesModesUpToTheDesktopAndWhatStartWrites) {
   modMain::Default_Settings();
-  const frmSetup::SetupForm f = Loaded({kRgb, kHal, kTnl});
+  frmSetup::SetupForm f = Loaded({kRgb, kHal, kTnl});
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "640x480/16");
   EXPECT_EQ(std::pair(f.cmb3DDevice, f.cmbSoundDriver), std::pair(2, 0)) << "device, sound";
   EXPECT_FALSE(f.chkShowAgain);
@@ -42,20 +42,17 @@ TEST(SetupForm, FirstStartPreselectsTheDefaultModeTheBestDeviceAndTheFirstSoundD
   modMain::D3DDeviceGuid = platform::kHardwareDevice;  // the machine has lost its GPU driver
   modMain::SoundDeviceGuid = "USB headset";
   EXPECT_EQ(std::pair(Loaded({kRgb, kTnl}).cmb3DDevice, Loaded({kRgb, kTnl}).cmbSoundDriver), std::pair(1, 0));
-}
-
-TEST(SetupForm, ModeAndDepthComeFromTheSettingsLargerModesFollowTheDesktopAndStartWritesTheChoices) {
   for (const auto& [height, bpp, shown] : {std::tuple{240, 24, "320x240/24"}, std::tuple{400, 32, "640x400/32"},
                                            std::tuple{600, 16, "800x600/16"}, std::tuple{768, 8, "640x480/16"}}) {
     modMain::Default_Settings();
     modMain::ScreenHeight = i16(height);
     modMain::ScreenBPP = u8(bpp);
-    const frmSetup::SetupForm f = Loaded({kRgb});
-    EXPECT_EQ(f.lblRes + "/" + f.lblBPP, shown);
+    const frmSetup::SetupForm loaded = Loaded({kRgb});
+    EXPECT_EQ(loaded.lblRes + "/" + loaded.lblBPP, shown);
   }
   testenv::ScratchAppDir dir;
   modMain::Difficulty = 3;  // untouched by the dialog, kept in the file
-  frmSetup::SetupForm f = Loaded({kTnl, kRgb});
+  f = Loaded({kTnl, kRgb});
   f.HScrollRes = 3, f.HScrollRes_Scroll();
   f.HScrollBPP = 2, f.HScrollBPP_Change();
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "800x600/32");

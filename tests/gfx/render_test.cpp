@@ -11,7 +11,6 @@ using platform::PixelFormat;
 namespace rs = platform::rs;
 
 namespace {
-constexpr uint32_t kBlue = 0x000066u;  // what Clear_Screen leaves
 
 ScreenVertex SV(float x, float y, float z, uint32_t c, float u = 0, float v = 0) { return {x, y, z, 1.0f, c, 0, u, v}; }
 int Red(uint32_t rgb) { return int(rgb >> 16 & 0xFF); }
@@ -65,19 +64,19 @@ TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAnd
     for (int i = 0; i < 600; ++i) {
       const uint32_t src = sx < 0 ? 0 : font->Pixel(sx + i % 20, sy + i / 20) & 0xFFFFFFu;
       glyph_pixels += src != 0;
-      ASSERT_EQ(px[size_t((10 + i / 20) * 200 + x + i % 20)], src != 0 ? src : kBlue) << x << " " << i;
+      ASSERT_EQ(px[size_t((10 + i / 20) * 200 + x + i % 20)], src != 0 ? src : kClear) << x << " " << i;
     }
   EXPECT_GT(glyph_pixels, 200);
   Fill_Rect(BackBuffer, 0, 0, 640, 480, 0x00FF8000);
   EXPECT_EQ(At(5, 5), 0xFF8000u);
   Clear_Screen();
-  EXPECT_EQ(std::pair(At(0, 0), At(639, 479)), std::pair(kBlue, kBlue));
+  EXPECT_EQ(std::pair(At(0, 0), At(639, 479)), std::pair(kClear, kClear));
   Fill_Rect(BackBuffer, 0, 0, 10, 10, 0x00FFFFFF);
   Surface map = Create_Texture("", 128, 128, kKeyNone);
   Blit(map, BackBuffer, 0, 0, 0, 127, 127);
   // The back buffer copies out; outside the copied square stays empty.
   EXPECT_EQ((std::array{map->Argb(9, 9) & 0xFFFFFFu, map->Argb(10, 10) & 0xFFFFFFu, map->Argb(127, 127)}),
-            (std::array{0xFFFFFFu, kBlue, 0u}));
+            (std::array{0xFFFFFFu, kClear, 0u}));
 
   Surface src;
   ASSERT_TRUE(Create_Surface(src, 32, 8, "", kKeyBlack, kFalse));
@@ -89,11 +88,11 @@ TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAnd
   Blit(BackBuffer, src, -10, 0, 0);
   Blit(BackBuffer, src, 640 - 5, 100, 0);
   // Keyed: key pixels leave the screen, others copy, nothing spills a column either side.
-  EXPECT_EQ((std::array{At(100, 50), At(101, 50), At(131, 57)}), (std::array{kBlue, src_at(1, 0), src_at(31, 7)}));
-  EXPECT_EQ(std::pair(At(99, 51), At(132, 51)), std::pair(kBlue, kBlue));
+  EXPECT_EQ((std::array{At(100, 50), At(101, 50), At(131, 57)}), (std::array{kClear, src_at(1, 0), src_at(31, 7)}));
+  EXPECT_EQ(std::pair(At(99, 51), At(132, 51)), std::pair(kClear, kClear));
   // Clipped on the left: source columns 10 to 31 from x 0; on the right: columns 0 to 4.
-  EXPECT_EQ((std::array{At(0, 0), At(21, 0), At(22, 0)}), (std::array{src_at(10, 0), src_at(31, 0), kBlue}));
-  EXPECT_EQ((std::array{At(634, 100), At(635, 100), At(639, 100)}), (std::array{kBlue, src_at(0, 0), src_at(4, 0)}));
+  EXPECT_EQ((std::array{At(0, 0), At(21, 0), At(22, 0)}), (std::array{src_at(10, 0), src_at(31, 0), kClear}));
+  EXPECT_EQ((std::array{At(634, 100), At(635, 100), At(639, 100)}), (std::array{kClear, src_at(0, 0), src_at(4, 0)}));
   Blit(BackBuffer, src, 100, 50, 0);  // unkeyed, the key pixels are copied too
   EXPECT_EQ(At(100, 50), 0u);
 }
@@ -110,7 +109,7 @@ TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
     d.DrawPrimitive(platform::Primitive::TriangleStrip, tris + 3, 3);
   };
   draw_both();
-  EXPECT_EQ(std::pair(At(120, 120), At(320, 120)), std::pair(0xFF0000u, kBlue));
+  EXPECT_EQ(std::pair(At(120, 120), At(320, 120)), std::pair(0xFF0000u, kClear));
   d.SetRenderState(rs::CullMode, platform::cull::Clockwise);
   draw_both();
   d.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);

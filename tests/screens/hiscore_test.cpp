@@ -22,7 +22,7 @@ const HiScoreTable kShort{230, "Al", 40000, "", 125000, "Bo"};
 
 }  // namespace
 
-TEST(HiScoreFile, BytesAreTheSixFieldsAShorterTableLeavesTheOldTailAndAnUnreadableFileIsKept) {
+TEST(HiScoreFile, BytesAreTheSixFieldsAnUnreadableFileIsKeptAndSavesSurviveBeingKilled) {
   const std::string expected(
       "\x5F\x00\x03\x00"
       "Ann"
@@ -70,6 +70,29 @@ TEST(HiScoreFile, BytesAreTheSixFieldsAShorterTableLeavesTheOldTailAndAnUnreadab
     EXPECT_EQ(log[2].rfind("Data\\Hiscores.Dat cannot be read (", 0), 0u) << log[2];
     EXPECT_NE(log[3].find("the new records are not saved"), std::string::npos) << log[3];
   }
+  // A child saving over and over is killed at random: the file holds one whole table or the other.
+  std::filesystem::remove_all(path);
+  // A long tail makes every save copy a quarter megabyte, so kills land inside writes.
+  const std::string old_bytes = modHiScore::Encode_HiScores(kLong) + std::string(256 * 1024, '\x5A');
+  const std::string new_bytes = fresh + old_bytes.substr(fresh.size());
+
+  int interrupted_writes = 0, ended_new = 0;
+  const int kills = testenv::Kill_While_Saving(
+      [&] { testenv::Write_File(path, old_bytes), std::filesystem::remove(path + ".new"); },
+      [&] { modHiScore::Write_HiScore_File(path, kShort), modHiScore::Write_HiScore_File(path, kLong); },
+      [&](int round) {
+        if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
+        const std::string now = testenv::Read_File(path);
+        EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
+        ended_new += now == new_bytes;
+        const HiScoreTable t = modHiScore::Read_HiScore_File(path);
+        EXPECT_TRUE(t == kLong || t == kShort) << "round " << round << ": neither table reads back";
+      });
+  EXPECT_EQ(kills, 200);
+  // Kills must catch copies part-way and both tables in place, or the test proves nothing.
+  EXPECT_GT(interrupted_writes, 0);
+  EXPECT_GT(ended_new, 0);
+  EXPECT_LT(ended_new, kills);
 }
 
 TEST(HiScoreFile, ShortAndCorruptFilesReadAsFarAsTheyHold) {
@@ -116,33 +139,6 @@ TEST(HiScoreRules, TiesNeverCountEmptyTablesAlwaysFallAndTimesRoundHundredthsToE
   modHiScore::Merge_Race(fresh, first, "Ann");
   // A top speed of 0 is no record: that holder stays empty.
   EXPECT_EQ(fresh, (HiScoreTable{0, "", 40000, "Ann", 121000, "Ann"}));
-}
-
-// A child saving over and over is killed at random: the file holds one whole table or the other.
-TEST(HiScoreFile, SavesSurviveBeingKilled) {
-  testenv::ScratchAppDir dir;
-  const std::string path = dir.path() + "/Hiscores.Dat";
-  // A long tail makes every save copy a quarter megabyte, so kills land inside writes.
-  const std::string old_bytes = modHiScore::Encode_HiScores(kLong) + std::string(256 * 1024, '\x5A');
-  const std::string fresh = modHiScore::Encode_HiScores(kShort), new_bytes = fresh + old_bytes.substr(fresh.size());
-
-  int interrupted_writes = 0, ended_new = 0;
-  const int kills = testenv::Kill_While_Saving(
-      [&] { testenv::Write_File(path, old_bytes), std::filesystem::remove(path + ".new"); },
-      [&] { modHiScore::Write_HiScore_File(path, kShort), modHiScore::Write_HiScore_File(path, kLong); },
-      [&](int round) {
-        if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
-        const std::string now = testenv::Read_File(path);
-        EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
-        ended_new += now == new_bytes;
-        const HiScoreTable t = modHiScore::Read_HiScore_File(path);
-        EXPECT_TRUE(t == kLong || t == kShort) << "round " << round << ": neither table reads back";
-      });
-  EXPECT_EQ(kills, 200);
-  // Kills must catch copies part-way and both tables in place, or the test proves nothing.
-  EXPECT_GT(interrupted_writes, 0);
-  EXPECT_GT(ended_new, 0);
-  EXPECT_LT(ended_new, kills);
 }
 
 namespace {

@@ -108,27 +108,14 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsTellsAMissingMeshOnce
   EXPECT_EQ(shown, (std::vector<std::string>{"error loading xfile", "error loading xfile"})) << "once a visit";
 }
 
-TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetThenMovesOneUnitAFrame) {
+TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentredNameBarsHighlightAndALitShip) {
   // Ship 0's inertia bar heads for 100 (20 x 25 - 400), ship 1's for 40 (17.6 x 25 - 400).
   Write_Catalogue(2, 2, {{2 + 3, "20"}, {2 + 7 + 3, "17.6"}});
+  // Without the background only what the screen draws itself differs from the clear colour.
+  std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::vector<int> shown;
   int clicked_at = -1;
   on_frame = [&](int) { shown.push_back(modShipSelection::Bar_Shown(1)); };
-  Play({{"the inertia bar at 70", [&] { return shown.back() == 70; },
-         [&] { clicked_at = frames, Press_Button(kNextShip).act(); }},
-        {"75 frames after the click", [&] { return int(shown.size()) > clicked_at + 75; }},
-        Press_Button(kBack)},
-       modShipSelection::Init_Ship_Selection);
-  ASSERT_GT(clicked_at, 40);  // after the slide
-  // Grew one unit a frame, then 100 at the click's frame less the frame's step, down to 40.
-  std::vector<int> want{69, 70};
-  for (int k = 0; k < 75; ++k) want.push_back(std::max(40, 99 - k));
-  EXPECT_EQ(std::vector<int>(shown.begin() + clicked_at - 2, shown.begin() + clicked_at + 75), want);
-}
-
-TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip) {
-  // Without the background only what the screen draws itself differs from the clear colour.
-  std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::pair<int, int> name, bar1, bar3;
   uint32_t lit_button = 0, plain_button = 0;
   std::vector<uint32_t> ship_a, ship_b;
@@ -138,7 +125,9 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
       if (modShipSelection::Bar_Shown(i) != modShipSelection::Bar_Target(i)) return false;
     return true;
   };
-  Play({Press_Button(kNextShip),
+  Play({{"the inertia bar at 70", [&] { return shown.back() == 70; },
+         [&] { clicked_at = frames, Press_Button(kNextShip).act(); }},
+        {"75 frames after the click", [&] { return int(shown.size()) > clicked_at + 75; }},
         Choice_Is({1, 1}),  // "Kestrel GT": 10 characters
         {"the bars at their marks", bars_settled, [] { Move(145, 370); }},
         {"the pointer on back", nullptr, [&] { lit_button = At(100, 352), Move(600, 20); }},
@@ -153,6 +142,11 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
         {"16 frames on", [&] { return frames >= read_at + 16; }, [&] { ship_b = Read(330, 150, 570, 310); }},
         Press_Button(kStart)},
        modShipSelection::Init_Ship_Selection);
+  ASSERT_GT(clicked_at, 40);  // after the slide
+  // Grew one unit a frame, then 100 at the click's frame less the frame's step, down to 40.
+  std::vector<int> want{69, 70};
+  for (int k = 0; k < 75; ++k) want.push_back(std::max(40, 99 - k));
+  EXPECT_EQ(std::vector<int>(shown.begin() + clicked_at - 2, shown.begin() + clicked_at + 75), want);
   EXPECT_EQ(modShipSelection::Ship_Name(), "Kestrel GT");
   EXPECT_GE(name.first, 410);
   EXPECT_LE(name.first, 413);
