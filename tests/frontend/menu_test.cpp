@@ -37,7 +37,7 @@ struct Menu800 : Menu {
 };
 }  // namespace
 
-TEST_F(Menu, AClickDuringTheSlideDoesNothingAHeldOneFiresAfterItAndEachButtonChoosesItsState) {
+TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSlideInAndLightUp) {
   modMain::NumOpponents = -1;
   const auto sliding = [] { return Button_Slide() > 0; };
   const int over = Run({Click("click button 1 while sliding", 300, 220, sliding),
@@ -67,19 +67,6 @@ TEST_F(Menu, AClickDuringTheSlideDoesNothingAHeldOneFiresAfterItAndEachButtonCho
     EXPECT_EQ(Is_Set(modMain::Running), c.running);
   }
   EXPECT_FALSE(modMainScr::Surfaces_Held()) << "surfaces are released on leaving";
-}
-
-TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
-  const int over = Run(Miss_Then_Hit(280, 188, 281, 188));  // one pixel left of button 0, then its top-left pixel
-  const Rect r = modMainScr::Button_Rect(0), r3 = modMainScr::Button_Rect(3);
-  EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
-  EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
-  EXPECT_EQ(ended_at, pressed_at + 1);
-  EXPECT_EQ(modMain::NumOpponents, 0);
-  EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
-}
-
-TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer) {
   const auto pic = platform::Load_BMP(dir_.path() + "/Gfx/Buttons.bmp", 382, 156, platform::PixelFormat::X8R8G8B8);
   ASSERT_TRUE(pic);
   // Column 100 of each button, 30 rows down its row; lit on the left half, plain on the right.
@@ -106,6 +93,16 @@ TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer
           EXPECT_EQ(At(636, 476), 0x18203Au) << "the pointer is clipped at the corner, not dropped";
           platform::Post_Event({platform::EventKind::Quit});
         }}});
+}
+
+TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
+  const int over = Run(Miss_Then_Hit(280, 188, 281, 188));  // one pixel left of button 0, then its top-left pixel
+  const Rect r = modMainScr::Button_Rect(0), r3 = modMainScr::Button_Rect(3);
+  EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
+  EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
+  EXPECT_EQ(ended_at, pressed_at + 1);
+  EXPECT_EQ(modMain::NumOpponents, 0);
+  EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
 }
 
 namespace {

@@ -140,7 +140,7 @@ TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensT
   modMain::ScaleX = modMain::ScaleY = 1.0f;
 }
 
-TEST(SurfaceTest, ColourKeyModesFollowTheFormatFillsAreCutAndPointsExcludeTheFarEdges) {
+TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstTheScreenAndSkipKeyPixels) {
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyMagenta, kTrue));
   EXPECT_EQ(s->Color_Key(), 0x00FF00FFu);
@@ -167,9 +167,6 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormatFillsAreCutAndPointsExcludeTheFar
                                  {9, 25, kFalse},
                                  {15, 19, kFalse}})
     EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
-}
-
-TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPixels) {
   modMain::ScreenWidth = 64;
   modMain::ScreenHeight = 48;
   Surface src = platform::Image::Create(32, 8, PixelFormat::X8R8G8B8);

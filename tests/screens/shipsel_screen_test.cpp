@@ -36,6 +36,18 @@ class ShipSelectionTest : public ScreenTest {
   static Step Choice_Is(Choice c) {
     return {"ship " + std::to_string(c.first) + " skin " + std::to_string(c.second), [c] { return Current() == c; }};
   }
+  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
+  static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom) {
+    const std::vector<uint32_t> px = Read(left, top, right, bottom);
+    int first = -1, last = -1;
+    for (int x = 0; x < right - left; ++x)
+      for (int y = 0; y < bottom - top; ++y)
+        if (px[size_t(y * (right - left) + x)] != kClear) {
+          if (first < 0) first = left + x;
+          last = left + x;
+        }
+    return {first, last};
+  }
   static bool slid_in() { return modShipSelection::Button_Slide() == 0; }
   static Choice Current() {
     return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin};

@@ -97,15 +97,3 @@ bool ScreenTest::Shows_Text(int x, int y, u8 font, const std::string& text) {
   }
   return glyph > 0;
 }
-
-std::pair<int, int> ScreenTest::Drawn_Columns(int left, int top, int right, int bottom) {
-  const std::vector<uint32_t> px = Read(left, top, right, bottom);
-  int first = -1, last = -1;
-  for (int x = 0; x < right - left; ++x)
-    for (int y = 0; y < bottom - top; ++y)
-      if (px[size_t(y * (right - left) + x)] != kClear) {
-        if (first < 0) first = left + x;
-        last = left + x;
-      }
-  return {first, last};
-}
