@@ -21,7 +21,7 @@ std::string Ini(std::initializer_list<const char*> lines) {
 }
 }  // namespace
 
-TEST(Settings, AMissingFileLogsAndTakesDefaultsAndWrittenValuesRoundTripByteForByteAndScale) {
+TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndKilledSavesLeaveAWholeFile) {
   testenv::ScratchAppDir dir;
   ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
@@ -53,10 +53,6 @@ TEST(Settings, AMissingFileLogsAndTakesDefaultsAndWrittenValuesRoundTripByteForB
   PlayerName = "stale";
   Read_Settings();
   EXPECT_EQ(PlayerName, "");
-}
-
-TEST(Settings, NumbersRoundHalfToEvenBadLinesKeepOldValuesAndAShortFileSetsOnlyItsLines) {
-  testenv::ScratchAppDir dir;
   testenv::Write_File(Settings_Path(), Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1",
                                             "17.5", "40", "99999", "39"}));
   Default_Settings();
@@ -79,9 +75,32 @@ TEST(Settings, NumbersRoundHalfToEvenBadLinesKeepOldValuesAndAShortFileSetsOnlyI
   EXPECT_EQ((std::array<int, 4>{SkipSetup, ScreenWidth, ScreenBPP, KeyDown}), (std::array<int, 4>{1, 320, 24, 83}));
   EXPECT_EQ(D3DDeviceGuid, "kept");
   EXPECT_FLOAT_EQ(ScaleX, 0.5f);
+  modMain::Default_Settings();
+  modMain::Write_Settings();
+  const std::string old_bytes = testenv::Read_File(modMain::Settings_Path());
+  // New values unlike the old in every line, with a long name so a write takes a while.
+  modMain::SkipSetup = 1, modMain::ScreenWidth = 1024, modMain::ScreenHeight = 768, modMain::Difficulty = 3;
+  modMain::KeyUp = 87, modMain::KeyDown = 83, modMain::KeyLeft = 65, modMain::KeyRight = 68;
+  modMain::PlayerName = std::string(20000, 'Q');
+  modMain::Write_Settings();
+  const std::string new_bytes = testenv::Read_File(modMain::Settings_Path());
+  ASSERT_NE(old_bytes, new_bytes);
+  ASSERT_FALSE(old_bytes.empty());
+
+  int whole_old = 0, whole_new = 0;
+  const int kills = testenv::Kill_While_Saving(
+      [&] { testenv::Write_File(modMain::Settings_Path(), old_bytes); }, [] { modMain::Write_Settings(); },
+      [&](int round) {
+        const std::string now = testenv::Read_File(modMain::Settings_Path());
+        whole_old += now == old_bytes, whole_new += now == new_bytes;
+        EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
+      });
+  EXPECT_EQ(kills, 200);
+  EXPECT_EQ(whole_old + whole_new, 200) << "neither whole file after some kills";
+  std::printf("kills: %d left the old file, %d the new one\n", whole_old, whole_new);
 }
 
-TEST(LogAndStrings, LogLinesAppendWithCrLfAndStringsAreCounted) {
+TEST(LogStringsAndExtras, LogLinesAppendWithCrLfStringsAreCountedAndExtrasDropBadLinesAndRoundTrip) {
   testenv::ScratchAppDir dir;
   Create_Log();
   Write_Log("first");
@@ -106,21 +125,6 @@ TEST(LogAndStrings, LogLinesAppendWithCrLfAndStringsAreCounted) {
   std::istringstream short_data(std::string("\5\0ab", 4));
   EXPECT_FALSE(Read_String(short_data, s));
   EXPECT_EQ(s, "ab");
-}
-
-TEST(Numbers, RoundingParsingAndFormats) {
-  using namespace numbers;
-  EXPECT_EQ((std::array{Round_Half_Even(0.5), Round_Half_Even(1.5), Round_Half_Even(-2.5)}),
-            (std::array{0.0, 2.0, -2.0}));
-  EXPECT_EQ((std::array{Leading_Number("  -12.25kg"), Leading_Number(".5"), Leading_Number("x12")}),
-            (std::array{-12.25, 0.5, 0.0}));
-  EXPECT_EQ((std::array{Format(7, "000"), Format(1234, "00"), Format(105, "00:00"), Format(12345, "00:00")}),
-            (std::array<std::string, 4>{"007", "1234", "01:05", "123:45"}));
-}
-
-TEST(Extras, AbsentFileWritesNothingBadLinesAreDroppedAndValuesRoundTrip) {
-  testenv::ScratchAppDir dir;
-  Create_Log();
   extras::Load();
   EXPECT_EQ(extras::Get("volume", 10, 0, 10), 10);
   extras::Set("volume", 10);  // nothing remembered yet: written once
@@ -139,31 +143,12 @@ TEST(Extras, AbsentFileWritesNothingBadLinesAreDroppedAndValuesRoundTrip) {
   extras::Reset();
 }
 
-// The options save killed at random moments: the settings file is always the whole old
-// file or the whole new one, never a mix, a part or empty.
-TEST(SettingsKill, TwoHundredKillsDuringTheSaveLeaveTheWholeOldOrTheWholeNewFile) {
-  testenv::ScratchAppDir dir;
-  modMain::Default_Settings();
-  modMain::Write_Settings();
-  const std::string old_bytes = testenv::Read_File(modMain::Settings_Path());
-  // New values unlike the old in every line, with a long name so a write takes a while.
-  modMain::SkipSetup = 1, modMain::ScreenWidth = 1024, modMain::ScreenHeight = 768, modMain::Difficulty = 3;
-  modMain::KeyUp = 87, modMain::KeyDown = 83, modMain::KeyLeft = 65, modMain::KeyRight = 68;
-  modMain::PlayerName = std::string(20000, 'Q');
-  modMain::Write_Settings();
-  const std::string new_bytes = testenv::Read_File(modMain::Settings_Path());
-  ASSERT_NE(old_bytes, new_bytes);
-  ASSERT_FALSE(old_bytes.empty());
-
-  int whole_old = 0, whole_new = 0;
-  const int kills = testenv::Kill_While_Saving(
-      [&] { testenv::Write_File(modMain::Settings_Path(), old_bytes); }, [] { modMain::Write_Settings(); },
-      [&](int round) {
-        const std::string now = testenv::Read_File(modMain::Settings_Path());
-        whole_old += now == old_bytes, whole_new += now == new_bytes;
-        EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
-      });
-  EXPECT_EQ(kills, 200);
-  EXPECT_EQ(whole_old + whole_new, 200) << "neither whole file after some kills";
-  std::printf("kills: %d left the old file, %d the new one\n", whole_old, whole_new);
+TEST(Numbers, RoundingParsingAndFormats) {
+  using namespace numbers;
+  EXPECT_EQ((std::array{Round_Half_Even(0.5), Round_Half_Even(1.5), Round_Half_Even(-2.5)}),
+            (std::array{0.0, 2.0, -2.0}));
+  EXPECT_EQ((std::array{Leading_Number("  -12.25kg"), Leading_Number(".5"), Leading_Number("x12")}),
+            (std::array{-12.25, 0.5, 0.0}));
+  EXPECT_EQ((std::array{Format(7, "000"), Format(1234, "00"), Format(105, "00:00"), Format(12345, "00:00")}),
+            (std::array<std::string, 4>{"007", "1234", "01:05", "123:45"}));
 }

@@ -1,4 +1,3 @@
-// The main menu's real loop: the slide gate, the buttons' actions and rectangles, the drawing.
 #include <algorithm>
 #include <cmath>
 
@@ -38,7 +37,7 @@ struct Menu800 : Menu {
 };
 }  // namespace
 
-TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfterIt) {
+TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSlideInAndLightUp) {
   modMain::NumOpponents = -1;
   const auto sliding = [] { return Button_Slide() > 0; };
   const int over = Run({Click("click button 1 while sliding", 300, 220, sliding),
@@ -51,9 +50,6 @@ TEST_F(Menu, AClickDuringTheSlideDoesNothingAndAHeldOneFiresOnTheFirstFrameAfter
   EXPECT_EQ(modMain::NumOpponents, 4);
   EXPECT_EQ(modMain::GameState, modMain::kStateShipSelection);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
-}
-
-TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
   struct Case {
     float x, y;
     int state, opponents;
@@ -71,19 +67,6 @@ TEST_F(Menu, EachButtonChoosesItsStateAndTheGapBetweenButtonsDoesNothing) {
     EXPECT_EQ(Is_Set(modMain::Running), c.running);
   }
   EXPECT_FALSE(modMainScr::Surfaces_Held()) << "surfaces are released on leaving";
-}
-
-TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
-  const int over = Run(Miss_Then_Hit(280, 188, 281, 188));  // one pixel left of button 0, then its top-left pixel
-  const Rect r = modMainScr::Button_Rect(0), r3 = modMainScr::Button_Rect(3);
-  EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
-  EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
-  EXPECT_EQ(ended_at, pressed_at + 1);
-  EXPECT_EQ(modMain::NumOpponents, 0);
-  EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
-}
-
-TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer) {
   const auto pic = platform::Load_BMP(dir_.path() + "/Gfx/Buttons.bmp", 382, 156, platform::PixelFormat::X8R8G8B8);
   ASSERT_TRUE(pic);
   // Column 100 of each button, 30 rows down its row; lit on the left half, plain on the right.
@@ -112,7 +95,16 @@ TEST_F(Menu, ButtonsSlideInFromAlternateSidesThenShowTheHighlightUnderThePointer
         }}});
 }
 
-// The intro's real loop on the manual clock: page timing, clicks and Enter, the pictures drawn.
+TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
+  const int over = Run(Miss_Then_Hit(280, 188, 281, 188));  // one pixel left of button 0, then its top-left pixel
+  const Rect r = modMainScr::Button_Rect(0), r3 = modMainScr::Button_Rect(3);
+  EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
+  EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
+  EXPECT_EQ(ended_at, pressed_at + 1);
+  EXPECT_EQ(modMain::NumOpponents, 0);
+  EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
+}
+
 namespace {
 class Intro : public ScreenTest {
  protected:

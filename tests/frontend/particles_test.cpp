@@ -1,4 +1,3 @@
-// The menu fountain: birth only on the first update, motion, fading, the pointer's pull, the sprites drawn.
 #include <algorithm>
 #include <array>
 
@@ -33,7 +32,7 @@ class Particles : public DisplayTest {
 };
 }  // namespace
 
-TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll) {
+TEST_F(Particles, BirthMotionFadingRebirthThePointersPullAndClippedSprites) {
   Rest_At(300, 200);
   Frame(16);
   for (const Particle& p : modMouseParticles::Particles)
@@ -60,36 +59,30 @@ TEST_F(Particles, FirstUpdateOnlySpawnsAtThePointerAndTheSecondMovesAndDrawsAll)
   EXPECT_LT(centre & 0xFF, 0x40u) << "blue";
   EXPECT_EQ(At(300, 100), kClear) << "the sprite is 20 x 20, unscaled";
   EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::AlphaBlendEnable), 0u);
-}
-
-TEST_F(Particles, LongFrameFadesByFadeTimesFiftyAndADeadParticleIsDrawnOnceThenReborn) {
   Rest_At(100, 100);
   Frame(16);
-  Particle& p = modMouseParticles::Particles[0];
-  p.Fade = 0.0051f;
+  Particle& first = modMouseParticles::Particles[0];
+  first.Fade = 0.0051f;
   Frame(50);
-  EXPECT_NEAR(p.Life, 1.0f - 0.255f, 1e-6);
-  p.Life = 0.1f;
+  EXPECT_NEAR(first.Life, 1.0f - 0.255f, 1e-6) << "a long frame fades by Fade x 50";
+  first.Life = 0.1f;
   Frame(50);
-  EXPECT_EQ(p.Colour, modMATH::Create_Color_RGBA(1, 0, 0, 0)) << "a life below 0 draws clamped to clear";
+  EXPECT_EQ(first.Colour, modMATH::Create_Color_RGBA(1, 0, 0, 0)) << "a life below 0 draws clamped to clear";
   frmMain::MouseX = 400;
   Frame(50);
-  EXPECT_EQ(p.Life, 1.0f);
-  EXPECT_EQ(p.X, 400.0f);
-}
-
-TEST_F(Particles, APointerMovedRightPullsNewbornsRightAndEdgeSpritesAreClipped) {
+  EXPECT_EQ(first.Life, 1.0f) << "then reborn";
+  EXPECT_EQ(first.X, 400.0f);
   Rest_At(539, 240);
   Frame(16);
   for (Particle& p : modMouseParticles::Particles) p.Life = 0;
   frmMain::MouseX = 639;  // 100 pixels to the right since the last update
   Frame(16);
-  const auto [lo, hi] = VX_Range();
-  EXPECT_GE(lo, 0.15f);
-  EXPECT_GT(hi, 2.0f);
-  EXPECT_LT(hi, 4.8f);
+  const auto [pulled_lo, pulled_hi] = VX_Range();  // the pointer's move pulls newborns right
+  EXPECT_GE(pulled_lo, 0.15f);
+  EXPECT_GT(pulled_hi, 2.0f);
+  EXPECT_LT(pulled_hi, 4.8f);
   for (Particle& p : modMouseParticles::Particles) p.VX = p.VY = 0, p.Fade = 0.0001f, p.X = 639, p.Y = 240;
   Frame(16);
-  EXPECT_NE(At(636, 240), kClear);
+  EXPECT_NE(At(636, 240), kClear) << "a sprite at the edge is clipped, not dropped";
   EXPECT_EQ(At(620, 240), kClear);
 }

@@ -1,5 +1,3 @@
-// The setup form: preselection from the settings and the lists, fallbacks, captions, what Start stores;
-// then the dialog as the player sees it.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -27,9 +25,9 @@ frmSetup::SetupForm Loaded(std::vector<platform::DeviceInfo> devices,
 }
 }  // namespace
 
-TEST(SetupForm, FirstStartPreselectsTheDefaultModeTheBestDeviceAndTheFirstSoundDevice) {
+TEST(SetupForm, PreselectionFromSettingsAndDevicesModesUpToTheDesktopAndWhatStartWrites) {
   modMain::Default_Settings();
-  const frmSetup::SetupForm f = Loaded({kRgb, kHal, kTnl});
+  frmSetup::SetupForm f = Loaded({kRgb, kHal, kTnl});
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "640x480/16");
   EXPECT_EQ(std::pair(f.cmb3DDevice, f.cmbSoundDriver), std::pair(2, 0)) << "device, sound";
   EXPECT_FALSE(f.chkShowAgain);
@@ -44,20 +42,17 @@ TEST(SetupForm, FirstStartPreselectsTheDefaultModeTheBestDeviceAndTheFirstSoundD
   modMain::D3DDeviceGuid = platform::kHardwareDevice;  // the machine has lost its GPU driver
   modMain::SoundDeviceGuid = "USB headset";
   EXPECT_EQ(std::pair(Loaded({kRgb, kTnl}).cmb3DDevice, Loaded({kRgb, kTnl}).cmbSoundDriver), std::pair(1, 0));
-}
-
-TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
   for (const auto& [height, bpp, shown] : {std::tuple{240, 24, "320x240/24"}, std::tuple{400, 32, "640x400/32"},
                                            std::tuple{600, 16, "800x600/16"}, std::tuple{768, 8, "640x480/16"}}) {
     modMain::Default_Settings();
     modMain::ScreenHeight = i16(height);
     modMain::ScreenBPP = u8(bpp);
-    const frmSetup::SetupForm f = Loaded({kRgb});
-    EXPECT_EQ(f.lblRes + "/" + f.lblBPP, shown);
+    const frmSetup::SetupForm loaded = Loaded({kRgb});
+    EXPECT_EQ(loaded.lblRes + "/" + loaded.lblBPP, shown);
   }
   testenv::ScratchAppDir dir;
   modMain::Difficulty = 3;  // untouched by the dialog, kept in the file
-  frmSetup::SetupForm f = Loaded({kTnl, kRgb});
+  f = Loaded({kTnl, kRgb});
   f.HScrollRes = 3, f.HScrollRes_Scroll();
   f.HScrollBPP = 2, f.HScrollBPP_Change();
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "800x600/32");
@@ -69,12 +64,9 @@ TEST(SetupForm, ModeAndDepthComeFromTheSettingsAndStartWritesTheChoices) {
                                       "38", "40", "37", "39"}));
   EXPECT_FLOAT_EQ(modMain::ScaleX, 1.25f);
   Loaded({}, {}).lblStart_Click();  // empty lists store "<none>"
-  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(lines[0] + lines[4] + lines[5], "0<none><none>");
-}
-
-TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   auto captions = [](const std::vector<frmSetup::Resolution>& modes) {
     std::string all;
     for (const auto& m : modes) all += std::string(m.caption) + " ";
@@ -87,10 +79,9 @@ TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   EXPECT_EQ(frmSetup::Offered_Resolutions(1280, 1024).back().height, 960);
   EXPECT_EQ(frmSetup::Offered_Resolutions(3840, 2160).back().height, 2160);
 
-  testenv::ScratchAppDir dir;
   modMain::Default_Settings();
   modMain::ScreenWidth = 1440, modMain::ScreenHeight = 1080;
-  frmSetup::SetupForm f;
+  f = frmSetup::SetupForm{};
   f.Modes = frmSetup::Offered_Resolutions(1920, 1080);
   f.Form_Load({kTnl}, {});
   EXPECT_EQ(f.HScrollRes, 8);
@@ -98,13 +89,12 @@ TEST(SetupForm, LargerModesFollowTheDesignsFourUpToTheDesktopAndStartUsesThem) {
   f.HScrollRes = 7, f.HScrollRes_Scroll();
   EXPECT_EQ(f.lblRes, "1400x1050");
   f.lblStart_Click();
-  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(lines[1] + "x" + lines[2], "1400x1050");
   EXPECT_FLOAT_EQ(modMain::ScaleY, 1050.0f / 480.0f);
 }
 
-// The dialog: ImGui on GL, clicked and dragged, its picture written to a PNG.
 namespace {
 
 struct Step {

@@ -11,7 +11,6 @@ using platform::PixelFormat;
 namespace rs = platform::rs;
 
 namespace {
-constexpr uint32_t kBlue = 0x000066u;  // what Clear_Screen leaves
 
 ScreenVertex SV(float x, float y, float z, uint32_t c, float u = 0, float v = 0) { return {x, y, z, 1.0f, c, 0, u, v}; }
 int Red(uint32_t rgb) { return int(rgb >> 16 & 0xFF); }
@@ -36,7 +35,7 @@ platform::Device3D& Unlit_On_Clear_Screen() {
 }
 }  // namespace
 
-TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndBestDeviceAndTextFillsEachGlyphsCell) {
+TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAndBlitsKeyAndClip) {
   std::string missing;
   ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
@@ -65,22 +64,19 @@ TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndBestDeviceAndTextFillsEachGlyphs
     for (int i = 0; i < 600; ++i) {
       const uint32_t src = sx < 0 ? 0 : font->Pixel(sx + i % 20, sy + i / 20) & 0xFFFFFFu;
       glyph_pixels += src != 0;
-      ASSERT_EQ(px[size_t((10 + i / 20) * 200 + x + i % 20)], src != 0 ? src : kBlue) << x << " " << i;
+      ASSERT_EQ(px[size_t((10 + i / 20) * 200 + x + i % 20)], src != 0 ? src : kClear) << x << " " << i;
     }
   EXPECT_GT(glyph_pixels, 200);
-}
-
-TEST_F(DisplayTest, ClearCopyOutAndBlitsThatKeyAndClipAtTheEdges) {
   Fill_Rect(BackBuffer, 0, 0, 640, 480, 0x00FF8000);
   EXPECT_EQ(At(5, 5), 0xFF8000u);
   Clear_Screen();
-  EXPECT_EQ(std::pair(At(0, 0), At(639, 479)), std::pair(kBlue, kBlue));
+  EXPECT_EQ(std::pair(At(0, 0), At(639, 479)), std::pair(kClear, kClear));
   Fill_Rect(BackBuffer, 0, 0, 10, 10, 0x00FFFFFF);
   Surface map = Create_Texture("", 128, 128, kKeyNone);
   Blit(map, BackBuffer, 0, 0, 0, 127, 127);
   // The back buffer copies out; outside the copied square stays empty.
   EXPECT_EQ((std::array{map->Argb(9, 9) & 0xFFFFFFu, map->Argb(10, 10) & 0xFFFFFFu, map->Argb(127, 127)}),
-            (std::array{0xFFFFFFu, kBlue, 0u}));
+            (std::array{0xFFFFFFu, kClear, 0u}));
 
   Surface src;
   ASSERT_TRUE(Create_Surface(src, 32, 8, "", kKeyBlack, kFalse));
@@ -91,19 +87,17 @@ TEST_F(DisplayTest, ClearCopyOutAndBlitsThatKeyAndClipAtTheEdges) {
   Blit(BackBuffer, src, 100, 50, 1);
   Blit(BackBuffer, src, -10, 0, 0);
   Blit(BackBuffer, src, 640 - 5, 100, 0);
-  Blit(BackBuffer, src, -40, 200, 0);  // wholly off screen
   // Keyed: key pixels leave the screen, others copy, nothing spills a column either side.
-  EXPECT_EQ((std::array{At(100, 50), At(101, 50), At(131, 57)}), (std::array{kBlue, src_at(1, 0), src_at(31, 7)}));
-  EXPECT_EQ(std::pair(At(99, 51), At(132, 51)), std::pair(kBlue, kBlue));
+  EXPECT_EQ((std::array{At(100, 50), At(101, 50), At(131, 57)}), (std::array{kClear, src_at(1, 0), src_at(31, 7)}));
+  EXPECT_EQ(std::pair(At(99, 51), At(132, 51)), std::pair(kClear, kClear));
   // Clipped on the left: source columns 10 to 31 from x 0; on the right: columns 0 to 4.
-  EXPECT_EQ((std::array{At(0, 0), At(21, 0), At(22, 0)}), (std::array{src_at(10, 0), src_at(31, 0), kBlue}));
-  EXPECT_EQ((std::array{At(634, 100), At(635, 100), At(639, 100)}), (std::array{kBlue, src_at(0, 0), src_at(4, 0)}));
-  EXPECT_EQ(At(0, 200), kBlue);
+  EXPECT_EQ((std::array{At(0, 0), At(21, 0), At(22, 0)}), (std::array{src_at(10, 0), src_at(31, 0), kClear}));
+  EXPECT_EQ((std::array{At(634, 100), At(635, 100), At(639, 100)}), (std::array{kClear, src_at(0, 0), src_at(4, 0)}));
   Blit(BackBuffer, src, 100, 50, 0);  // unkeyed, the key pixels are copied too
   EXPECT_EQ(At(100, 50), 0u);
 }
 
-TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsWins) {
+TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   ASSERT_EQ(platform::Render_State(d, rs::CullMode), platform::cull::CounterClockwise);
   const uint32_t r = 0xFFFF0000, g = 0xFF00FF00;
@@ -115,7 +109,7 @@ TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsW
     d.DrawPrimitive(platform::Primitive::TriangleStrip, tris + 3, 3);
   };
   draw_both();
-  EXPECT_EQ(std::pair(At(120, 120), At(320, 120)), std::pair(0xFF0000u, kBlue));
+  EXPECT_EQ(std::pair(At(120, 120), At(320, 120)), std::pair(0xFF0000u, kClear));
   d.SetRenderState(rs::CullMode, platform::cull::Clockwise);
   draw_both();
   d.SetRenderState(rs::CullMode, platform::cull::CounterClockwise);
@@ -134,9 +128,44 @@ TEST_F(DisplayTest, ClockwiseTrianglesFaceFrontAndTheNearestOfDepthWritingDrawsW
   Quad(500, 100, 600, 200, 0.1f, 0xFFFFFF00);
   Quad(500, 100, 600, 200, 0.5f, 0xFF00FFFF);
   EXPECT_EQ((std::array{At(150, 150), At(350, 150), At(550, 150)}), (std::array{0xFF0000u, 0xFF0000u, 0x00FFFFu}));
+  Unlit_On_Clear_Screen();
+  Surface dds = platform::Image::Create(2, 2, PixelFormat::A4R4G4B4);
+  for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x8F00);
+  Surface two = Create_Texture("", 2, 1, kKeyNone);
+  two->Set_Pixel(0, 0, 0xFFFFFFFF);
+  two->Set_Pixel(1, 0, 0xFF00FF00);
+  d.Clear(nullptr, 0, platform::kClearTarget, 0xFF0000FFu, 1, 0);
+  d.SetRenderState(rs::AlphaBlendEnable, 1);
+  d.SetRenderState(rs::TextureMag, platform::filter::Point);
+  d.SetTexture(0, dds);
+  Quad(0, 0, 100, 100, 0, 0xFFFFFFFF);
+  d.SetTexture(0, two);
+  Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
+  const uint32_t p = At(50, 50);             // alpha 0x88 of red over blue
+  EXPECT_NEAR(Red(p), 0x88, 1);
+  EXPECT_NEAR(int(p & 0xFF), 0x77, 1);
+  EXPECT_EQ(p & 0xFF00, 0u);
+  EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}),
+            (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
+
+  // A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (added up).
+  d.SetTexture(0, nullptr);
+  d.Clear(nullptr, 0, platform::kClearTarget | platform::kClearZBuffer, 0, 1, 0);
+  d.SetRenderState(rs::SrcBlend, platform::blend::One);
+  d.SetRenderState(rs::DestBlend, platform::blend::One);
+  const int rungs = 32769;
+  std::vector<ScreenVertex> v;
+  for (int r = 0; r < rungs; ++r) {
+    const float x = r < rungs - 2 ? 100.0f : r == rungs - 2 ? 300.0f : 500.0f;
+    v.push_back(SV(x, 120, 0, 0xFF400000));
+    v.push_back(SV(x, 100, 0, 0xFF400000));
+  }
+  d.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), int(v.size()));
+  EXPECT_EQ((std::array{At(99, 110), At(100, 110), At(299, 110), At(300, 110), At(499, 110), At(500, 110)}),
+            (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
 
-TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
+TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAndCullingAShipKeepsTheOutsideOfEveryPart) {
   platform::Device3D& d = *D3DDevice;
   Matrix4 view;
   modMATH::Identity_Matrix(view);
@@ -160,49 +189,6 @@ TEST_F(DisplayTest, LitMeshIsBrighterFacingTheLight) {
   d.DrawGeometry(*mesh, 0, 1);
   EXPECT_NEAR(Red(At(240, 240)), 193, 3);
   EXPECT_NEAR(Red(At(400, 240)), 75, 2);
-}
-
-TEST_F(DisplayTest, TexturesBlendByTheirAlphaModulateVertexColourAndWrapAndLongStripsDrawWholeAndOnce) {
-  platform::Device3D& d = Unlit_On_Clear_Screen();
-  Surface dds = platform::Image::Create(2, 2, PixelFormat::A4R4G4B4);
-  for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x8F00);
-  Surface two = Create_Texture("", 2, 1, kKeyNone);
-  two->Set_Pixel(0, 0, 0xFFFFFFFF);
-  two->Set_Pixel(1, 0, 0xFF00FF00);
-  d.Clear(nullptr, 0, platform::kClearTarget, 0xFF0000FFu, 1, 0);
-  d.SetRenderState(rs::AlphaBlendEnable, 1);
-  d.SetRenderState(rs::TextureMag, platform::filter::Point);
-  d.SetTexture(0, dds);
-  Quad(0, 0, 100, 100, 0, 0xFFFFFFFF);
-  d.SetTexture(0, two);
-  Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
-  const uint32_t p = At(50, 50);  // alpha 0x88 of red over blue
-  EXPECT_NEAR(Red(p), 0x88, 1);
-  EXPECT_NEAR(int(p & 0xFF), 0x77, 1);
-  EXPECT_EQ(p & 0xFF00, 0u);
-  EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}),
-            (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
-
-  // A strip longer than the device's buffers is drawn in pieces, none lost, culled or doubled (additive blend shows
-  // it).
-  d.SetTexture(0, nullptr);
-  d.Clear(nullptr, 0, platform::kClearTarget | platform::kClearZBuffer, 0, 1, 0);
-  d.SetRenderState(rs::SrcBlend, platform::blend::One);
-  d.SetRenderState(rs::DestBlend, platform::blend::One);
-  const int rungs = 32769;
-  std::vector<ScreenVertex> v;
-  for (int r = 0; r < rungs; ++r) {
-    const float x = r < rungs - 2 ? 100.0f : r == rungs - 2 ? 300.0f : 500.0f;
-    v.push_back(SV(x, 120, 0, 0xFF400000));
-    v.push_back(SV(x, 100, 0, 0xFF400000));
-  }
-  d.DrawPrimitive(platform::Primitive::TriangleStrip, v.data(), int(v.size()));
-  EXPECT_EQ((std::array{At(99, 110), At(100, 110), At(299, 110), At(300, 110), At(499, 110), At(500, 110)}),
-            (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
-}
-
-// A generated ship drawn by the real device: culling shows the outside of every part.
-TEST_F(DisplayTest, CullingAGeneratedShipKeepsTheOutsideOfEveryPart) {
   dir_.Copy_From_Game("Objects");
   dir_.Copy_From_Game("Textures");
   XFileClass ship;

@@ -87,7 +87,7 @@ TEST(DdsTest, DecodesTexelsWithTheirAlphaWithinBoundsAndRefusesWhatIsNotA16BitIm
     EXPECT_FALSE(Decode(bytes)) << what;
 }
 
-TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundTheirKey) {
+TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensTakeTheFinerPicture) {
   testenv::ScratchAppDir dir;
   const std::string path = dir.path() + "/Gfx/p.bmp";
   testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
@@ -128,14 +128,9 @@ TEST(SurfaceTest, FilesLoadByExtensionInAnyCaseAndBitmapsScaleFilteredAroundThei
   }
   EXPECT_FALSE(Create_Surface(s, 0, 0, dir.path() + "/Gfx/none.bmp", kKeyNone, kFalse));
   EXPECT_FALSE(s);
-}
-
-TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
-  testenv::ScratchAppDir dir;
   testenv::Write_File(dir.path() + "/Gfx/p.bmp", Bmp(1, 1, {0xFF0000}));
   testenv::Write_File(dir.path() + "/Gfx/2x/p.bmp", Bmp(2, 2, {0x00FF00, 0x00FF00, 0x00FF00, 0x00FF00}));
   testenv::Write_File(dir.path() + "/Gfx/q.bmp", Bmp(1, 1, {0x0000FF}));
-  Surface s;
   for (const auto& [scale, file, argb] :
        {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u}, std::tuple{2.25f, "q", 0xFF0000FFu}}) {
     modMain::ScaleX = modMain::ScaleY = scale;
@@ -145,7 +140,7 @@ TEST(SurfaceTest, ScreensAbove640x480TakeTheFinerPictureWhenThereIsOne) {
   modMain::ScaleX = modMain::ScaleY = 1.0f;
 }
 
-TEST(SurfaceTest, ColourKeyModesFollowTheFormatFillsAreCutAndPointsExcludeTheFarEdges) {
+TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstTheScreenAndSkipKeyPixels) {
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyMagenta, kTrue));
   EXPECT_EQ(s->Color_Key(), 0x00FF00FFu);
@@ -172,10 +167,6 @@ TEST(SurfaceTest, ColourKeyModesFollowTheFormatFillsAreCutAndPointsExcludeTheFar
                                  {9, 25, kFalse},
                                  {15, 19, kFalse}})
     EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
-}
-
-// Clipping on a memory destination, and the rectangle and position it leaves behind.
-TEST(SurfaceTest, BlitClippedMovesEdgesAndPositionAgainstTheScreenAndSkipsKeyPixels) {
   modMain::ScreenWidth = 64;
   modMain::ScreenHeight = 48;
   Surface src = platform::Image::Create(32, 8, PixelFormat::X8R8G8B8);

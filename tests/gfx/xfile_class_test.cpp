@@ -1,4 +1,3 @@
-// The mesh object: transforms, parts built from a file, drawing through the device.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -31,43 +30,7 @@ void Expect_Near(const Vector3& a, const Vector3& b) {
   EXPECT_LT(std::hypot(a.x - b.x, a.y - b.y, a.z - b.z), 2e-4f) << a.x << "," << a.y << "," << a.z;
 }
 
-TEST(XFileClass, RotationTurnsAboutXThenZThenYAndRenderScalesRotatesMoves) {
-  XFileClass x;
-  // A model facing +z faces the heading (-sin h, 0, cos h); the bank rolls the wings, not the nose.
-  x.SetRotation(0, 0.7f, 0.4f);
-  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-std::sin(0.7f), 0, std::cos(0.7f)});
-  EXPECT_NEAR(std::abs(Apply(x.RotationMatrix, {1, 0, 0}).y), std::sin(0.4f), 1e-5f);
-  x.SetRotation(0, 1.570795f, 0);
-  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-1, 0, 0});
-  x.Rotate(0, 1.570795f, 0);
-  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {0, 0, -1});
-
-  x.SetPosition(1, 2, 3);
-  x.MoveObject(1, 1, 1);
-  Expect_Near(Apply(x.PositionMatrix, {0, 0, 0}), {2, 3, 4});
-  x.ScaleMatrix._12 = 5;
-  x.AdjustScale(2, 2, 2);
-  EXPECT_EQ(x.ScaleMatrix._12, 5.0f);
-  x.ScaleMatrix._12 = 0;
-
-  testenv::ScratchAppDir dir;
-  testenv::Write_File(dir.path() + "/m.x", kShip);
-  ASSERT_EQ(x.Load_Quiet(dir.path() + "/m.x"), "");
-  x.SetRotation(0, 1.570795f, 0);
-  x.SetPosition(10, 0, 0);
-  RecordingDevice device;
-  x.Render(&device);
-  // (0, 0, 1) scaled to (0, 0, 2), turned to (-2, 0, 0), moved to (8, 0, 0).
-  Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {8, 0, 0});
-  ASSERT_EQ(device.worlds.size(), 1u);
-  Expect_Near(Apply(device.worlds[0], {0, 0, 1}), {8, 0, 0});
-  // The spin is added on every render.
-  x.SpinY = 1.570795f;
-  x.Render(&device);
-  Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {10, 0, -2});
-}
-
-TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTexturesAndOnlyALoadedMeshDraws) {
+TEST(XFileClass, LoadFansPolygonsIntoPartsOnlyALoadedMeshDrawsAndRenderScalesRotatesMoves) {
   testenv::ScratchAppDir dir;
   XFileClass x;
   float a = 1, b = 1, c = 1;
@@ -119,6 +82,37 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsWithMaterialsAndTexturesAndOnlyALoaded
   device.draws.clear();
   x.Render(&device);
   EXPECT_TRUE(device.draws.empty());
+
+  // A model facing +z faces the heading (-sin h, 0, cos h); the bank rolls the wings, not the nose.
+  x.SetRotation(0, 0.7f, 0.4f);
+  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-std::sin(0.7f), 0, std::cos(0.7f)});
+  EXPECT_NEAR(std::abs(Apply(x.RotationMatrix, {1, 0, 0}).y), std::sin(0.4f), 1e-5f);
+  x.SetRotation(0, 1.570795f, 0);
+  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-1, 0, 0});
+  x.Rotate(0, 1.570795f, 0);
+  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {0, 0, -1});
+
+  x.SetPosition(1, 2, 3);
+  x.MoveObject(1, 1, 1);
+  Expect_Near(Apply(x.PositionMatrix, {0, 0, 0}), {2, 3, 4});
+  x.ScaleMatrix._12 = 5;
+  x.AdjustScale(2, 2, 2);
+  EXPECT_EQ(x.ScaleMatrix._12, 5.0f);
+  x.ScaleMatrix._12 = 0;
+
+  ASSERT_EQ(x.Load_Quiet(dir.path() + "/Objects/ship.x"), "");
+  x.SetRotation(0, 1.570795f, 0);
+  x.SetPosition(10, 0, 0);
+  device.worlds.clear();
+  x.Render(&device);
+  // (0, 0, 1) scaled to (0, 0, 2), turned to (-2, 0, 0), moved to (8, 0, 0).
+  Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {8, 0, 0});
+  ASSERT_EQ(device.worlds.size(), 1u);
+  Expect_Near(Apply(device.worlds[0], {0, 0, 1}), {8, 0, 0});
+  // The spin is added on every render.
+  x.SpinY = 1.570795f;
+  x.Render(&device);
+  Expect_Near(Apply(x.WorkMatrix, {0, 0, 1}), {10, 0, -2});
 }
 
 TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesideTheMesh) {
@@ -153,23 +147,11 @@ TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesid
     EXPECT_EQ(XFileClass::Texture_Path("/g/Objects/", name), path);
 }
 
-// The generated ships: a raceable, varied catalogue; meshes, skins and shadows that fit the footprint.
-
 using Ship = shipsdat::ShipRecord;
 
 bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
 double Top_Speed(const Ship& s) { return 2 * s.Thrust / (s.LinearDrag - s.Thrust); }
 double Pick_Up(const Ship& s) { return s.Thrust / s.Mass; }
-
-// The generated catalogue; its lines end in CR LF and nothing follows the last ship.
-std::vector<Ship> Catalogue() {
-  const std::string path = testenv::Game_Dir() + "/Data/Ships.Dat";
-  shipsdat::Catalogue cat;
-  std::string error;
-  EXPECT_TRUE(shipsdat::Load(path, cat, error)) << error;
-  EXPECT_EQ(testenv::Read_Lines_CRLF(path).size(), 7 * cat.Ships.size() + 1);
-  return cat.Ships;
-}
 
 // Signed volume of a part's triangles: positive when every closed piece faces outward.
 double Volume(const MeshPart& p) {
@@ -184,7 +166,12 @@ double Volume(const MeshPart& p) {
 }
 
 TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThatFitTheFootprint) {
-  const std::vector<Ship> ships = Catalogue();
+  const std::string path = testenv::Game_Dir() + "/Data/Ships.Dat";
+  shipsdat::Catalogue cat;
+  std::string error;
+  ASSERT_TRUE(shipsdat::Load(path, cat, error)) << error;
+  const std::vector<Ship>& ships = cat.Ships;
+  EXPECT_EQ(testenv::Read_Lines_CRLF(path).size(), 7 * ships.size() + 1) << "CR LF lines, nothing after the last ship";
   ASSERT_GE(ships.size(), 4u);
   std::set<std::string> bases;
   for (const Ship& s : ships) {
@@ -204,7 +191,6 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
   EXPECT_NE(fastest, quickest);
   EXPECT_GT(Top_Speed(*fastest) - Top_Speed(*quickest), 0.2);
 
-  // Meshes, skins and shadows.
   testenv::ScratchAppDir app;
   for (const Ship& s : ships) {
     SCOPED_TRACE(s.BaseName);

@@ -48,7 +48,7 @@ TEST(SegmentCrossesPlane, OnlyAlongTheNormalWithBothEndsCountingAndATinyMoveIgno
   }
 }
 
-TEST(Matrices, RowVectorsHeadingSenseLookAtAndDepth) {
+TEST(Matrices, RowVectorsHeadingSenseLookAtDepthNormaliseOfZeroAndColours) {
   // Row vectors: rotate then translate is R x T; the product may write into an operand.
   Matrix4 t, r, rt;
   Make_Translation_Matrix(t, {1, 2, 3});
@@ -77,13 +77,10 @@ TEST(Matrices, RowVectorsHeadingSenseLookAtAndDepth) {
   EXPECT_NEAR(depth(1.0f), 0.0f, 1e-6);
   EXPECT_NEAR(depth(1500.0f), 1.0f, 1e-6);
   EXPECT_NEAR(proj._11, 1.0f, 1e-5);
-}
-
-TEST(Vectors, NormaliseOfZeroAndColourRoundingSaturation) {
-  Vector3 v{3, 0, 4}, zero{};
-  Vector_Normalize(v);
+  Vector3 n{3, 0, 4}, zero{};
+  Vector_Normalize(n);
   Vector_Normalize(zero);
-  EXPECT_EQ(std::pair(v.z, zero.x), std::pair(0.8f, 0.0f)) << "no division by zero";
+  EXPECT_EQ(std::pair(n.z, zero.x), std::pair(0.8f, 0.0f)) << "no division by zero";
   EXPECT_EQ(Create_Color_RGBA(1, 1, 1, 0.7f), 0xB2FFFFFFu);  // 178.5 rounds to even 178
   EXPECT_EQ(Create_Color_RGBA(0, 0, 1, 2.0f), 0xFF0000FFu);  // saturates
   EXPECT_EQ(Create_Color_RGBA(0.4f, 0.2f, -1, 0), 0x00663300u);

@@ -1,4 +1,3 @@
-// The text .x reader: groups, faces, normals, transforms, and refusal of bad data.
 #include "mathmesh/xfile_reader.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +51,7 @@ void Expect_Box_Normals(const xfile::Model& m) {
     }
 }
 
-TEST(XFileReader, CreaseAngleSplitsCubeCornersButSmoothsShallowFolds) {
+TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOutAndFramesReadOnlyWithoutATopMesh) {
   const xfile::Model cube = Read_Ok(kHeader + kSharedCube);
   ASSERT_EQ(cube.groups.size(), 1u);
   EXPECT_EQ(Shape(cube.groups[0]), (std::array<size_t, 4>{4, 24, 24, 12}));  // each corner once per face direction
@@ -63,18 +62,48 @@ TEST(XFileReader, CreaseAngleSplitsCubeCornersButSmoothsShallowFolds) {
   const std::string fold = kHeader + "Mesh fold { 6; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, " + std::to_string(1 + c) + ";" +
                            std::to_string(s) + ";1;, " + std::to_string(1 + c) + ";" + std::to_string(s) +
                            ";0;; 2; 4;0,1,2,3;, 4;3,2,4,5;; }";
-  const xfile::Model m = Read_Ok(fold);
-  ASSERT_EQ(m.groups.size(), 1u);
-  EXPECT_EQ(Shape(m.groups[0]), (std::array<size_t, 4>{4, 8, 6, 4}));
-  for (const MeshVertex& v : m.groups[0].vertices) {
+  const xfile::Model folded = Read_Ok(fold);
+  ASSERT_EQ(folded.groups.size(), 1u);
+  EXPECT_EQ(Shape(folded.groups[0]), (std::array<size_t, 4>{4, 8, 6, 4}));
+  for (const MeshVertex& v : folded.groups[0].vertices) {
     EXPECT_GT(v.ny, 0.9f) << "clockwise seen from above faces up, x " << v.x;
     if (v.x == 1.0f) {
       EXPECT_NEAR(v.nx, -std::sin(0.349066f / 2), 1e-4f) << "the fold's normal halves the angle";
     }
   }
+  // The outer frame swaps y and z (a mirror), the inner one moves by (10, 0, 0).
+  const std::string text = kHeader +
+                           "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
+                           "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
+                           kSharedCube + "} }";
+  const xfile::Model m = Read_Ok(text);
+  EXPECT_EQ((std::array{m.box_min.x, m.box_max.x, m.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
+  Expect_Box_Normals(m);
+
+  // A frame turning 90 degrees about y takes +x to -z (rows are the images of the axes).
+  const xfile::Model turned =
+      Read_Ok(kHeader + "Frame { FrameTransformMatrix { 0,0,-1,0, 0,1,0,0, 1,0,0,0, 0,0,0,1;; }\n" +
+              "Mesh { 3; 2;0;0;, 3;0;0;, 2;1;0;; 1; 3;0,1,2;; } }");
+  EXPECT_EQ((std::array{turned.box_min.x, turned.box_max.x, turned.box_min.z, turned.box_max.z}),
+            (std::array{0.0f, 0.0f, -3.0f, -2.0f}));
+  const std::string framed =
+      "Frame f { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" + kSharedCube + "}";
+  const std::string tri = "Mesh tri { 3; 5;0;0;, 6;0;0;, 5;1;0;; 1; 3;0,1,2;; }\n";
+  // Frames before, beside and after the first mesh, and a second mesh: only the first is read.
+  for (const std::string& text : {framed + tri + kSharedCube, tri + framed + kSharedCube + framed}) {
+    const xfile::Model m = Read_Ok(kHeader + text);
+    ASSERT_EQ(m.groups.size(), 1u) << text;
+    EXPECT_EQ(Triangles(m.groups[0]), 1u);
+    EXPECT_EQ((std::array{m.box_min.x, m.box_max.x}), (std::array{5.0f, 6.0f}));
+  }
+  // No mesh at the top: the first frame hierarchy, with its transform; not the second.
+  const xfile::Model first = Read_Ok(kHeader + framed + "Frame g { " + tri + "}");
+  ASSERT_EQ(first.groups.size(), 1u);
+  EXPECT_EQ(Triangles(first.groups[0]), 12u);
+  EXPECT_EQ((std::array{first.box_min.x, first.box_max.x}), (std::array{10.0f, 11.0f}));
 }
 
-TEST(XFileReader, GroupsFollowTheMaterialListWithInlineAndNamedMaterials) {
+TEST(XFileReader, GroupsFollowTheMaterialListMixedFacesCarryTheirCountsAndAShortListItsLastIndex) {
   const std::string text = kHeader + R"(
 template Dummy { <11111111-2222-3333-4444-555555555555> DWORD x; [...] }
 // a comment { with braces
@@ -102,56 +131,18 @@ AnimationSet run { Animation { { m } AnimationKey { 0; 1; 0; 3; 1,2,3;;; } } }
   // Vertices carry their file texture coordinates.
   for (const MeshVertex& v : red.vertices) EXPECT_FLOAT_EQ(v.tu, v.x);
   EXPECT_FLOAT_EQ(m.box_max.x, 2.0f);
-}
+  xfile::Model mixed =
+      Read_Ok(kHeader + "Mesh { 5; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;, 2;0;0;; 2; 3;0,1,2;, 4;0,2,4,3;; }");
+  ASSERT_EQ(mixed.groups.size(), 1u);
+  ASSERT_EQ(Shape(mixed.groups[0]), (std::array<size_t, 4>{0, 9, 5, 3}));
+  EXPECT_EQ(std::pair(mixed.groups[0].face_data[0], mixed.groups[0].face_data[4]), std::pair(3, 4));
+  EXPECT_FLOAT_EQ(mixed.groups[0].material.diffuse.g, 1.0f);  // no material list: one white group
 
-TEST(XFileReader, FrameTransformsAreAppliedAndMirrorsKeepFacesOutward) {
-  // The outer frame swaps y and z (a mirror), the inner one moves by (10, 0, 0).
-  const std::string text = kHeader +
-                           "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
-                           "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
-                           kSharedCube + "} }";
-  const xfile::Model m = Read_Ok(text);
-  EXPECT_EQ((std::array{m.box_min.x, m.box_max.x, m.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
-  Expect_Box_Normals(m);
-
-  // A frame turning 90 degrees about y takes +x to -z (rows are the images of the axes).
-  const xfile::Model turned =
-      Read_Ok(kHeader + "Frame { FrameTransformMatrix { 0,0,-1,0, 0,1,0,0, 1,0,0,0, 0,0,0,1;; }\n" +
-              "Mesh { 3; 2;0;0;, 3;0;0;, 2;1;0;; 1; 3;0,1,2;; } }");
-  EXPECT_EQ((std::array{turned.box_min.x, turned.box_max.x, turned.box_min.z, turned.box_max.z}),
-            (std::array{0.0f, 0.0f, -3.0f, -2.0f}));
-}
-
-TEST(XFileReader, TheFirstMeshIsReadAndFramesOnlyWhenThereIsNone) {
-  const std::string framed =
-      "Frame f { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" + kSharedCube + "}";
-  const std::string tri = "Mesh tri { 3; 5;0;0;, 6;0;0;, 5;1;0;; 1; 3;0,1,2;; }\n";
-  // Frames before, beside and after the first mesh, and a second mesh: only the first is read.
-  for (const std::string& text : {framed + tri + kSharedCube, tri + framed + kSharedCube + framed}) {
-    const xfile::Model m = Read_Ok(kHeader + text);
-    ASSERT_EQ(m.groups.size(), 1u) << text;
-    EXPECT_EQ(Triangles(m.groups[0]), 1u);
-    EXPECT_EQ((std::array{m.box_min.x, m.box_max.x}), (std::array{5.0f, 6.0f}));
-  }
-  // No mesh at the top: the first frame hierarchy, with its transform; not the second.
-  const xfile::Model m = Read_Ok(kHeader + framed + "Frame g { " + tri + "}");
-  ASSERT_EQ(m.groups.size(), 1u);
-  EXPECT_EQ(Triangles(m.groups[0]), 12u);
-  EXPECT_EQ((std::array{m.box_min.x, m.box_max.x}), (std::array{10.0f, 11.0f}));
-}
-
-TEST(XFileReader, MixedFaceSizesCarryTheirCountsAndAShortMaterialListCarriesItsLastIndexOn) {
-  xfile::Model m = Read_Ok(kHeader + "Mesh { 5; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;, 2;0;0;; 2; 3;0,1,2;, 4;0,2,4,3;; }");
-  ASSERT_EQ(m.groups.size(), 1u);
-  ASSERT_EQ(Shape(m.groups[0]), (std::array<size_t, 4>{0, 9, 5, 3}));
-  EXPECT_EQ(std::pair(m.groups[0].face_data[0], m.groups[0].face_data[4]), std::pair(3, 4));
-  EXPECT_FLOAT_EQ(m.groups[0].material.diffuse.g, 1.0f);  // no material list: one white group
-
-  const std::string mat = "Material { 1;1;1;1;; 0; 0;0;0;; 0;0;0;; }";
-  m = Read_Ok(kHeader + "Mesh { 4; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;; 3; 3;0,1,2;, 3;0,2,3;, 3;1,2,3;;" +
-              " MeshMaterialList { 2; 2; 0, 1;; " + mat + mat + " } }");
-  ASSERT_EQ(m.groups.size(), 2u);
-  EXPECT_EQ(std::pair(Triangles(m.groups[0]), Triangles(m.groups[1])), std::pair(size_t{1}, size_t{2}));
+  const std::string white = "Material { 1;1;1;1;; 0; 0;0;0;; 0;0;0;; }";
+  mixed = Read_Ok(kHeader + "Mesh { 4; 0;0;0;, 0;1;0;, 1;1;0;, 1;0;0;; 3; 3;0,1,2;, 3;0,2,3;, 3;1,2,3;;" +
+                  " MeshMaterialList { 2; 2; 0, 1;; " + white + white + " } }");
+  ASSERT_EQ(mixed.groups.size(), 2u);
+  EXPECT_EQ(std::pair(Triangles(mixed.groups[0]), Triangles(mixed.groups[1])), std::pair(size_t{1}, size_t{2}));
 }
 
 TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCounts) {

@@ -1,7 +1,3 @@
-// Full screen <-> window with Alt+Enter and F11: the GL context and every texture stay,
-// the back buffer is letterboxed into whatever size the window has and the pointer maps
-// through it, the pointer is held only while full screen, and the choice is remembered in
-// Quorval.cfg (never Quorval.ini).
 #include <SDL.h>
 
 #include <array>

@@ -1,4 +1,3 @@
-// Ship selection's real loop: sliding buttons, ship and skin wrap, bars, start, back, one frame.
 #include <filesystem>
 
 #include "gfx/XFileClass.h"
@@ -20,12 +19,13 @@ class ShipSelectionTest : public ScreenTest {
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
     modMain::NumOpponents = 4, modMain::GameState = modMain::kStateShipSelection;
   }
-  // The first n generated ships, with the inertia line (record line 4) of some replaced.
-  void Write_Catalogue(int n, const std::vector<std::pair<int, std::string>>& inertia = {}) {
+  // The first `records` generated ships under a count of n, some file lines replaced (line 2 + 7 x ship + k
+  // holds field k of that ship, from 0: 2 the mass, 3 the inertia).
+  void Write_Catalogue(int n, int records, const std::vector<std::pair<int, std::string>>& replaced = {}) {
     auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
-    for (const auto& [ship, text] : inertia) lines[size_t(1 + 7 * ship + 3)] = text;
+    for (const auto& [line, text] : replaced) lines[size_t(line - 1)] = text;
     std::string out = std::to_string(n) + "\r\n";
-    for (int i = 1; i <= 7 * n; ++i) out += lines[size_t(i)] + "\r\n";
+    for (int i = 1; i <= 7 * records; ++i) out += lines[size_t(i)] + "\r\n";
     testenv::Write_File(dir_.path() + "/Data/Ships.Dat", out);
   }
   static Step Press_Button(int button, std::function<bool()> until = slid_in) {
@@ -36,6 +36,18 @@ class ShipSelectionTest : public ScreenTest {
   static Step Choice_Is(Choice c) {
     return {"ship " + std::to_string(c.first) + " skin " + std::to_string(c.second), [c] { return Current() == c; }};
   }
+  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
+  static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom) {
+    const std::vector<uint32_t> px = Read(left, top, right, bottom);
+    int first = -1, last = -1;
+    for (int x = 0; x < right - left; ++x)
+      for (int y = 0; y < bottom - top; ++y)
+        if (px[size_t(y * (right - left) + x)] != kClear) {
+          if (first < 0) first = left + x;
+          last = left + x;
+        }
+    return {first, last};
+  }
   static bool slid_in() { return modShipSelection::Button_Slide() == 0; }
   static Choice Current() {
     return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin};
@@ -43,7 +55,7 @@ class ShipSelectionTest : public ScreenTest {
 };
 
 TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWaysAndStartKeepsTheRacers) {
-  Write_Catalogue(3);
+  Write_Catalogue(3, 3);
   // The first click comes while the buttons slide in (about 600 ms).
   Play({Press_Button(kPrevShip, [] { return !slid_in(); }),
         {"slid in", slid_in, [] { EXPECT_EQ(Current(), Choice(0, 1)) << "a click while sliding does nothing"; }},
@@ -70,32 +82,12 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   EXPECT_FALSE(modShipSelection::Preview());
 }
 
-TEST_F(ShipSelectionTest, BackReleasesTheRacersAndEveryVisitStartsAtTheFirstShip) {
-  const std::vector<Step> visit = {{"at entry", nullptr, [] { EXPECT_EQ(Current(), Choice(0, 1)); }},
-                                   Press_Button(kNextShip),
-                                   Choice_Is({1, 1}),
-                                   Press_Button(kNextSkin),
-                                   Choice_Is({1, 2}),
-                                   Press_Button(kBack)};
-  Play(visit, modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  ASSERT_EQ(modMain::Players.size(), 5u);
-  EXPECT_FALSE(modMain::Players[0]);
-  EXPECT_FALSE(modMain::Players[4]);
-  modMain::NumOpponents = 0;
-  Play(visit, modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::Players.size(), 1u);
-}
-
 // A count one past the records, ship 0's mass blank and ship 1's inertia not a number: the
 // screen shows what each record holds, and the missing mesh of the ship past the end is
-// told once a visit, however often the player comes back to it.
-TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshOnce) {
-  auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
-  lines[3] = "", lines[7 + 4] = "heavy";
-  std::string text = "3\r\n";
-  for (size_t i = 1; i <= 14; ++i) text += lines[i] + "\r\n";
-  testenv::Write_File(dir_.path() + "/Data/Ships.Dat", text);
+// told once a visit, however often the player comes back to it. Every visit starts at the
+// first ship and skin, whatever the last one left; back releases the racers.
+TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsTellsAMissingMeshOnceAndBackReleasesTheRacers) {
+  Write_Catalogue(3, 2, {{2 + 2, ""}, {2 + 7 + 3, "heavy"}});
   std::vector<std::string> shown;
   platform::Set_Message_Box_Hook([&](const std::string& m) { shown.push_back(m); });
   const auto look = [] {
@@ -106,40 +98,36 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsAndTellsAMissingMeshO
     EXPECT_EQ(modShipSelection::Bar_Target(2) == -150, ship != 1) << "a blank mass reads 0";
     EXPECT_EQ(modShipSelection::Bar_Target(1) == -400, ship != 0) << "an inertia that is no number reads 0";
   };
-  std::vector<Step> visit = {{"at entry", nullptr, look}};
+  std::vector<Step> visit = {{"at entry: the first ship and skin", [] { return Current() == Choice(0, 1); }, look, 1}};
   for (const auto& [button, ship] :
-       {std::pair{kNextShip, 1}, {kNextShip, 2}, {kNextShip, 0}, {kPrevShip, 2}, {kNextShip, 0}}) {
+       {std::pair{kNextShip, 1}, {kNextShip, 2}, {kNextShip, 0}, {kPrevShip, 2}, {kNextShip, 0}, {kNextShip, 1}}) {
     visit.push_back(Press_Button(button));
     visit.push_back(Choice_Is({ship, 1}));
     visit.back().act = look;
   }
+  visit.push_back(Press_Button(kNextSkin));
+  visit.push_back(Choice_Is({1, 2}));
   visit.push_back(Press_Button(kBack));
-  for (int k = 0; k < 2; ++k) Play(visit, modShipSelection::Init_Ship_Selection);
+  Play(visit, modShipSelection::Init_Ship_Selection);
+  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  ASSERT_EQ(modMain::Players.size(), 5u);
+  EXPECT_FALSE(modMain::Players[0]);
+  EXPECT_FALSE(modMain::Players[4]);
+  modMain::NumOpponents = 0;
+  Play(visit, modShipSelection::Init_Ship_Selection);
+  EXPECT_EQ(modMain::Players.size(), 1u);
   platform::Set_Message_Box_Hook(nullptr);
   EXPECT_EQ(shown, (std::vector<std::string>{"error loading xfile", "error loading xfile"})) << "once a visit";
 }
 
-TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetThenMovesOneUnitAFrame) {
+TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentredNameBarsHighlightAndALitShip) {
   // Ship 0's inertia bar heads for 100 (20 x 25 - 400), ship 1's for 40 (17.6 x 25 - 400).
-  Write_Catalogue(2, {{0, "20"}, {1, "17.6"}});
+  Write_Catalogue(2, 2, {{2 + 3, "20"}, {2 + 7 + 3, "17.6"}});
+  // Without the background only what the screen draws itself differs from the clear colour.
+  std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::vector<int> shown;
   int clicked_at = -1;
   on_frame = [&](int) { shown.push_back(modShipSelection::Bar_Shown(1)); };
-  Play({{"the inertia bar at 70", [&] { return shown.back() == 70; },
-         [&] { clicked_at = frames, Press_Button(kNextShip).act(); }},
-        {"75 frames after the click", [&] { return int(shown.size()) > clicked_at + 75; }},
-        Press_Button(kBack)},
-       modShipSelection::Init_Ship_Selection);
-  ASSERT_GT(clicked_at, 40);  // after the slide
-  // Grew one unit a frame, then 100 at the click's frame less the frame's step, down to 40.
-  std::vector<int> want{69, 70};
-  for (int k = 0; k < 75; ++k) want.push_back(std::max(40, 99 - k));
-  EXPECT_EQ(std::vector<int>(shown.begin() + clicked_at - 2, shown.begin() + clicked_at + 75), want);
-}
-
-TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip) {
-  // Without the background only what the screen draws itself differs from the clear colour.
-  std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::pair<int, int> name, bar1, bar3;
   uint32_t lit_button = 0, plain_button = 0;
   std::vector<uint32_t> ship_a, ship_b;
@@ -149,7 +137,9 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
       if (modShipSelection::Bar_Shown(i) != modShipSelection::Bar_Target(i)) return false;
     return true;
   };
-  Play({Press_Button(kNextShip),
+  Play({{"the inertia bar at 70", [&] { return shown.back() == 70; },
+         [&] { clicked_at = frames, Press_Button(kNextShip).act(); }},
+        {"75 frames after the click", [&] { return int(shown.size()) > clicked_at + 75; }},
         Choice_Is({1, 1}),  // "Kestrel GT": 10 characters
         {"the bars at their marks", bars_settled, [] { Move(145, 370); }},
         {"the pointer on back", nullptr, [&] { lit_button = At(100, 352), Move(600, 20); }},
@@ -164,8 +154,12 @@ TEST_F(ShipSelectionTest, AFrameDrawsCentredNameBarsHighlightAndALitSpinningShip
         {"16 frames on", [&] { return frames >= read_at + 16; }, [&] { ship_b = Read(330, 150, 570, 310); }},
         Press_Button(kStart)},
        modShipSelection::Init_Ship_Selection);
+  ASSERT_GT(clicked_at, 40);  // after the slide
+  // Grew one unit a frame, then 100 at the click's frame less the frame's step, down to 40.
+  std::vector<int> want{69, 70};
+  for (int k = 0; k < 75; ++k) want.push_back(std::max(40, 99 - k));
+  EXPECT_EQ(std::vector<int>(shown.begin() + clicked_at - 2, shown.begin() + clicked_at + 75), want);
   EXPECT_EQ(modShipSelection::Ship_Name(), "Kestrel GT");
-  // Centred.
   EXPECT_GE(name.first, 410);
   EXPECT_LE(name.first, 413);
   EXPECT_GE(name.second, 520);

@@ -1,9 +1,8 @@
 #pragma once
-// A device that draws nothing and records what it is asked: transforms, textures, states
-// and the draws, so frame passes and meshes can be checked without a display.
+// A device that draws nothing and records what it is asked: transforms, textures and the
+// draws, so frame passes and meshes can be checked without a display.
 #include <algorithm>
 #include <map>
-#include <utility>
 #include <vector>
 
 #include "platform/platform.h"
@@ -18,10 +17,9 @@ class RecordingDevice : public platform::Device3D {
   std::vector<Matrix4> worlds;
   Matrix4 view{};
   std::vector<platform::ImageRef> textures;  // every SetTexture, in order
-  std::vector<std::pair<uint32_t, uint32_t>> states;
-  std::vector<float> lit_first_x;  // the first vertex's x of each lit draw
-  std::vector<Draw> draws;         // kept meshes
-  int calls = 0;                   // transforms, materials, textures and draws
+  std::vector<float> lit_first_x;            // the first vertex's x of each lit draw
+  std::vector<Draw> draws;                   // kept meshes
+  int calls = 0;                             // transforms, materials, textures and draws
 
   void SetTransform(platform::TransformKind k, const Matrix4& m) override {
     ++calls;
@@ -33,7 +31,7 @@ class RecordingDevice : public platform::Device3D {
     ++calls, texture_ = t;
     textures.push_back(t);
   }
-  void SetRenderState(uint32_t s, uint32_t v) override { states.emplace_back(s, v); }
+  void SetRenderState(uint32_t, uint32_t) override {}
   void SetLight(int, const platform::D3DLight&) override {}
   void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
   void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
@@ -44,8 +42,8 @@ class RecordingDevice : public platform::Device3D {
   platform::GeometryRef MakeGeometry(const MeshVertex* v, int vertex_count, const uint16_t* indices,
                                      int index_count) override {
     platform::GeometryRef g = Device3D::MakeGeometry(v, vertex_count, indices, index_count);
-    meshes_[g.get()] = {nullptr, {}, vertex_count, index_count,
-                        index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1};
+    const int max_index = index_count > 0 ? int(*std::max_element(indices, indices + index_count)) : -1;
+    meshes_[g.get()] = {nullptr, {}, vertex_count, index_count, max_index};
     return g;
   }
   using Device3D::MakeGeometry;

@@ -50,7 +50,7 @@ void ScreenTest::SetUp() {
   modMain::Randomize(7);
   modMain::Running = kTrue, modMain::QuitRequested = false;
   platform::Set_Pump_Hook([this](uint64_t) {
-    platform::Advance_Manual_Clock(step_ms);
+    platform::Advance_Manual_Clock(16);
     if (++frames > max_frames) platform::Post_Event({platform::EventKind::Quit});
     if (on_frame) on_frame(frames);
     if (next_step_ == steps_.size()) return;
@@ -96,16 +96,4 @@ bool ScreenTest::Shows_Text(int x, int y, u8 font, const std::string& text) {
     if (frame[i] != alone[i]) return false;
   }
   return glyph > 0;
-}
-
-std::pair<int, int> ScreenTest::Drawn_Columns(int left, int top, int right, int bottom) {
-  const std::vector<uint32_t> px = Read(left, top, right, bottom);
-  int first = -1, last = -1;
-  for (int x = 0; x < right - left; ++x)
-    for (int y = 0; y < bottom - top; ++y)
-      if (px[size_t(y * (right - left) + x)] != kClear) {
-        if (first < 0) first = left + x;
-        last = left + x;
-      }
-  return {first, last};
 }

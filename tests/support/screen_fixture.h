@@ -2,7 +2,7 @@
 // The one display and screen fixture. DisplayTest: a headless display (640 x 480 unless a
 // test asks for another size) in a scratch game folder with the graphics, torn down in the
 // game's order. ScreenTest: fonts, the main window's input and a manual clock, so a test can
-// run a real screen loop; every pump advances the clock by step_ms, calls on_frame (frames
+// run a real screen loop; every pump advances the clock by 16 ms, calls on_frame (frames
 // from 1) and moves the script on. A runaway loop is closed after max_frames.
 #include <gtest/gtest.h>
 
@@ -53,12 +53,10 @@ class ScreenTest : public DisplayTest {
   // next step waits from the next pump. A step still waiting after `limit` frames fails,
   // naming what it waited for, and closes the screen.
   struct Step {
-    Step(std::string w, std::function<bool()> u = nullptr, std::function<void()> a = nullptr, int l = 300)
-        : what(std::move(w)), until(std::move(u)), act(std::move(a)), limit(l) {}
     std::string what;
-    std::function<bool()> until;
-    std::function<void()> act;
-    int limit;
+    std::function<bool()> until = nullptr;
+    std::function<void()> act = nullptr;
+    int limit = 300;
   };
   // Runs screen() under the script; fails naming the first step the screen left before.
   void Play(std::vector<Step> script, const std::function<void()>& screen);
@@ -80,10 +78,7 @@ class ScreenTest : public DisplayTest {
   // True when every glyph pixel of text in font, drawn alone at (x, y), is on screen there.
   // Draws over its own cells, so checks of one frame must not overlap.
   static bool Shows_Text(int x, int y, u8 font, const std::string& text);
-  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
-  static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom);
 
-  int step_ms = 16;
   int frames = 0;
   int max_frames = 3000;
   std::function<void(int frame)> on_frame;
