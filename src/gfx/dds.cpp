@@ -21,6 +21,13 @@ uint32_t Read32(const uint8_t* p) {
   return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
 }
 
+// A file pixel, 4 bits a channel, as 0xAARRGGBB: each nibble n widens to n * 17.
+uint32_t Argb_Of_4444(uint32_t pixel) {
+  uint32_t out = 0;
+  for (int shift = 0; shift < 16; shift += 4) out |= ((pixel >> shift) & 0xFu) * 17u << (shift * 2);
+  return out;
+}
+
 struct DdsHeader {
   uint32_t flags, height, width, pitch, depth, mip_maps;
   uint32_t pf_flags, four_cc, bit_count, red_mask, green_mask, blue_mask, alpha_mask;
@@ -72,7 +79,7 @@ Surface Decode_DDS(const uint8_t* data, size_t size) {
       const size_t at = y * stride + x * 2;
       if (at >= available) break;
       const uint32_t high = at + 1 < available ? pixels[at + 1] : 0;  // a file cut mid-pixel
-      texture->Set_Pixel(int(x), int(y), uint32_t(pixels[at]) | high << 8);
+      texture->Set_Pixel(int(x), int(y), Argb_Of_4444(uint32_t(pixels[at]) | high << 8));
     }
   return texture;
 }

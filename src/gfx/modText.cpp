@@ -44,24 +44,24 @@ mod3Denhance::Surface Tinted_Font(u8 font, u32 rgb) {
   const platform::Image& src = *Fonts[font];
   mod3Denhance::Surface copy = platform::Image::Create(src.Width(), src.Height(), src.Format());
   if (!copy) return nullptr;
+  const std::optional<uint32_t> key = src.Color_Key();
+  if (key) copy->Set_Color_Key(*key);
+  const auto is_key = [&](uint32_t argb) { return key && (argb & 0xFFFFFFu) == (*key & 0xFFFFFFu); };
   for (int y = 0; y < src.Height(); ++y)
     for (int x = 0; x < src.Width(); ++x) {
-      const uint32_t raw = src.Pixel(x, y);
-      if (src.Is_Key_Pixel(raw)) {
-        copy->Set_Pixel(x, y, raw);
+      const uint32_t argb = src.Pixel(x, y);
+      if (is_key(argb)) {
+        copy->Set_Pixel(x, y, argb);
         continue;
       }
       // Brightness of the glyph pixel carries the anti-aliased edge into the new colour.
-      const uint32_t argb = src.Argb(x, y);
       const uint32_t level = std::max({(argb >> 16) & 0xFF, (argb >> 8) & 0xFF, argb & 0xFF});
       auto channel = [&](int shift) { return (((rgb >> shift) & 0xFF) * level / 255) << shift; };
       const uint32_t tinted = 0xFF000000u | channel(16) | channel(8) | channel(0);
-      // A tinted pixel that would fall on the key stays one shade off it, so it still shows.
-      uint32_t out = platform::From_Argb(src.Format(), tinted);
-      if (src.Is_Key_Pixel(out)) out = platform::From_Argb(src.Format(), tinted | 0x010101u);
-      copy->Set_Pixel(x, y, out);
+      copy->Set_Pixel(x, y, tinted);
+      // A tinted pixel that falls on the key as stored stays one shade off it, so it still shows.
+      if (is_key(copy->Pixel(x, y))) copy->Set_Pixel(x, y, tinted | 0x010101u);
     }
-  if (const auto key = src.Color_Key()) copy->Set_Color_Key(*key);
   return copy;
 }
 

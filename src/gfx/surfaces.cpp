@@ -16,7 +16,7 @@ std::string Local_Path(std::string path) {
 
 void Apply_Color_Key(platform::Image& image, i16 mode) {
   if (mode == kKeyBlack) image.Set_Color_Key(0);
-  if (mode == kKeyMagenta) image.Set_Color_Key(platform::From_Argb(image.Format(), 0x00FF00FFu));
+  if (mode == kKeyMagenta) image.Set_Color_Key(0x00FF00FFu);
 }
 
 // Pictures for screens above 640 x 480 are also drawn twice as fine, in a "2x" folder

@@ -125,9 +125,8 @@ uint32_t Texture_Of(Image& image) {
     size_t i = 0;
     for (int y = 0; y < image.Height(); ++y) {
       for (int x = 0; x < image.Width(); ++x, ++i) {
-        const uint32_t raw = image.Pixel(x, y);
-        scratch[i] =
-            image.Is_Key_Pixel(raw) ? To_Argb(image.Format(), raw) & 0x00FFFFFFu : To_Argb(image.Format(), raw);
+        const uint32_t raw = ImageAccess::Raw(image, x, y);
+        scratch[i] = To_Argb(image.Format(), raw) & (ImageAccess::Is_Key(image, raw) ? 0x00FFFFFFu : 0xFFFFFFFFu);
       }
     }
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.Width(), image.Height(), 0, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV,

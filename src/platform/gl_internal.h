@@ -13,8 +13,9 @@ struct PixelMasks {
   int bytes;  // per pixel
 };
 PixelMasks Masks_Of(PixelFormat format);
-// A raw pixel value of the format as 0xAARRGGBB (X8R8G8B8 reads as opaque).
+// A raw pixel value of the format as 0xAARRGGBB (X8R8G8B8 reads as opaque), and back.
 uint32_t To_Argb(PixelFormat format, uint32_t raw);
+uint32_t From_Argb(PixelFormat format, uint32_t argb);
 
 // An image's texture on the GPU.
 struct GpuState {
@@ -30,6 +31,9 @@ struct ImageAccess {
   static const std::vector<uint8_t>& Pixels(const Image& image) { return image.pixels_; }
   static bool Is_Backbuffer(const Image& image) { return image.backbuffer_; }
   static GpuState& Gpu(Image& image) { return *image.gpu_; }
+  // Pixel values as the format stores them, and whether one is the colour key.
+  static uint32_t Raw(const Image& image, int x, int y) { return image.Raw(x, y); }
+  static bool Is_Key(const Image& image, uint32_t raw) { return image.Is_Key(raw); }
   static ImageRef Backbuffer(int width, int height);
 };
 

@@ -42,10 +42,6 @@ uint32_t To_Argb(PixelFormat format, uint32_t raw) {
   }
   return raw;
 }
-}  // namespace detail
-
-using detail::Masks_Of;
-using detail::To_Argb;
 
 uint32_t From_Argb(PixelFormat format, uint32_t argb) {
   switch (format) {
@@ -61,6 +57,11 @@ uint32_t From_Argb(PixelFormat format, uint32_t argb) {
   }
   return argb;
 }
+}  // namespace detail
+
+using detail::From_Argb;
+using detail::Masks_Of;
+using detail::To_Argb;
 
 Image::Image(int width, int height, PixelFormat format, bool backbuffer)
     : width_(width),
@@ -85,6 +86,13 @@ ImageRef detail::ImageAccess::Backbuffer(int width, int height) {
 
 uint32_t Image::Pixel(int x, int y) const {
   if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
+  return To_Argb(format_, Raw(x, y));
+}
+
+void Image::Set_Pixel(int x, int y, uint32_t argb) { Set_Raw(x, y, From_Argb(format_, argb)); }
+
+uint32_t Image::Raw(int x, int y) const {
+  if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
   const uint8_t* p = pixels_.data() + (size_t(y) * size_t(width_) + size_t(x)) * size_t(Masks_Of(format_).bytes);
   if (format_ == PixelFormat::A4R4G4B4) return uint32_t(p[0]) | uint32_t(p[1]) << 8;
   uint32_t v;
@@ -92,7 +100,7 @@ uint32_t Image::Pixel(int x, int y) const {
   return v;
 }
 
-void Image::Set_Pixel(int x, int y, uint32_t raw) {
+void Image::Set_Raw(int x, int y, uint32_t raw) {
   if (pixels_.empty() || x < 0 || y < 0 || x >= width_ || y >= height_) return;
   detail::Flush_Device();
   uint8_t* p = pixels_.data() + (size_t(y) * size_t(width_) + size_t(x)) * size_t(Masks_Of(format_).bytes);
@@ -105,11 +113,14 @@ void Image::Set_Pixel(int x, int y, uint32_t raw) {
   gpu_->stale = true;
 }
 
-uint32_t Image::Argb(int x, int y) const { return To_Argb(format_, Pixel(x, y)); }
-
-void Image::Set_Color_Key(uint32_t raw_key) {
-  key_ = raw_key;
+void Image::Set_Color_Key(uint32_t argb) {
+  key_ = From_Argb(format_, argb);
   gpu_->stale = true;
+}
+
+std::optional<uint32_t> Image::Color_Key() const {
+  if (!key_) return std::nullopt;
+  return To_Argb(format_, *key_);
 }
 
 const uint8_t* Image_Bytes(const Image& image) {
@@ -117,7 +128,7 @@ const uint8_t* Image_Bytes(const Image& image) {
   return pixels.empty() ? nullptr : pixels.data();
 }
 
-bool Image::Is_Key_Pixel(uint32_t raw) const {
+bool Image::Is_Key(uint32_t raw) const {
   if (!key_) return false;
   // Only the colour bits take part: a key of black matches whatever the alpha byte holds.
   const detail::PixelMasks m = Masks_Of(format_);
@@ -157,9 +168,8 @@ void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool
   if (dst.Format() != src.Format()) {
     for (int j = 0; j < h; ++j)
       for (int i = 0; i < w; ++i) {
-        const uint32_t v = src.Pixel(r.left + i, r.top + j);
-        if (!(keyed && src.Is_Key_Pixel(v)))
-          dst.Set_Pixel(x + i, y + j, From_Argb(dst.Format(), To_Argb(src.Format(), v)));
+        const uint32_t v = detail::ImageAccess::Raw(src, r.left + i, r.top + j);
+        if (!(keyed && detail::ImageAccess::Is_Key(src, v))) dst.Set_Pixel(x + i, y + j, To_Argb(src.Format(), v));
       }
     return;
   }
@@ -177,7 +187,7 @@ void Memory_Blit(Image& dst, const Image& src, const Rect& r, int x, int y, bool
     for (int i = 0; i < w; ++i) {
       uint32_t v = 0;
       std::memcpy(&v, srow + size_t(i) * bytes, bytes);
-      if (!src.Is_Key_Pixel(v)) std::memcpy(drow + size_t(i) * bytes, &v, bytes);
+      if (!detail::ImageAccess::Is_Key(src, v)) std::memcpy(drow + size_t(i) * bytes, &v, bytes);
     }
   }
   detail::ImageAccess::Gpu(dst).stale = true;
@@ -189,7 +199,7 @@ bool Read_Into(Image& dst, const Rect& r, int x, int y) {
   std::vector<uint32_t> rows(size_t(w) * size_t(h));
   if (!detail::Gpu_Read_Backbuffer(r, rows.data())) return false;
   for (int j = 0; j < h; ++j)
-    for (int i = 0; i < w; ++i) dst.Set_Pixel(x + i, y + j, From_Argb(dst.Format(), rows[size_t(j) * w + i]));
+    for (int i = 0; i < w; ++i) dst.Set_Pixel(x + i, y + j, rows[size_t(j) * w + i]);
   return true;
 }
 }  // namespace
@@ -208,7 +218,7 @@ bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool
   return true;
 }
 
-bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw) {
+bool Fill_Rect(Image& dst, const Rect& rect, uint32_t argb) {
   detail::Flush_Device();
   Rect r = rect;
   r.left = std::max(r.left, 0);
@@ -217,9 +227,9 @@ bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw) {
   r.bottom = std::min(r.bottom, dst.Height());
   if (r.right <= r.left || r.bottom <= r.top) return false;
   if (detail::ImageAccess::Is_Backbuffer(dst))
-    return detail::Gpu_Fill_Backbuffer(r, To_Argb(PixelFormat::X8R8G8B8, raw));
+    return detail::Gpu_Fill_Backbuffer(r, 0xFF000000u | argb);
   for (int y = r.top; y < r.bottom; ++y)
-    for (int x = r.left; x < r.right; ++x) dst.Set_Pixel(x, y, raw);
+    for (int x = r.left; x < r.right; ++x) dst.Set_Pixel(x, y, argb);
   return true;
 }
 
@@ -295,7 +305,7 @@ void Resample(const uint32_t* src, int sw, int sh, int pitch_px, Image& out, con
           if (!is_key(c)) result = c;
         }
       }
-      out.Set_Pixel(x, y, From_Argb(out.Format(), result));
+      out.Set_Pixel(x, y, result);
     }
   }
 }
@@ -317,7 +327,7 @@ ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat fo
     if (width == argb->w && height == argb->h) {
       for (int y = 0; y < height; ++y) {
         const auto* row = reinterpret_cast<const uint32_t*>(base + size_t(y) * size_t(argb->pitch));
-        for (int x = 0; x < width; ++x) image->Set_Pixel(x, y, From_Argb(format, row[x]));
+        for (int x = 0; x < width; ++x) image->Set_Pixel(x, y, row[x]);
       }
     } else {
       Resample(reinterpret_cast<const uint32_t*>(base), argb->w, argb->h, argb->pitch / 4, *image, key);

@@ -12,12 +12,10 @@
 namespace platform {
 
 // --- pixels ----------------------------------------------------------------------
-// X8R8G8B8: 2D surfaces (the top byte is not part of the colour; shown opaque).
-// A8R8G8B8: textures. A4R4G4B4: the game's .dds textures, kept as the file holds them.
+// How an image stores its pixels. X8R8G8B8: 2D surfaces (no alpha; shown opaque).
+// A8R8G8B8: textures. A4R4G4B4: the game's .dds textures, 4 bits a channel as the file
+// holds them. Every pixel value the game passes or reads is a colour as 0xAARRGGBB.
 enum class PixelFormat : uint8_t { X8R8G8B8, A8R8G8B8, A4R4G4B4 };
-
-// A colour as 0xAARRGGBB in the format's raw pixel value.
-uint32_t From_Argb(PixelFormat format, uint32_t argb);
 
 class Image;
 using ImageRef = std::shared_ptr<Image>;
@@ -41,26 +39,27 @@ class Image {
   int Height() const { return height_; }
   PixelFormat Format() const { return format_; }
 
-  // Pixel values in the image's own format; out-of-range reads give 0, writes do nothing.
+  // A pixel as the format holds it (X8R8G8B8 reads as opaque, A4R4G4B4 to the nearest
+  // 4 bits a channel and back); out-of-range reads give 0, writes do nothing.
   uint32_t Pixel(int x, int y) const;
-  void Set_Pixel(int x, int y, uint32_t raw);
-  // The pixel as 0xAARRGGBB (X8R8G8B8 reads as opaque).
-  uint32_t Argb(int x, int y) const;
+  void Set_Pixel(int x, int y, uint32_t argb);
 
-  // Source colour key: pixels whose colour bits equal it are transparent in keyed blits
-  // and carry alpha 0 in the texture.
-  void Set_Color_Key(uint32_t raw_key);
-  std::optional<uint32_t> Color_Key() const { return key_; }
-  bool Is_Key_Pixel(uint32_t raw) const;
+  // Source colour key, held as the format holds it: pixels whose colour (alpha aside)
+  // equals it are transparent in keyed blits and carry alpha 0 in the texture.
+  void Set_Color_Key(uint32_t argb);
+  std::optional<uint32_t> Color_Key() const;
 
  private:
   friend struct detail::ImageAccess;
   Image(int width, int height, PixelFormat format, bool backbuffer);
+  uint32_t Raw(int x, int y) const;
+  void Set_Raw(int x, int y, uint32_t raw);
+  bool Is_Key(uint32_t raw) const;
   int width_, height_;
   PixelFormat format_;
   bool backbuffer_;
   std::vector<uint8_t> pixels_;
-  std::optional<uint32_t> key_;
+  std::optional<uint32_t> key_;  // raw
   // The GL side's bookkeeping, known only inside the platform layer.
   std::unique_ptr<detail::GpuState> gpu_;
 };
@@ -78,9 +77,8 @@ ImageRef Load_BMP(const std::string& path, int width, int height, PixelFormat fo
 // back buffer (GPU) and from the back buffer to memory (read-back). False when nothing
 // could be done (no display for the back buffer, empty rectangle, no pixels).
 bool Blit(Image& dst, const Image& src, const Rect& src_rect, int x, int y, bool keyed);
-// Fills a rectangle (cut to the image) with a raw pixel value of dst's format; the back
-// buffer takes the value as X8R8G8B8.
-bool Fill_Rect(Image& dst, const Rect& rect, uint32_t raw);
+// Fills a rectangle (cut to the image) with a colour; the back buffer takes it opaque.
+bool Fill_Rect(Image& dst, const Rect& rect, uint32_t argb);
 
 // --- display ------------------------------------------------------------------
 // The device identifiers the settings file stores.
