@@ -70,8 +70,8 @@ TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSli
   const auto pic = platform::Load_BMP(dir_.path() + "/Gfx/Buttons.bmp", 382, 156, platform::PixelFormat::X8R8G8B8);
   ASSERT_TRUE(pic);
   // Column 100 of each button, 30 rows down its row; lit on the left half, plain on the right.
-  auto lit = [&](int i) { return pic->Argb(100, 39 * i + 30) & 0xFFFFFF; };
-  auto plain = [&](int i) { return pic->Argb(291, 39 * i + 30) & 0xFFFFFF; };
+  auto lit = [&](int i) { return pic->Pixel(100, 39 * i + 30) & 0xFFFFFF; };
+  auto plain = [&](int i) { return pic->Pixel(291, 39 * i + 30) & 0xFFFFFF; };
   ASSERT_NE(lit(0), plain(0));
   Run({{"pointer over button 0, near its bottom right", nullptr, [] { Move(400, 187); }},
        {"half way in", [] { return Button_Slide() < 240; },
@@ -125,7 +125,7 @@ class Intro : public ScreenTest {
     return [this, file] {
       const auto pic =
           platform::Load_BMP(dir_.path() + "/Gfx/" + file, width_, height_, platform::PixelFormat::X8R8G8B8);
-      return pic && (pic->Argb(320, 240) & 0xFFFFFF) == At(320, 240);
+      return pic && (pic->Pixel(320, 240) & 0xFFFFFF) == At(320, 240);
     };
   }
   static bool On_Page_2() { return modIntro::Page() == 2; }

@@ -75,7 +75,7 @@ TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAnd
   Surface map = Create_Texture("", 128, 128, kKeyNone);
   Blit(map, BackBuffer, 0, 0, 0, 127, 127);
   // The back buffer copies out; outside the copied square stays empty.
-  EXPECT_EQ((std::array{map->Argb(9, 9) & 0xFFFFFFu, map->Argb(10, 10) & 0xFFFFFFu, map->Argb(127, 127)}),
+  EXPECT_EQ((std::array{map->Pixel(9, 9) & 0xFFFFFFu, map->Pixel(10, 10) & 0xFFFFFFu, map->Pixel(127, 127)}),
             (std::array{0xFFFFFFu, kClear, 0u}));
 
   Surface src;
@@ -130,7 +130,7 @@ TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
   EXPECT_EQ((std::array{At(150, 150), At(350, 150), At(550, 150)}), (std::array{0xFF0000u, 0xFF0000u, 0x00FFFFu}));
   Unlit_On_Clear_Screen();
   Surface dds = platform::Image::Create(2, 2, PixelFormat::A4R4G4B4);
-  for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x8F00);
+  for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x88FF0000u);
   Surface two = Create_Texture("", 2, 1, kKeyNone);
   two->Set_Pixel(0, 0, 0xFFFFFFFF);
   two->Set_Pixel(1, 0, 0xFF00FF00);

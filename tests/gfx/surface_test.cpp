@@ -59,22 +59,22 @@ TEST(DdsTest, DecodesTexelsWithTheirAlphaWithinBoundsAndRefusesWhatIsNotA16BitIm
   Surface t = Decode(Dds(2, 2, {0x8F00, 0xF0F0, 0x100F, 0x0000}));
   ASSERT_TRUE(t);
   EXPECT_EQ(t->Format(), PixelFormat::A4R4G4B4);
-  EXPECT_EQ((std::array{t->Argb(0, 0), t->Argb(1, 0), t->Argb(0, 1), t->Argb(1, 1)}),
+  EXPECT_EQ((std::array{t->Pixel(0, 0), t->Pixel(1, 0), t->Pixel(0, 1), t->Pixel(1, 1)}),
             (std::array{0x88FF0000u, 0xFF00FF00u, 0x110000FFu, 0u}));
   EXPECT_FALSE(t->Color_Key());
   // Two of three rows present, the second one half.
   t = Decode(Dds(2, 3, {0x1111, 0x2222, 0x3333}));
   ASSERT_TRUE(t);
   EXPECT_EQ((std::array{t->Pixel(1, 0), t->Pixel(0, 1), t->Pixel(1, 1), t->Pixel(0, 2)}),
-            (std::array{0x2222u, 0x3333u, 0u, 0u}));
+            (std::array{0x22222222u, 0x33333333u, 0u, 0u}));
   // A pitch far beyond the data is ignored: rows are read unpadded.
   t = Decode(Dds(2, 2, {0x1111, 0x2222, 0x3333, 0x4444}, 4000));
   ASSERT_TRUE(t);
-  EXPECT_EQ(t->Pixel(0, 1), 0x3333u);
+  EXPECT_EQ(t->Pixel(0, 1), 0x33333333u);
   // A padded pitch the data really has is honoured.
   t = Decode(Dds(2, 2, {0x1111, 0x2222, 0xDEAD, 0x3333, 0x4444}, 6));
   ASSERT_TRUE(t);
-  EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 1)), std::pair(0x3333u, 0x4444u));
+  EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 1)), std::pair(0x33333333u, 0x44444444u));
 
   std::string compressed = Dds(1, 1, {1});
   compressed[80] = 0x04;  // four-character-code pixel format
@@ -107,12 +107,12 @@ TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensT
   ASSERT_TRUE(Create_Surface(s, 4.5, 3.5, path, kKeyNone, kFalse));  // rounds half to even: 4 x 4
   ASSERT_EQ(std::pair(s->Width(), s->Height()), std::pair(4, 4));
   // Enlarged linearly: corners keep their colour, between them a blend a quarter of the way.
-  EXPECT_EQ(s->Argb(0, 0), 0xFFFF0000u);
-  EXPECT_EQ(s->Argb(3, 3), 0xFFFFFFFFu);
-  EXPECT_EQ(s->Argb(1, 0), 0xFFBF4000u) << "three quarters red, one quarter green";
+  EXPECT_EQ(s->Pixel(0, 0), 0xFFFF0000u);
+  EXPECT_EQ(s->Pixel(3, 3), 0xFFFFFFFFu);
+  EXPECT_EQ(s->Pixel(1, 0), 0xFFBF4000u) << "three quarters red, one quarter green";
   // Shrunk by area: each pixel the mean of the four it covers.
   ASSERT_TRUE(Create_Surface(s, 1, 1, path, kKeyNone, kFalse));
-  EXPECT_EQ(s->Argb(0, 0), 0xFF808080u);
+  EXPECT_EQ(s->Pixel(0, 0), 0xFF808080u);
 
   // A black-keyed row enlarged 2.25 times: the key lies where a pixel-by-pixel enlargement
   // puts it, and no other pixel takes any of the key's black into its colour.
@@ -120,8 +120,8 @@ TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensT
   ASSERT_TRUE(Create_Surface(s, 9, 1, path, kKeyBlack, kFalse));
   for (int x = 0; x < 9; ++x) {
     const bool key = x * 4 / 9 == 0 || x * 4 / 9 == 3;
-    EXPECT_EQ(s->Is_Key_Pixel(s->Pixel(x, 0)), key) << "x " << x;
-    const uint32_t c = s->Argb(x, 0);
+    const uint32_t c = s->Pixel(x, 0);
+    EXPECT_EQ((c & 0xFFFFFFu) == 0, key) << "x " << x;
     if (!key) {
       EXPECT_GE(((c >> 16) & 0xFF) + ((c >> 8) & 0xFF), 254u) << "red and green undarkened, x " << x;
     }
@@ -135,7 +135,7 @@ TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensT
        {std::tuple{1.0f, "p", 0xFFFF0000u}, std::tuple{2.25f, "p", 0xFF00FF00u}, std::tuple{2.25f, "q", 0xFF0000FFu}}) {
     modMain::ScaleX = modMain::ScaleY = scale;
     ASSERT_TRUE(Create_Surface(s, 3, 3, dir.path() + "\\Gfx\\" + file + ".bmp", kKeyNone, kFalse));
-    EXPECT_EQ(s->Argb(1, 1), argb) << file << " at scale " << scale;
+    EXPECT_EQ(s->Pixel(1, 1), argb) << file << " at scale " << scale;
   }
   modMain::ScaleX = modMain::ScaleY = 1.0f;
 }
@@ -143,20 +143,19 @@ TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensT
 TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstTheScreenAndSkipKeyPixels) {
   Surface s;
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyMagenta, kTrue));
-  EXPECT_EQ(s->Color_Key(), 0x00FF00FFu);
+  EXPECT_EQ(s->Color_Key(), 0xFFFF00FFu);
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", kKeyBlack, kTrue));
-  EXPECT_EQ(s->Color_Key(), 0u);
-  EXPECT_TRUE(s->Is_Key_Pixel(0xFF000000u));  // the unused top byte takes no part
+  EXPECT_EQ(s->Color_Key(), 0xFF000000u);
   ASSERT_TRUE(Create_Surface(s, 4, 4, "", 3, kTrue));
   EXPECT_FALSE(s->Color_Key());
   const Surface dds = Decode(Dds(1, 1, {0}));
-  dds->Set_Color_Key(platform::From_Argb(dds->Format(), 0x00FF00FFu));
-  EXPECT_EQ(dds->Color_Key(), 0x0F0Fu);
+  dds->Set_Color_Key(0x00FE01FFu);
+  EXPECT_EQ(dds->Color_Key(), 0x00FF00FFu) << "held to 4 bits a channel";
 
   const Surface t = Create_Texture("", 2, 2, kKeyNone);
   ASSERT_TRUE(t);
   Fill_Rect(t, -5, -5, 1, 9, 0x80808080u);
-  EXPECT_EQ(std::pair(t->Argb(0, 1), t->Argb(1, 0)), std::pair(0x80808080u, 0u));
+  EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 0)), std::pair(0x80808080u, 0u));
   EXPECT_FALSE(Create_Texture("", 0, 8, kKeyNone));
 
   const Rect r = Make_Rect(10, 20, 30, 40);
@@ -174,16 +173,16 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
     for (int y = 0; y < 8; ++y) src->Set_Pixel(x, y, 0x010000u * uint32_t(x + 1) + uint32_t(y));
   Surface dst = platform::Image::Create(64, 48, PixelFormat::X8R8G8B8);
   Blitted b = Blit(dst, src, -10, 5, 0);  // source column 10 lands at x 0
-  EXPECT_EQ(std::tuple(int(b.r.left), int(b.x), dst->Pixel(0, 5)), std::tuple(10, 0, 0x0B0000u));
+  EXPECT_EQ(std::tuple(int(b.r.left), int(b.x), dst->Pixel(0, 5)), std::tuple(10, 0, 0xFF0B0000u));
   b = Blit(dst, src, 64 - 5, -3, 0);
   EXPECT_EQ(std::tuple(int(b.r.right), int(b.r.top), int(b.y)), std::tuple(5, 3, 0));
-  EXPECT_EQ(std::pair(dst->Pixel(59, 0), dst->Pixel(63, 4)), std::pair(0x010003u, 0x050007u));
+  EXPECT_EQ(std::pair(dst->Pixel(59, 0), dst->Pixel(63, 4)), std::pair(0xFF010003u, 0xFF050007u));
   const uint8_t* bytes = platform::Image_Bytes(*dst);
   const std::vector<uint8_t> before(bytes, bytes + 64 * 48 * 4);
   EXPECT_EQ(Blit(dst, src, -40, 30, 0).x, -40);  // nothing drawn, nothing changed
   EXPECT_EQ(std::vector<uint8_t>(bytes, bytes + before.size()), before);
   Blit(dst, src, 10, 30, 2);  // an unknown transparency flag draws nothing
-  EXPECT_EQ(dst->Pixel(10, 30), 0u);
+  EXPECT_EQ(dst->Pixel(10, 30), 0xFF000000u);
 
   Surface keyed;
   ASSERT_TRUE(Create_Surface(keyed, 3, 1, "", kKeyMagenta, kFalse));
@@ -193,7 +192,7 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
   Fill_Rect(dst, 0, 40, 8, 48, 0x00777777);
   Blit(dst, keyed, 2, 42, 1);
   EXPECT_EQ((std::array{dst->Pixel(2, 42), dst->Pixel(3, 42), dst->Pixel(4, 42)}),
-            (std::array{0x777777u, 0x123456u, 0u}));
+            (std::array{0xFF777777u, 0xFF123456u, 0xFF000000u}));
   Blit(dst, keyed, 2, 42, 0);
-  EXPECT_EQ(dst->Pixel(2, 42), 0xFF00FFu);
+  EXPECT_EQ(dst->Pixel(2, 42), 0xFFFF00FFu);
 }

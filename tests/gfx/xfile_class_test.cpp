@@ -224,7 +224,7 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
       EXPECT_EQ(std::pair(skin->Width(), skin->Height()), std::pair(256, 256));
       uint64_t sum = 0;
       for (int y = 0; y < 256; y += 4)
-        for (int x = 0; x < 256; x += 4) sum = sum * 31 + (skin->Argb(x, y) & 0xFFFFFF);
+        for (int x = 0; x < 256; x += 4) sum = sum * 31 + (skin->Pixel(x, y) & 0xFFFFFF);
       sums.insert(sum);
     }
     EXPECT_EQ(sums.size(), 3u);
@@ -234,10 +234,10 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
     ASSERT_NE(shadow, nullptr);
     EXPECT_EQ(shadow->Format(), platform::PixelFormat::A4R4G4B4);
     const int w = shadow->Width(), h = shadow->Height();
-    EXPECT_GE(shadow->Argb(w / 2, h / 2), 0x80000000u);
-    EXPECT_EQ(shadow->Argb(w / 2, h / 2) & 0xFFFFFF, 0u);
+    EXPECT_GE(shadow->Pixel(w / 2, h / 2), 0x80000000u);
+    EXPECT_EQ(shadow->Pixel(w / 2, h / 2) & 0xFFFFFF, 0u);
     for (const auto& [x, y] : {std::pair{0, 0}, {w - 1, 0}, {0, h - 1}, {w - 1, h - 1}, {0, h / 2}, {w / 2, 0}})
-      EXPECT_EQ(shadow->Argb(x, y) >> 24, 0u);
+      EXPECT_EQ(shadow->Pixel(x, y) >> 24, 0u);
   }
 }
 

@@ -31,14 +31,14 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
     ASSERT_GT(p.cVelocityMag, 1.0f) << "the player is racing";
     // Panel and marker pixels first: the text checks draw over them.
     const auto& stats = *modGameLoop::StatsBGSurf;  // panel: art row y + 28; bar: art x - 402
-    ASSERT_NE(stats.Argb(155, 98) & 0xFFFFFF, 0u);
-    EXPECT_EQ(At(155, 70), stats.Argb(155, 98) & 0xFFFFFF) << "lap panel";
-    EXPECT_EQ(At(502, 3), stats.Argb(100, 3) & 0xFFFFFF) << "clock bar";
+    ASSERT_NE(stats.Pixel(155, 98) & 0xFFFFFF, 0u);
+    EXPECT_EQ(At(155, 70), stats.Pixel(155, 98) & 0xFFFFFF) << "lap panel";
+    EXPECT_EQ(At(502, 3), stats.Pixel(100, 3) & 0xFFFFFF) << "clock bar";
     i16 x = 0, y = 0;
     ASSERT_TRUE(modGameLoop::Marker_Position(0, x, y));
     EXPECT_PRED3(Between, x, 495, 622);
     EXPECT_PRED3(Between, y, 296, 423);
-    EXPECT_EQ(At(x + 5, y + 5), modGameLoop::MiniMapShipsSurf->Argb(5, 15) & 0xFFFFFF) << "the player's marker on top";
+    EXPECT_EQ(At(x + 5, y + 5), modGameLoop::MiniMapShipsSurf->Pixel(5, 15) & 0xFFFFFF) << "the player's marker on top";
     const std::string time = "Race Time " + modGameLoop::Time_Text(modMain::GameClock);
     EXPECT_TRUE(Shows_Text(490, 440, 0, numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH"));
     EXPECT_TRUE(Shows_Text(13, 20, 0, "Lap 1/3"));
@@ -85,7 +85,7 @@ TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
             Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
             Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
   modTracks::Build_MiniMap(map);
-  auto pixel = [&](int x, int y) { return map->Argb(x, y) & 0xFFFFFF; };
+  auto pixel = [&](int x, int y) { return map->Pixel(x, y) & 0xFFFFFF; };
   // Road about 25 pixels of each edge of the 127-pixel square.
   for (const auto& [x, y] :
        std::vector<std::pair<int, int>>{{5, 5}, {10, 64}, {64, 10}, {120, 64}, {64, 120}, {121, 121}})

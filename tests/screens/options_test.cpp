@@ -40,7 +40,7 @@ class Options : public ScreenTest {
   uint32_t Sheet_Pixel(int x, int y) const {
     const auto pic =
         platform::Load_BMP(dir_.path() + "/Gfx/OptionScr_buttons.bmp", 115, 97, platform::PixelFormat::X8R8G8B8);
-    return pic ? pic->Argb(x, y) & 0xFFFFFF : 0xFFFFFFFF;
+    return pic ? pic->Pixel(x, y) & 0xFFFFFF : 0xFFFFFFFF;
   }
 };
 }  // namespace
