@@ -75,15 +75,29 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
 }
 
-TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
+TEST_F(RaceTest, MiniMapMapsTheRoadsBoundsDrawsItWhiteOnBlackAndIsBlankWithoutExtent) {
   auto map = mod3Denhance::Create_Texture("", 128, 128, 0);
   ASSERT_TRUE(map);
+  Fill(modTracks::Track, {Strip({{10, 0}, {20, 0}, {10, 30}, {20, 30}, {-5, 60}, {15, 70}}),
+                          Strip({{-5, 60}, {15, 70}, {0, 90}, {40, 100}})});
+  modTracks::Build_MiniMap(map);
+  EXPECT_EQ(modTracks::Map_Bounds(), (std::array<float, 4>{-5, 40, 0, 100}));
+  float c = -1, r = -1;
+  ASSERT_TRUE(modTracks::MiniMap_Point(40, 100, c, r));
+  EXPECT_EQ(std::make_pair(c, r), std::make_pair(127.0f, 127.0f));
+  // Each strip without its last rung, then the first rung again.
+  const auto outline = modTracks::MiniMap_Outline();
+  ASSERT_EQ(outline.size(), 8u);
+  EXPECT_FLOAT_EQ(outline[3].sx, 25 / 45.0f * 127);
+  EXPECT_EQ(outline[4].sx, 0) << "the second strip starts at the left";
+  EXPECT_EQ(outline[7].sy, outline[1].sy) << "the outline closes on the first rung";
+
   // A square ring of road, 100 units across and 20 wide, as four strips of two quads.
   const float o = 0, i = 20, f = 80, e = 100;
-  Set_Road({Strip({{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}}),
-            Strip({{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}}),
-            Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
-            Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
+  Fill(modTracks::Track, {Strip({{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}}),
+                          Strip({{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}}),
+                          Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
+                          Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
   modTracks::Build_MiniMap(map);
   auto pixel = [&](int x, int y) { return map->Argb(x, y) & 0xFFFFFF; };
   // Road about 25 pixels of each edge of the 127-pixel square.
@@ -92,12 +106,19 @@ TEST_F(RaceTest, MiniMapIsTheRoadWhiteOnBlackAndBlankWithoutExtent) {
     EXPECT_EQ(pixel(x, y), 0xFFFFFFu) << x << ", " << y;
   for (const auto& [x, y] : std::vector<std::pair<int, int>>{{64, 64}, {40, 40}, {90, 90}, {127, 127}, {127, 0}})
     EXPECT_EQ(pixel(x, y), 0u) << x << ", " << y;
-  // All road on one z: no map, and what was drawn is gone.
-  for (int s = 0; s < 4; ++s)
-    for (auto& v : modTracks::Track(s).Vertices.Items()) v.z = 3;
-  modTracks::Build_MiniMap(map);
-  for (const auto& [x, y] : std::vector<std::pair<int, int>>{{5, 5}, {64, 10}, {121, 121}})
-    EXPECT_EQ(pixel(x, y), 0u) << "still drawn at " << x << ", " << y;
+  // All road on one x, all on one z, or none: no map, and what was drawn is gone.
+  using Road = std::vector<std::pair<float, float>>;
+  for (const Road& road : {Road{{5, 0}, {5, 10}, {5, 20}, {5, 30}}, Road{{0, 7}, {10, 7}, {20, 7}, {30, 7}}, Road{}}) {
+    Fill(modTracks::Track, {Strip(road)});
+    modTracks::Build_MiniMap(map);
+    EXPECT_FALSE(modTracks::MiniMap_Point(5, 7, c, r));
+    EXPECT_TRUE(modTracks::MiniMap_Outline().empty());
+    for (const auto& [x, y] : std::vector<std::pair<int, int>>{{5, 5}, {64, 10}, {121, 121}})
+      EXPECT_EQ(pixel(x, y), 0u) << "still drawn at " << x << ", " << y;
+    modMain::Create_Racers(0);
+    i16 mx = 0, my = 0;
+    EXPECT_FALSE(modGameLoop::Marker_Position(0, mx, my));
+  }
   // The device is left as the race expects it.
   EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::Lighting), 0u);
   EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::CullMode), platform::cull::CounterClockwise);
