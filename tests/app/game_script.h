@@ -106,7 +106,7 @@ class Autopilot {
 class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on
-  std::function<void(Script&)> choose_ship, type_name;  // steps before the start, the name's keys
+  std::function<void(Script&)> type_name;               // the name's keys on the hi-score table
   std::function<void(Script&)> options;                 // steps on the options screen, once
   std::function<void(const clsHumanPlayer&)> finished;  // sees the player when the race is over
   std::vector<uint8_t> states;                          // each state entered, in order
@@ -131,13 +131,8 @@ class Tour {
       script_.Click(modMainScr::Button_Rect(menu_buttons[std::min(size_t(menu_visits_), menu_buttons.size()) - 1]));
       script_.Wait(5);
     } else if (state == modMain::kStateShipSelection && !started_ && modShipSelection::Button_Slide() == 0.0f) {
-      if (choose_ship && !ship_chosen_) {
-        choose_ship(script_);
-        ship_chosen_ = true;
-      } else {
-        script_.Click(modShipSelection::Button_Rect(1));  // start
-        started_ = true;
-      }
+      script_.Click(modShipSelection::Button_Rect(1));  // start
+      started_ = true;
     } else if (state == modMain::kStateRace && !race_over_ && !modMain::Players.empty() &&
                modTracks::TrackBlock.Count() >= 3) {
       const clsHumanPlayer& p = *modMain::Players[0];
@@ -164,7 +159,7 @@ class Tour {
   Script script_;
   Autopilot autopilot_;
   int menu_visits_ = 0;
-  bool ship_chosen_ = false, started_ = false, race_over_ = false, named_ = false, options_done_ = false;
+  bool started_ = false, race_over_ = false, named_ = false, options_done_ = false;
 };
 
 }  // namespace

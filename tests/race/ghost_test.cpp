@@ -131,7 +131,7 @@ TEST_F(RaceTest, ARecordRaceIsKeptASlowerOneLeavesItTheNextSplitsAgainstItAndSee
   bool shown = false;
   int frames_after = -1;
   Run_Race(0, [&](i32 t) {
-    if (Reached(t, 40)) Player().RacerKind = 2;  // the player's ship drives itself
+    if (Reached(t, 40)) P(0).RacerKind = 2;  // the player's ship drives itself
     if (ghost::Last_Split().line == 0 && ++frames_after == 20) {
       shown = true;
       std::printf("ghost and split: %s\n", Save_Png("race_ghost_split").c_str());

@@ -8,8 +8,11 @@
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
 #include "vehicle/create_racers.h"
+#include "vehicle/racer_fixture.h"
 
 namespace race_test {
+
+using vehicle_test::P;
 
 inline constexpr i32 kFrameMs = 16;
 inline constexpr int kMaxFrames = 4000;  // a script that never ends its race is stopped here
@@ -17,7 +20,6 @@ inline constexpr int16_t kEnter = 13, kEscape = 27, kUp = 38, kDown = 40;
 
 // True on the first frame whose elapsed time t has reached ms.
 inline bool Reached(i32 t, i32 ms) { return t >= ms && t - kFrameMs < ms; }
-inline clsHumanPlayer& Player(int i = 0) { return *modMain::Players[static_cast<size_t>(i)]; }
 
 // A road strip through the given (x, z) points, and a list (road, grass, walls) of such strips.
 inline modTracks::TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {

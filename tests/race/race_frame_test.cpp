@@ -20,14 +20,14 @@ std::vector<uint32_t> Scene() {
 TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
   bool checked = false;
   Run_Race(4, [&](i32 t) {
-    if (Reached(t, 40)) Player().RacerKind = 2;  // the player's ship drives itself
+    if (Reached(t, 40)) P(0).RacerKind = 2;  // the player's ship drives itself
     if (!Reached(t, 12000)) {
       Quit_At(t, 12400);
       return;
     }
     checked = true;
     std::printf("mid-race: %s\n", Save_Png("race_mid").c_str());
-    clsHumanPlayer& p = Player();
+    clsHumanPlayer& p = P(0);
     ASSERT_GT(p.cVelocityMag, 1.0f) << "the player is racing";
     // Panel and marker pixels first: the text checks draw over them.
     const auto& stats = *modGameLoop::StatsBGSurf;  // panel: art row y + 28; bar: art x - 402

@@ -55,7 +55,6 @@ TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
   platform::Set_Message_Box_Hook(nullptr);
 }
 
-// The countdown, then, once the race runs, the pause menu and the quit from it.
 TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLeavingNothing) {
   std::vector<float> grid_z;
   i32 clock_after_start = -1, paused_clock = -1;
@@ -67,11 +66,10 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
                                                  {6824, -kEscape}, {6858, -kDown},   {6858, kEnter}};
   Run_Race(4, [&](i32 t) {
     const i32 drawn = t - kFrameMs;  // the elapsed time of the frame just drawn
-    for (int i = int(grid_z.size()); i <= 4; ++i) grid_z.push_back(Player(i).PositionZ);
+    for (int i = int(grid_z.size()); i <= 4; ++i) grid_z.push_back(P(i).PositionZ);
     if (drawn < modGameLoop::kCountdownMs) {
       EXPECT_EQ(modMain::GameClock, 0) << drawn;
-      for (int i = 0; i <= 4; ++i)
-        EXPECT_EQ(Player(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " at " << drawn;
+      for (int i = 0; i <= 4; ++i) EXPECT_EQ(P(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " at " << drawn;
     }
     // The signal frame resets the clock after its timer step; the next frame counts 16.
     if (drawn >= modGameLoop::kCountdownMs && clock_after_start < 0) {
@@ -98,7 +96,7 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
     }
     if (Reached(t, 6000)) {
       EXPECT_GT(modMain::GameClock, 2800);
-      for (int i = 1; i <= 4; ++i) EXPECT_NE(Player(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " drives off";
+      for (int i = 1; i <= 4; ++i) EXPECT_NE(P(i).PositionZ, grid_z[size_t(i)]) << "racer " << i << " drives off";
     }
     // The frame that pauses draws no menu yet (the keys come after the HUD).
     if (Is_Set(modGameLoop::Paused) && paused_clock < 0) {
@@ -147,11 +145,11 @@ TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
   constexpr int kLeft = 37;
   for (const i16 ship : {0, 1, 2}) {
     SCOPED_TRACE(ship);
-    Player().cCurrentlySelectedShip = ship;
+    P(0).cCurrentlySelectedShip = ship;
     frames = 0;  // each race's script starts from its own time 0
     Run_Race(4, [&](i32 t) {
       for (int i = 0; i <= 4; ++i)
-        for (const float v : {Player(i).PositionX, Player(i).PositionY, Player(i).PositionZ, Player(i).cOrientation})
+        for (const float v : {P(i).PositionX, P(i).PositionY, P(i).PositionZ, P(i).cOrientation})
           faults += !std::isfinite(v);
       // Thrust and a turn, both let go for the pause menu's "Quit Race".
       Keys(t, {{3100, kUp}, {3400, kLeft}, {4200, -kUp}, {4200, -kLeft}});
@@ -169,7 +167,7 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
   bool results_shown = false, escape_ignored = false;
   Run_Race(4, [&](i32 t) {
     if (Reached(t, 5000)) {  // the third lap is over, as the racer's lap counting leaves it
-      clsHumanPlayer& p = Player();
+      clsHumanPlayer& p = P(0);
       p.cFinishedRace = 1;
       p.cLapTime(1) = 61230, p.cLapTime(2) = 59995, p.cLapTime(3) = 58004;
       p.cRaceTime = 179229, p.cTopSpeed = 187;
@@ -188,7 +186,7 @@ TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept
   EXPECT_TRUE(results_shown) << "the results were never drawn";
   EXPECT_EQ(modMain::GameState, modMain::kStateHiScore);
   ASSERT_EQ(modMain::Players.size(), 5u);
-  EXPECT_EQ(Player().cRaceTime, 179229);
+  EXPECT_EQ(P(0).cRaceTime, 179229);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
 }
 
@@ -222,7 +220,7 @@ TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinks
     Keys(t, {{5200, kEnter}, {5216, -kEnter}});  // Resume
     if (Reached(t, 5300)) {
       EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "resumed";
-      racer = &Player();
+      racer = &P(0);
       platform::InputEvent alt_enter{platform::EventKind::KeyDown, kEnter};
       alt_enter.shift = 4;
       platform::Post_Event(alt_enter);
@@ -230,7 +228,7 @@ TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinks
     if (Reached(t, 5400)) {  // the switch neither pauses nor restarts the race
       EXPECT_TRUE(platform::Windowed());
       EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "after the switch";
-      EXPECT_EQ(racer, &Player()) << "the same race goes on";
+      EXPECT_EQ(racer, &P(0)) << "the same race goes on";
       clock_after_switch = modMain::GameClock;
       Lose_Focus();
     }
@@ -251,7 +249,6 @@ TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinks
   EXPECT_NEAR(blink_changes, 10, 1);
 }
 
-// A race driven with the virtual gamepad chosen as the control device.
 TEST_F(RaceTest, ThePadDrivesStartPausesAnUnpluggedPadPausesAndWorksAgainOnceBack) {
   using platform::Set_Virtual_Pad;
   modMain::ControlDevice = 1;
@@ -272,7 +269,7 @@ TEST_F(RaceTest, ThePadDrivesStartPausesAnUnpluggedPadPausesAndWorksAgainOnceBac
                                                                   {4600, false, "A resumes"}};
   float start_x = 0, start_z = 0;
   Run_Race(0, [&](i32 t) {
-    const clsHumanPlayer& p = Player();
+    const clsHumanPlayer& p = P(0);
     const bool paused = Is_Set(modGameLoop::Paused);
     if (Reached(t, 3050)) start_x = p.PositionX, start_z = p.PositionZ;
     if (Reached(t, 3800)) {
