@@ -1,4 +1,4 @@
-// What a race frame shows, read back from the back buffer: sky, road, ships, mini-map and HUD.
+// What a race frame shows, read back from the back buffer: sky, road, ships, mini-map, HUD and results.
 #include "core/numbers.h"
 #include "race_fixture.h"
 #include "vehicle/racer_fixture.h"
@@ -17,14 +17,21 @@ std::vector<uint32_t> Scene() {
   return testenv::Read(0, 0, 640, 480);
 }
 
-TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
-  bool checked = false;
+// Then the finish: the results, and Enter goes to the hi-scores with the racers kept.
+TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHudThenTheFinishItsResults) {
+  bool checked = false, results_shown = false, escape_ignored = false;
   Run_Race(4, [&](i32 t) {
     if (Reached(t, 40)) P(0).RacerKind = 2;  // the player's ship drives itself
-    if (!Reached(t, 12000)) {
-      Quit_At(t, 12400);
-      return;
+    if (Reached(t, 12032)) {
+      escape_ignored = !Is_Set(modGameLoop::Paused);
+      std::printf("results: %s\n", Save_Png("race_results").c_str());
+      EXPECT_TRUE(Shows_Text(215, 205, 2, "Race Time 02:59:23"));
+      EXPECT_TRUE(Shows_Text(215, 240, 2, "Lap 2     00:60:00"));
+      EXPECT_TRUE(Shows_Text(218, 280, 2, "Top Speed 187 MPH"));
+      results_shown = true;
     }
+    Keys(t, {{12000, kEscape}, {12100, kEnter}});
+    if (!Reached(t, 12000)) return;
     checked = true;
     std::printf("mid-race: %s\n", Save_Png("race_mid").c_str());
     clsHumanPlayer& p = P(0);
@@ -68,11 +75,20 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHud) {
     int ship_pixels = 0;
     for (size_t i = 240 * 640; i < with.size(); ++i) ship_pixels += with[i] != without[i];
     EXPECT_GT(ship_pixels, 2000);
-    p.RacerKind = 1;  // back to the player's own keys for the pause menu
+    // Back on the player's own keys, the third lap over as the racer's lap counting leaves it.
+    p.RacerKind = 1;
     p.Thrust = p.Brake = p.SteerLeft = p.SteerRight = kFalse;
+    p.cFinishedRace = 1;
+    p.cLapTime(1) = 61230, p.cLapTime(2) = 59995, p.cLapTime(3) = 58004;
+    p.cRaceTime = 179229, p.cTopSpeed = 187;
   });
   EXPECT_TRUE(checked);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_TRUE(escape_ignored);
+  EXPECT_TRUE(results_shown) << "the results were never drawn";
+  EXPECT_EQ(modMain::GameState, modMain::kStateHiScore);
+  ASSERT_EQ(modMain::Players.size(), 5u);
+  EXPECT_EQ(P(0).cRaceTime, 179229);
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
 }
 
 TEST_F(RaceTest, MiniMapMapsTheRoadsBoundsDrawsItWhiteOnBlackAndIsBlankWithoutExtent) {

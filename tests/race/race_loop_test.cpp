@@ -163,33 +163,6 @@ TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
   EXPECT_GE(missing_meshes, 1) << "the player's ship 2 has no mesh";
 }
 
-TEST_F(RaceTest, FinishShowsTheResultsAndEnterGoesToTheHiScoresWithTheRacersKept) {
-  bool results_shown = false, escape_ignored = false;
-  Run_Race(4, [&](i32 t) {
-    if (Reached(t, 5000)) {  // the third lap is over, as the racer's lap counting leaves it
-      clsHumanPlayer& p = P(0);
-      p.cFinishedRace = 1;
-      p.cLapTime(1) = 61230, p.cLapTime(2) = 59995, p.cLapTime(3) = 58004;
-      p.cRaceTime = 179229, p.cTopSpeed = 187;
-    }
-    if (Reached(t, 5032)) {
-      escape_ignored = !Is_Set(modGameLoop::Paused);
-      std::printf("results: %s\n", Save_Png("race_results").c_str());
-      EXPECT_TRUE(Shows_Text(215, 205, 2, "Race Time 02:59:23"));
-      EXPECT_TRUE(Shows_Text(215, 240, 2, "Lap 2     00:60:00"));
-      EXPECT_TRUE(Shows_Text(218, 280, 2, "Top Speed 187 MPH"));
-      results_shown = true;
-    }
-    Keys(t, {{5000, kEscape}, {5100, kEnter}});
-  });
-  EXPECT_TRUE(escape_ignored);
-  EXPECT_TRUE(results_shown) << "the results were never drawn";
-  EXPECT_EQ(modMain::GameState, modMain::kStateHiScore);
-  ASSERT_EQ(modMain::Players.size(), 5u);
-  EXPECT_EQ(P(0).cRaceTime, 179229);
-  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
-}
-
 // The window during a race: losing the focus pauses as Escape does (held back by the
 // countdown), switching the window keeps the race going, and on a 144 Hz display the
 // pause menu blinks at the rate it has at 60 Hz.
