@@ -107,7 +107,6 @@ class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on
   std::function<void(Script&)> type_name;               // the name's keys on the hi-score table
-  std::function<void(Script&)> options;                 // steps on the options screen, once
   std::function<void(const clsHumanPlayer&)> finished;  // sees the player when the race is over
   std::vector<uint8_t> states;                          // each state entered, in order
   std::vector<int16_t> intro_pages;
@@ -149,9 +148,6 @@ class Tour {
       script_.Wait(10);
       script_.Tap(13);  // back to the menu
       named_ = true;
-    } else if (state == modMain::kStateOptions && options && !options_done_) {
-      options(script_);
-      options_done_ = true;
     }
   }
 
@@ -159,7 +155,7 @@ class Tour {
   Script script_;
   Autopilot autopilot_;
   int menu_visits_ = 0;
-  bool started_ = false, race_over_ = false, named_ = false, options_done_ = false;
+  bool started_ = false, race_over_ = false, named_ = false;
 };
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The whole game played by a script on the manual clock: both intro pages, the main menu,
 // ship selection's start, a race against four computer ships with the player on an autopilot that
-// presses the bound keys, the hi-score table, the options screen and quit. The log, the
+// presses the bound keys, the hi-score table and quit. The log, the
 // settings file and the hi-score file it leaves are checked byte for byte. And a game that
 // cannot start for a missing picture.
 #include <gtest/gtest.h>
@@ -14,7 +14,6 @@
 #include "core/modMain.h"
 #include "game_script.h"
 #include "run_log.h"
-#include "screens/modOptions.h"
 
 namespace {
 
@@ -26,7 +25,7 @@ void Append(std::string& out, T v, const std::string& name) {
   out.append(reinterpret_cast<const char*>(&size), 2) += name;
 }
 
-TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
+TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
   testenv::ScratchAppDir dir;
   New_Player(dir);
   // The generated track's texture count decides the teardown's release lines.
@@ -36,7 +35,7 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
   modTracks::Clear_Track();
 
   Tour tour;
-  tour.menu_buttons = {1, 2, 3};  // race four ships, options, quit
+  tour.menu_buttons = {1, 3};  // race four ships, then quit
   int16_t top_speed = 0;
   int32_t laps[3] = {}, race = 0;
   tour.finished = [&](const clsHumanPlayer& p) {
@@ -52,20 +51,13 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
     s.Tap(69);
     s.Wait(3);
   };
-  tour.options = [](Script& s) {
-    s.Wait(3);
-    s.Click(modOptions::Button_Rect(5));  // rebind thrust
-    s.Tap(87);                            // to W
-    s.Click(modOptions::Button_Rect(1));  // difficulty up
-    s.Click(modOptions::Button_Rect(3));  // store and leave
-  };
   Run_Main([&](uint64_t pump) {
     platform::Advance_Manual_Clock(16);
     tour.Pump(pump);
   });
 
   EXPECT_EQ(tour.intro_pages, (std::vector<int16_t>{1, 2}));
-  EXPECT_EQ(tour.states, (std::vector<uint8_t>{5, 0, 3, 1, 2, 0, 4, 0}));
+  EXPECT_EQ(tour.states, (std::vector<uint8_t>{5, 0, 3, 1, 2, 0}));
   for (const auto& racer : modMain::Players) EXPECT_FALSE(racer);  // released on leaving the table
   EXPECT_GT(top_speed, 100);
   EXPECT_EQ(race, laps[0] + laps[1] + laps[2]);
@@ -75,9 +67,9 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresOptionsAndQuit) {
   Append(table, std::min({laps[0], laps[1], laps[2]}), "Ace");
   Append(table, race, "Ace");
   EXPECT_EQ(testenv::Read_File(dir.path() + "/Data/Hiscores.Dat"), table);
-  // Thrust rebound to W, difficulty one up, the name kept.
+  // The name kept with the settings.
   EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()),
-            "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n87\r\n40\r\n37\r\n39\r\n");
+            "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\nAce\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
   EXPECT_FALSE(std::filesystem::exists(extras::Path())) << "nothing of the additions changed: no Quorval.cfg";
 
   std::vector<std::string> expected = kStartUpLines;
