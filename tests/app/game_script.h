@@ -80,33 +80,13 @@ class Script {
   size_t next_ = 0;
 };
 
-// Holds the bound keys the way a steady driver would: full thrust, steering as the racer
-// tests' autopilot does. Presses and releases only on a change, as a player does.
-class Autopilot {
- public:
-  void Drive(const clsHumanPlayer& r) {
-    const float turn = vehicle_test::Turn_To_Road(r);
-    Hold(modMain::KeyUp, true, thrust_);
-    Hold(modMain::KeyLeft, turn > 0.02f, left_);
-    Hold(modMain::KeyRight, turn < -0.02f, right_);
-  }
-
- private:
-  static void Hold(int16_t key, bool want, bool& held) {
-    if (want == held) return;
-    platform::Post_Event({want ? EventKind::KeyDown : EventKind::KeyUp, key});
-    held = want;
-  }
-  bool thrust_ = false, left_ = false, right_ = false;
-};
-
 // A new player's way through the game, a screen at a time: each intro page seen a while and
 // skipped with Enter, the menu's buttons in the order given, ship selection's start, a race
-// on the autopilot, a name on the hi-score table and back to the menu. Pump() at every frame.
+// driven on the bound keys, "ace" on the hi-score table and back to the menu. Pump() at
+// every frame.
 class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on
-  std::function<void(Script&)> type_name;               // the name's keys on the hi-score table
   std::function<void(const clsHumanPlayer&)> finished;  // sees the player when the race is over
   std::vector<uint8_t> states;                          // each state entered, in order
   std::vector<int16_t> intro_pages;
@@ -135,7 +115,7 @@ class Tour {
     } else if (state == modMain::kStateRace && !race_over_ && !modMain::Players.empty() &&
                modTracks::TrackBlock.Count() >= 3) {
       const clsHumanPlayer& p = *modMain::Players[0];
-      if (p.cFinishedRace == 0) return autopilot_.Drive(p);
+      if (p.cFinishedRace == 0) return Drive(p);
       if (finished) finished(p);
       for (int16_t k : {modMain::KeyUp, modMain::KeyLeft, modMain::KeyRight}) script_.Key(k, false);
       script_.Wait(20);  // the results
@@ -143,7 +123,7 @@ class Tour {
       race_over_ = true;
     } else if (state == modMain::kStateHiScore && !named_) {
       script_.Wait(3);
-      type_name(script_);
+      for (int16_t k : {65, 67, 69}) script_.Tap(k);
       script_.Tap(13);  // save
       script_.Wait(10);
       script_.Tap(13);  // back to the menu
@@ -152,8 +132,22 @@ class Tour {
   }
 
  private:
+  // Holds the bound keys the way a steady driver would: full thrust, steering as the racer
+  // tests' autopilot does. Presses and releases only on a change, as a player does.
+  void Drive(const clsHumanPlayer& r) {
+    const float turn = vehicle_test::Turn_To_Road(r);
+    Hold(modMain::KeyUp, true, held_[0]);
+    Hold(modMain::KeyLeft, turn > 0.02f, held_[1]);
+    Hold(modMain::KeyRight, turn < -0.02f, held_[2]);
+  }
+  static void Hold(int16_t key, bool want, bool& held) {
+    if (want == held) return;
+    platform::Post_Event({want ? EventKind::KeyDown : EventKind::KeyUp, key});
+    held = want;
+  }
+
   Script script_;
-  Autopilot autopilot_;
+  bool held_[3] = {};
   int menu_visits_ = 0;
   bool started_ = false, race_over_ = false, named_ = false;
 };

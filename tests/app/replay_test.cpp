@@ -66,9 +66,6 @@ Outcome Play(const std::function<void(uint64_t)>& drive) {
 Outcome Record(const std::function<int32_t(uint64_t)>& frame_ms, platform::Journal& journal) {
   Tour tour;
   tour.menu_buttons = {1, 3};  // race four ships, then quit
-  tour.type_name = [](Script& s) {
-    for (int16_t k : {65, 67, 69}) s.Tap(k);
-  };
   platform::Start_Journal();
   Outcome out = Play([&](uint64_t pump) {
     platform::Advance_Manual_Clock(frame_ms(pump));
