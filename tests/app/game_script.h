@@ -45,16 +45,12 @@ inline void Run_Main(std::function<void(uint64_t)> hook) {
 // its screen is ready, and waits for them to run out before it looks again.
 class Script {
  public:
-  void Key(int16_t key, bool down, int16_t shift = 0) {
-    steps_.push_back([=] {
-      platform::InputEvent e{down ? EventKind::KeyDown : EventKind::KeyUp, key};
-      e.shift = shift;
-      platform::Post_Event(e);
-    });
+  void Key(int16_t key, bool down) {
+    steps_.push_back([=] { platform::Post_Event({down ? EventKind::KeyDown : EventKind::KeyUp, key}); });
   }
-  void Tap(int16_t key, int16_t shift = 0) {
-    Key(key, true, shift);
-    Key(key, false, shift);
+  void Tap(int16_t key) {
+    Key(key, true);
+    Key(key, false);
   }
   void Click(const Rect& r) {
     const float x = (r.left + r.right) / 2.0f, y = (r.top + r.bottom) / 2.0f;
