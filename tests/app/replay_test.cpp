@@ -13,10 +13,7 @@
 #include "app/startup.h"
 #include "core/extras.h"
 #include "core/modMain.h"
-#include "frontend/modIntro.h"
-#include "frontend/modMainScr.h"
 #include "game_script.h"
-#include "screens/modShipSelection.h"
 #include "support/test_env.h"
 #include "vehicle/ghost.h"
 #include "vehicle/players.h"
@@ -64,47 +61,15 @@ Outcome Play(const std::function<void(uint64_t)>& drive) {
   return out;
 }
 
-// Intro, race against four ships, three laps on the autopilot, "Ace" on the table, quit.
+// Intro, race against four ships, three laps on the autopilot, "ace" on the table, quit.
 // Frames last frame_ms(pump) milliseconds.
 Outcome Record(const std::function<int32_t(uint64_t)>& frame_ms, platform::Journal& journal) {
-  Script script;
-  Autopilot autopilot;
-  int16_t intro_page = 0;
-  int menu_visits = 0;
-  bool started = false, finished = false, named = false;
-  uint8_t last_state = 255;
+  Tour tour;
+  tour.menu_buttons = {1, 3};  // race four ships, then quit
   platform::Start_Journal();
   Outcome out = Play([&](uint64_t pump) {
     platform::Advance_Manual_Clock(frame_ms(pump));
-    const uint8_t state = modMain::GameState;
-    if (state != last_state && state == modMain::kStateMainMenu) ++menu_visits;
-    last_state = state;
-    if (script.Busy()) return script.Step();
-    if (state == modMain::kStateIntro && modIntro::Page() != intro_page) {
-      intro_page = modIntro::Page();
-      script.Wait(10);
-      script.Tap(13);
-    } else if (state == modMain::kStateMainMenu && modMainScr::Button_Slide() == 0.0f) {
-      script.Click(modMainScr::Button_Rect(menu_visits == 1 ? 1 : 3));  // race four ships, then quit
-      script.Wait(5);
-    } else if (state == modMain::kStateShipSelection && !started && modShipSelection::Button_Slide() == 0.0f) {
-      script.Click(modShipSelection::Button_Rect(1));
-      started = true;
-    } else if (state == modMain::kStateRace && !finished && !modMain::Players.empty() &&
-               modTracks::TrackBlock.Count() >= 3) {
-      if (modMain::Players[0]->cFinishedRace == 0) return autopilot.Drive(*modMain::Players[0]);
-      for (int16_t k : {modMain::KeyUp, modMain::KeyLeft, modMain::KeyRight}) script.Key(k, false);
-      script.Wait(20);
-      script.Tap(13);
-      finished = true;
-    } else if (state == modMain::kStateHiScore && !named) {
-      script.Wait(3);
-      for (int16_t k : {65, 67, 69}) script.Tap(k);
-      script.Tap(13);  // save
-      script.Wait(10);
-      script.Tap(13);  // back to the menu
-      named = true;
-    }
+    tour.Pump(pump);
   });
   journal = platform::Stop_Journal();
   return out;

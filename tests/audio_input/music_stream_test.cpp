@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "app/startup.h"
+#include "app/game_script.h"
 #include "audio_input/frmMain.h"
 #include "audio_input/wave.h"
 #include "core/modMain.h"
@@ -192,19 +192,14 @@ TEST_F(MusicStream, TheGamePlaysItsGeneratedMusicAndLogsTheSameWithoutSound) {
   dir.Copy_From_Game("Gfx");
   dir.Copy_From_Game("Sm");
   const auto run = [](bool& playing) {
-    testenv::Write_File(modMain::Settings_Path(),
-                        "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
-    platform::Use_Manual_Clock(true);
+    testenv::Write_File(modMain::Settings_Path(), kDefaultIni);
     uint64_t first = ~uint64_t{0};  // the pump count runs on from the run before
-    platform::Set_Pump_Hook([&](uint64_t pump) {
+    Run_Main([&](uint64_t pump) {
       platform::Advance_Manual_Clock(16);
       first = std::min(first, pump);
       if (pump - first == 3) playing = platform::Stream_Playing() && frmMain::Stream_Shape().buffer_bytes == 44100;
       if (pump - first == 5) platform::Post_Event({platform::EventKind::Quit});
     });
-    modMain::Main();
-    platform::Set_Pump_Hook(nullptr);
-    platform::Use_Manual_Clock(false);
     return testenv::Read_Lines_CRLF(modMain::Log_Path());
   };
   bool playing = false;

@@ -32,42 +32,30 @@ wave::WaveHeader Walk(const std::string& bytes) {
 
 }  // namespace
 
-TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkipped) {
+TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkippedCutsAndLyingSizesAreRefused) {
   wavetest::WaveLayout layout;
   layout.channels = 2;
   layout.format_extra = std::string("\x02\x00", 2);  // 18-byte chunk: cbSize only
   layout.before_data = wavetest::Chunk("LIST", std::string(26, 'x'));
-  layout.data = "abcd";
-  const std::string file = wavetest::Make_Wave(layout);
-  const wave::WaveHeader h = Walk(file);
+  layout.data = std::string(40, '\x7f');
+  const std::string good = wavetest::Make_Wave(layout);
+  const wave::WaveHeader h = Walk(good);
   ASSERT_EQ(h.result, wave::HeaderResult::Ok) << h.problem;
   EXPECT_EQ(h.format.Channels, 2);
   EXPECT_EQ(h.format.BlockAlign, 4);
-  EXPECT_EQ(h.DataBytes, 4);
+  EXPECT_EQ(h.DataBytes, 40);
   EXPECT_EQ(h.DataOffset, 20 + 18 + 8 + 34);
   EXPECT_EQ(Walk(std::string("RIFF\0\0\0\0AVI fmt ", 16)).result, wave::HeaderResult::NotWave);
-}
 
-TEST(WaveHeader, EveryTruncationIsRefusedWithoutReadingPastTheEnd) {
-  wavetest::WaveLayout layout;
-  layout.format_extra = std::string(6, '\0');
-  layout.before_data = wavetest::Chunk("LIST", std::string(30, 'i'));
-  layout.data = std::string(40, '\x7f');
-  const std::string whole = wavetest::Make_Wave(layout);
-  ASSERT_EQ(Walk(whole).result, wave::HeaderResult::Ok);
-  for (size_t n = 0; n < whole.size(); ++n) {
-    const wave::WaveHeader h = Walk(whole.substr(0, n));
-    EXPECT_EQ(h.result, n < 12 ? wave::HeaderResult::NotWave : wave::HeaderResult::Damaged) << n;
-    EXPECT_EQ(h.format.FormatTag, 0);
+  // Every cut of the file is refused without reading past its end.
+  for (size_t n = 0; n < good.size(); ++n) {
+    const wave::WaveHeader cut = Walk(good.substr(0, n));
+    EXPECT_EQ(cut.result, n < 12 ? wave::HeaderResult::NotWave : wave::HeaderResult::Damaged) << n;
+    EXPECT_EQ(cut.format.FormatTag, 0) << n;
   }
-}
 
-TEST(WaveHeader, SizesThatLieAreRefused) {
-  wavetest::WaveLayout layout;
-  layout.before_data = wavetest::Chunk("LIST", std::string(8, 'i'));
-  layout.data = std::string(40, '\x7f');
-  const std::string good = wavetest::Make_Wave(layout);
-  const size_t fmt_at = 16, list_at = 40, data_at = 56;  // offsets of the chunks' sizes
+  // So is every chunk whose size lies.
+  const size_t fmt_at = 16, list_at = 42, data_at = 76;  // offsets of the chunks' sizes
   ASSERT_EQ(good.substr(data_at - 4, 4), "data");
   const std::pair<size_t, std::uint32_t> lies[] = {{fmt_at, 15},    {fmt_at, 0xFFFFFFF0u},
                                                    {list_at, 1000}, {list_at, 0xFFFFFFFFu},
@@ -75,9 +63,9 @@ TEST(WaveHeader, SizesThatLieAreRefused) {
   for (const auto& [at, size] : lies) {
     std::string bad = good;
     for (int i = 0; i < 4; ++i) bad[at + size_t(i)] = char((size >> (8 * i)) & 0xFF);
-    const wave::WaveHeader h = Walk(bad);
-    EXPECT_EQ(h.result, wave::HeaderResult::Damaged) << at << ":" << size;
-    EXPECT_EQ(h.format.FormatTag, 0) << at;
-    EXPECT_STRNE(h.problem, "") << at;
+    const wave::WaveHeader lying = Walk(bad);
+    EXPECT_EQ(lying.result, wave::HeaderResult::Damaged) << at << ":" << size;
+    EXPECT_EQ(lying.format.FormatTag, 0) << at;
+    EXPECT_STRNE(lying.problem, "") << at;
   }
 }

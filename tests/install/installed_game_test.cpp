@@ -17,13 +17,13 @@
 #include <tuple>
 #include <vector>
 
+#include "app/game_script.h"
 #include "app/run_log.h"
 #include "app/startup.h"
 #include "core/log.h"
 #include "core/modMain.h"
 #include "core/settings.h"
 #include "frontend/frmSetup.h"
-#include "frontend/modMainScr.h"
 #include "platform/platform.h"
 #include "platform/render.h"
 #include "platform/testing.h"
@@ -130,7 +130,7 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   const fs::path pref = root.path() / "home/.local/share/brindlex-quorval";
 
   // A new player's first run, in process from the installed bin folder: the setup dialog's
-  // Start writes the settings, Enter skips the intro, the menu's quit button ends it.
+  // Start writes the settings, Enter skips the intro pages, the menu's quit button ends it.
   platform::Set_App_Dir((usr / "bin").string());
   platform::Set_Dialog_Script([](uint64_t frame, platform::DialogPointer& p) {
     const Rect start = frmSetup::Control_Rect("lblStart");
@@ -139,27 +139,13 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
     p.down = frame == 3;
     return frame >= 2;
   });
-  platform::Use_Manual_Clock(true);
-  uint8_t state = 255;
-  int frames = 0;  // in the current state
-  platform::Set_Pump_Hook([&](uint64_t pump) {
+  Tour tour;
+  tour.menu_buttons = {3};  // quit
+  Run_Main([&](uint64_t pump) {
     platform::Advance_Manual_Clock(16);
-    if (modMain::GameState != state) state = modMain::GameState, frames = 0;
-    ++frames;
-    if (state == modMain::kStateIntro && frames % 10 == 5) platform::Post_Event({platform::EventKind::KeyDown, 13});
-    if (state == modMain::kStateIntro && frames % 10 == 7) platform::Post_Event({platform::EventKind::KeyUp, 13});
-    if (state == modMain::kStateMainMenu && modMainScr::Button_Slide() == 0.0f) {
-      const Rect& quit = modMainScr::Button_Rect(3);
-      const float x = float(quit.left + quit.right) / 2, y = float(quit.top + quit.bottom) / 2;
-      platform::Post_Event({platform::EventKind::MouseMove, 0, 0, 0, x, y});
-      platform::Post_Event({platform::EventKind::MouseDown, 0, 1, 0, x, y});
-    }
-    if (pump == 2000) platform::Post_Event({platform::EventKind::Quit});  // the script lost its way
+    tour.Pump(pump);
   });
-  EXPECT_EQ(modMain::Main(), 0);
-  platform::Set_Pump_Hook(nullptr);
   platform::Set_Dialog_Script(nullptr);
-  platform::Use_Manual_Clock(false);
   modHiScore::Load_HiScores();  // the hi-score table's first read creates it
 
   EXPECT_EQ(modMain::Settings_Path(), (pref / "Quorval.ini").string());

@@ -8,8 +8,11 @@
 #include "track/modTracks.h"
 #include "vehicle/clsHumanPlayer.h"
 #include "vehicle/create_racers.h"
+#include "vehicle/racer_fixture.h"
 
 namespace race_test {
+
+using vehicle_test::P;
 
 inline constexpr i32 kFrameMs = 16;
 inline constexpr int kMaxFrames = 4000;  // a script that never ends its race is stopped here
@@ -17,18 +20,17 @@ inline constexpr int16_t kEnter = 13, kEscape = 27, kUp = 38, kDown = 40;
 
 // True on the first frame whose elapsed time t has reached ms.
 inline bool Reached(i32 t, i32 ms) { return t >= ms && t - kFrameMs < ms; }
-inline clsHumanPlayer& Player(int i = 0) { return *modMain::Players[static_cast<size_t>(i)]; }
 
-// A road strip through the given (x, z) points, and a road made of such strips.
+// A road strip through the given (x, z) points, and a list (road, grass, walls) of such strips.
 inline modTracks::TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
   modTracks::TrackStrip s;
   s.TextureIndex = texture;
   for (auto [x, z] : xz) s.Vertices.Items().push_back(LitVertex{x, 0, z});
   return s;
 }
-inline void Set_Road(std::vector<modTracks::TrackStrip> strips) {
-  modTracks::Track.Resize(0, static_cast<int>(strips.size()) - 1);
-  modTracks::Track.Items() = std::move(strips);
+inline void Fill(IndexedArray<modTracks::TrackStrip>& list, std::vector<modTracks::TrackStrip> strips) {
+  list.Resize(0, static_cast<int>(strips.size()) - 1);
+  list.Items() = std::move(strips);
 }
 
 class RaceTest : public ScreenTest {
@@ -62,7 +64,7 @@ class RaceTest : public ScreenTest {
   }
 
   // Presses (key > 0) and releases (key < 0) keys when the countdown time t reaches each time.
-  static void Keys(i32 t, std::initializer_list<std::pair<i32, int>> script) {
+  static void Keys(i32 t, const std::vector<std::pair<i32, int>>& script) {
     for (const auto& [at, key] : script)
       if (Reached(t, at)) key > 0 ? Key_Down(int16_t(key)) : Key_Up(int16_t(-key));
   }

@@ -1,4 +1,4 @@
-// Race logic without a display: times, start lights, the mini-map mapping and frame passes.
+// Race logic without a display: times, start lights and frame passes.
 #include <map>
 #include <tuple>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using race_test::Set_Road;
+using race_test::Fill;
 using race_test::Strip;
 
 TEST(RaceTimes, SplitTimeHudTextAndStartLightFrames) {
@@ -31,33 +31,6 @@ TEST(RaceTimes, SplitTimeHudTextAndStartLightFrames) {
   for (const auto& [elapsed, left] :
        std::vector<std::pair<i32, int>>{{1000, 0}, {1001, 53}, {2001, 106}, {3000, 106}, {3001, 159}})
     EXPECT_EQ(modGameLoop::Start_Light_Left(elapsed), left) << elapsed;
-}
-
-TEST(MiniMap, BoundsMappingOutlineAndARoadWithoutExtent) {
-  Set_Road({Strip({{10, 0}, {20, 0}, {10, 30}, {20, 30}, {-5, 60}, {15, 70}}),
-            Strip({{-5, 60}, {15, 70}, {0, 90}, {40, 100}})});
-  modTracks::Build_MiniMap(nullptr);  // no device: bounds only
-  EXPECT_EQ(modTracks::Map_Bounds(), (std::array<float, 4>{-5, 40, 0, 100}));
-  float c = -1, r = -1;
-  ASSERT_TRUE(modTracks::MiniMap_Point(40, 100, c, r));
-  EXPECT_EQ(std::make_pair(c, r), std::make_pair(127.0f, 127.0f));
-  // Each strip without its last rung, then the first rung again.
-  const auto outline = modTracks::MiniMap_Outline();
-  ASSERT_EQ(outline.size(), 8u);
-  EXPECT_FLOAT_EQ(outline[3].sx, 25 / 45.0f * 127);
-  EXPECT_EQ(outline[4].sx, 0) << "the second strip starts at the left";
-  EXPECT_EQ(outline[7].sy, outline[1].sy) << "the outline closes on the first rung";
-
-  using Road = std::vector<std::pair<float, float>>;  // all on one x, all on one z, none
-  for (const Road& road : {Road{{5, 0}, {5, 10}, {5, 20}, {5, 30}}, Road{{0, 7}, {10, 7}, {20, 7}, {30, 7}}, Road{}}) {
-    Set_Road({Strip(road)});
-    modTracks::Build_MiniMap(nullptr);
-    EXPECT_FALSE(modTracks::MiniMap_Point(5, 7, c, r));
-    EXPECT_TRUE(modTracks::MiniMap_Outline().empty());
-    modMain::Create_Racers(0);
-    i16 x = 0, y = 0;
-    EXPECT_FALSE(modGameLoop::Marker_Position(0, x, y));
-  }
 }
 
 // What a draw draws, then its lighting, blending, depth writes, culling and blend factors.
@@ -128,10 +101,6 @@ class FramePasses : public ::testing::Test {
       if (x >= 1000) ids.push_back(static_cast<int>(x) - 1000);
     return ids;
   }
-  static void Fill(IndexedArray<modTracks::TrackStrip>& list, std::vector<modTracks::TrackStrip> strips) {
-    list.Resize(0, static_cast<int>(strips.size()) - 1);
-    for (size_t i = 0; i < strips.size(); ++i) list(static_cast<int>(i)) = std::move(strips[i]);
-  }
   void Textures(std::vector<const char*> names) {
     modTracks::TrackTexture.Resize(0, static_cast<int>(names.size()) - 1);
     for (size_t i = 0; i < names.size(); ++i) modTracks::TrackTexture(int(i)) = {Tex(names[i]), names[i]};
@@ -180,13 +149,13 @@ TEST_F(FramePasses, EachPassDrawsWithItsOwnStatesAndTheFrameEndsAsItBegan) {
   device_.passes.clear();
   modGameLoop::Render_Race_Frame();
   const uint32_t none = platform::cull::None, ccw = platform::cull::CounterClockwise, one = platform::blend::One;
-  EXPECT_EQ(device_.passes,
-            (std::vector<std::string>{Pass("Road.bmp", 0, 0, 1, none), Pass("Road.bmp", 0, 0, 1, none),  // road, ground,
-                                      Pass("Road.bmp", 0, 0, 1, none), Pass("sky", 0, 0, 1, ccw),        // wall, sky
-                                      Pass("shadow", 0, 1, 0, ccw), Pass("flame", 0, 1, 0, ccw),
-                                      Pass("body", 1, 0, 1, ccw),  // lit, solid, hiding what is behind
-                                      Pass("flame", 0, 1, 0, ccw), Pass("Glass.dds", 0, 1, 1, none),
-                                      Pass("map", 0, 1, 0, ccw, one, one)}));  // added to the scene
+  EXPECT_EQ(device_.passes, (std::vector<std::string>{
+                                Pass("Road.bmp", 0, 0, 1, none), Pass("Road.bmp", 0, 0, 1, none),  // road, ground,
+                                Pass("Road.bmp", 0, 0, 1, none), Pass("sky", 0, 0, 1, ccw),        // wall, sky
+                                Pass("shadow", 0, 1, 0, ccw), Pass("flame", 0, 1, 0, ccw),
+                                Pass("body", 1, 0, 1, ccw),  // lit, solid, hiding what is behind
+                                Pass("flame", 0, 1, 0, ccw), Pass("Glass.dds", 0, 1, 1, none),
+                                Pass("map", 0, 1, 0, ccw, one, one)}));  // added to the scene
   EXPECT_EQ(device_.States("after the frame"), Pass("after the frame", 0, 0, 1, ccw));
 }
 

@@ -54,9 +54,17 @@ struct Simulation : ::testing::Test {
     Make_Players(kRacers);
     P(0).RacerKind = player_kind;
     P(0).cCurrentlySelectedShip = static_cast<i16>(seed % cat.Count);
+    // Every grid slot holds its racer's whole footprint on its block, clear of the others
+    // by a margin round the ships' (about 2.5 by 5 half-extents).
     for (int i = 0; i < kRacers; ++i) {
       ASSERT_TRUE(P(i).Reset_Car_Attributes(static_cast<i16>(i)));
-      EXPECT_TRUE(Over_Own_Or_Neighbour(P(i))) << "grid slot " << i << " off the road";
+      for (int k = 0; k < 4; ++k) {
+        const Vector3& c = RA::Corners(P(i))[k];
+        EXPECT_TRUE(Over_Block(P(i).cCurrentTrackBlock(), c.x, c.z)) << "grid slot " << i << " corner " << k;
+      }
+      for (int j = 0; j < i; ++j)
+        EXPECT_TRUE(std::fabs(P(i).PositionX - P(j).PositionX) >= 5 || std::fabs(P(i).PositionZ - P(j).PositionZ) >= 10)
+            << "grid slots " << j << " and " << i;
     }
     modMain::GameClock = 0;
   }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <tuple>
 
+#include "app/run_log.h"
 #include "core/log.h"
 #include "platform/platform.h"
 #include "support/test_env.h"
@@ -206,15 +207,7 @@ TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
   EXPECT_TRUE(road.expired());
   EXPECT_EQ(Left_Over(), "");
   EXPECT_EQ(TrackWalls.Lower(), 0);
-  const std::vector<std::string> want = {"Program Started",
-                                         " ",
-                                         "TrackTexture(0).Texture = Nothing",
-                                         "TrackTexture(1).Texture = Nothing",
-                                         "Track",
-                                         "TrackWalls",
-                                         "Grass",
-                                         "TrackTexture",
-                                         "TrackBlock",
-                                         "TrackSector"};
-  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()), want);
+  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()),
+            Lines("Program Started| |TrackTexture(0).Texture = Nothing|TrackTexture(1).Texture = Nothing|Track|"
+                  "TrackWalls|Grass|TrackTexture|TrackBlock|TrackSector"));
 }

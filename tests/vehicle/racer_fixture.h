@@ -43,13 +43,18 @@ namespace vehicle_test {
 
 inline clsHumanPlayer& P(int i) { return *modMain::Players[static_cast<size_t>(i)]; }
 
-// Full throttle, steering at the middle of the front edge two blocks ahead.
-inline void Autopilot(clsHumanPlayer& r) {
+// The turn toward the middle of the front edge two blocks ahead; positive to the left.
+inline float Turn_To_Road(const clsHumanPlayer& r) {
   const int n = modTracks::TrackBlock.Count();
   const Vector3* c = modTracks::TrackBlock((r.cCurrentTrackBlock() + 2) % n).Corner;
   const float dx = (c[2].x + c[3].x) / 2 - r.PositionX, dz = (c[2].z + c[3].z) / 2 - r.PositionZ;
   // The nose points along (-sin, cos); a left turn raises the heading.
-  const float turn = std::remainder(std::atan2(-dx, dz) - r.cOrientation, 2 * 3.14159265f);
+  return std::remainder(std::atan2(-dx, dz) - r.cOrientation, 2 * 3.14159265f);
+}
+
+// Full throttle, steering at the middle of the front edge two blocks ahead.
+inline void Autopilot(clsHumanPlayer& r) {
+  const float turn = Turn_To_Road(r);
   r.SteerLeft = turn > 0.02f ? kTrue : kFalse, r.SteerRight = turn < -0.02f ? kTrue : kFalse;
   r.Thrust = kTrue, r.Brake = kFalse;
 }
