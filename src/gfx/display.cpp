@@ -92,7 +92,6 @@ bool Init_D3D() {
   D3DDevice->SetRenderState(platform::rs::ZEnable, 1);
 
   Set_Scene_Light(ColorValue{1, 1, 1, 0}, Vector3{0.4f, -1.0f, 0});
-  D3DDevice->SetRenderState(platform::rs::ShadeMode, 2);
   D3DDevice->SetRenderState(platform::rs::TextureMag, platform::filter::Linear);
   D3DDevice->SetRenderState(platform::rs::TextureMin, platform::filter::Linear);
   D3DDevice->SetRenderState(platform::rs::DestBlend, platform::blend::InvSrcAlpha);

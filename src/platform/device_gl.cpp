@@ -63,10 +63,10 @@ const char* const kUniformNames[kUniformCount] = {
 
 enum Kind : int { kScreen = 0, kLit = 1, kMesh = 2 };
 
-// Render-state and stage-state numbers are small; a flat table answers without hashing.
+// Render-state numbers are small; a flat table answers without hashing.
 constexpr uint32_t kStateSlots = 160;
 // Fragment programs a device may build; the game's states need a handful.
-constexpr size_t kMaxVariants = 64;
+constexpr size_t kMaxVariants = 2;  // textured or not
 
 Matrix4 Identity() {
   Matrix4 m;
@@ -115,8 +115,8 @@ GLenum Blend_Factor(uint32_t v) {
   }
 }
 
-// Strips as triangles with the game's winding (odd triangles reversed, first vertex
-// first, which flat shading takes), as DrawPrimitive lays them out.
+// Strips as triangles with the game's winding (odd triangles reversed), as DrawPrimitive
+// lays them out.
 void Append_Strip(std::vector<uint32_t>& out, uint32_t base, int count) {
   for (int t = 0; t + 2 < count; ++t) {
     const uint32_t a = base + uint32_t(t);
@@ -192,7 +192,7 @@ class GlDevice final : public Device3D {
     transforms_[0] = transforms_[1] = transforms_[2] = Identity();
     // The device's defaults; the game sets the rest at start-up.
     const std::pair<uint32_t, uint32_t> states[] = {
-        {rs::ZEnable, 1},           {rs::ShadeMode, 2},          {rs::ZWriteEnable, 1},
+        {rs::ZEnable, 1},           {rs::ZWriteEnable, 1},
         {rs::TextureMag, filter::Point}, {rs::TextureMin, filter::Point}, {rs::SrcBlend, blend::One},
         {rs::DestBlend, blend::Zero}, {rs::CullMode, cull::CounterClockwise}, {rs::AlphaBlendEnable, 0},
         {rs::Lighting, 1},          {rs::Ambient, 0}};
@@ -419,8 +419,7 @@ class GlDevice final : public Device3D {
     }
   }
 
-  // Appends a strip as triangles, keeping the game's winding (odd triangles reversed) and
-  // each triangle's first vertex first, which flat shading takes.
+  // Appends a strip as triangles, keeping the game's winding (odd triangles reversed).
   template <class Fill>
   void Draw(int kind, int count, Fill fill) {
     if (count < 3 || program_ == 0) return;
@@ -466,14 +465,10 @@ class GlDevice final : public Device3D {
                  GL_STREAM_DRAW);
     Describe_Layout();
     glBindVertexArray(0);
-    glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
   }
 
-  // What picks the fragment program: flat shading and a texture.
-  uint32_t Fragment_Key() const {
-    const bool textured = texture_ && detail::Texture_Of(*texture_) != 0;
-    return uint32_t(R(rs::ShadeMode) == 1) | uint32_t(textured) << 1;
-  }
+  // What picks the fragment program: a texture or none.
+  uint32_t Fragment_Key() const { return texture_ && detail::Texture_Of(*texture_) != 0 ? 1 : 0; }
 
   // The program for a key, built the first time it is asked for; null when it cannot be
   // built or too many have been.
@@ -488,9 +483,9 @@ class GlDevice final : public Device3D {
     for (Variant& v : variants_)
       if (v.key == key) return &v;
     if (variants_.size() == kMaxVariants) return nullptr;
-    const auto flag = [&](int bit) { return (key >> bit & 1u) != 0 ? "true" : "false"; };
-    const std::string fragment = std::string("#version 330 core\n") + "const bool u_flat = " + flag(0) +
-                                 ";\nconst bool u_textured = " + flag(1) + ";\n" + detail::kFixedFunctionFragment;
+    const std::string fragment =
+        std::string("#version 330 core\nconst bool u_textured = ") + (key != 0 ? "true" : "false") + ";\n" +
+        detail::kFixedFunctionFragment;
     const GLuint program = detail::Build_Program(detail::kFixedFunctionVertex, fragment.c_str());
     if (program == 0) return nullptr;
     Variant& v = variants_.emplace_back();

@@ -23,7 +23,6 @@ uniform vec3 u_light_to;       // unit vector towards the light
 uniform vec4 u_light_diffuse, u_light_ambient;
 
 out vec4 v_color;
-flat out vec4 v_color_flat;
 out vec2 v_uv;
 
 void main() {
@@ -49,17 +48,15 @@ void main() {
     colour = vec4(clamp(lit, 0.0, 1.0), diffuse_source.a);
   }
   v_color = colour;
-  v_color_flat = colour;
   v_uv = a_uv;
 }
 )";
 
-// Each combination of shading and texture gets a program of its own: the variant's values
-// come first as constants (u_flat, u_textured: bool), so
+// With and without a texture each get a program of their own: the variant's value comes
+// first as a constant (u_textured: bool), so
 // the rasteriser runs only the path taken and, with no discard, tests depth before shading.
 const char* kFixedFunctionFragment = R"(
 in vec4 v_color;
-flat in vec4 v_color_flat;
 in vec2 v_uv;
 
 uniform sampler2D u_texture;
@@ -67,10 +64,9 @@ uniform sampler2D u_texture;
 out vec4 colour;
 
 void main() {
-  vec4 diffuse = u_flat ? v_color_flat : v_color;
   // A stage with no texture samples as opaque white.
   vec4 texel = u_textured ? texture(u_texture, v_uv) : vec4(1.0);
-  colour = texel * diffuse;
+  colour = texel * v_color;
 }
 )";
 

@@ -120,10 +120,10 @@ enum class TransformKind : int { World = 1, View = 2, Projection = 3 };
 
 // Render states by the game's numbers, and the values it passes. Depth is compared
 // less-or-equal; the device starts with z on and written, blending off (one, zero),
-// counter-clockwise culling, point sampling, lighting on and no ambient. A texel is
-// always multiplied by the diffuse colour, alpha included.
+// counter-clockwise culling, point sampling, lighting on and no ambient. Colours are
+// interpolated across a triangle, and a texel is multiplied by the colour, alpha included.
 namespace rs {
-inline constexpr uint32_t ZEnable = 7, ShadeMode = 9, ZWriteEnable = 14, TextureMag = 17, TextureMin = 18,
+inline constexpr uint32_t ZEnable = 7, ZWriteEnable = 14, TextureMag = 17, TextureMin = 18,
                           SrcBlend = 19, DestBlend = 20, CullMode = 22, AlphaBlendEnable = 27, Lighting = 137,
                           Ambient = 139;
 }
