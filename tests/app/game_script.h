@@ -1,21 +1,16 @@
 #pragma once
-// Scripted play for whole-game runs: steps posted one pumped frame apart, a steady driver
-// on the bound keys, and a new player's tour of the screens.
-#include <gtest/gtest.h>
+// Whole-game runs: a new player's scripted tour of the screens, driving on the bound keys,
+// and the log lines of start-up (after the settings are read), a race and shutdown.
 
 #include <algorithm>
 #include <filesystem>
-#include <functional>
-#include <vector>
 
 #include "app/startup.h"
-#include "core/settings.h"
 #include "frontend/modIntro.h"
 #include "frontend/modMainScr.h"
 #include "platform/testing.h"
 #include "screens/modShipSelection.h"
 #include "support/test_env.h"
-#include "track/modTracks.h"
 #include "vehicle/racer_fixture.h"
 
 namespace {
@@ -30,6 +25,38 @@ inline void New_Player(testenv::ScratchAppDir& dir) {
   for (const char* folder : {"Gfx", "Textures", "Objects", "Tracks", "Data", "Sm"}) dir.Copy_From_Game(folder);
   std::filesystem::remove(dir.path() + "/Data/Hiscores.Dat");
   testenv::Write_File(modMain::Settings_Path(), kDefaultIni);
+}
+
+// The lines of text, separated by '|'.
+inline std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines(1);
+  for (char c : text) c == '|' ? lines.emplace_back() : lines.back() += c;
+  return lines;
+}
+
+// A new player's start-up with the default settings.
+inline const std::vector<std::string> kStartUpLines = Lines(
+    "Program Started| |Reading Quorval.ini...|...Done|Initialising DDraw...|DX and DDraw objects created|"
+    "Exclusive mode set, at 640x480x16|Primary Surface Created|Backbuffer Created|...DDraw Initialized||"
+    "Initializing D3D...|D3D object created|Device found - <none>|Z-buffer created|Z-buffer Attached to backbuffer|"
+    "Device Created|...D3D initialized||Making Fonts...|Loading Font0.bmp...|...Done|Loading Font1.bmp...|...Done|"
+    "Loading Font2.bmp...|...Done|Fonts created|Initialising Sound and Music...|...Sound and Music Ready|"
+    "Initialising Menu Particles...|...Menu Particles Ready|Starting Main loop");
+
+inline const std::vector<std::string> kShutdownLines = Lines(
+    "Ending Program|Cooperative level set back to normal|DSound Killed|Z-buffer Killed|3D Device Killed|D3D Killed|"
+    "Backbuffer Killed|Primary Killed|DD Killed|DX Killed|Everything was killed successfully|Bye Bye");
+
+// A race from its set-up to its teardown, on a track of `textures` textures.
+inline std::vector<std::string> Race_Log_Lines(int textures) {
+  std::string text =
+      "|Initialising Race...|LightSurface Made|Grey2x2Surf Made|CarThrustSurf Made|SkySurf Made|MiniMapSurf Made|"
+      "MiniMapShipsSurf Made|StatsBGSurf Made|   Loading Track...|   ...Done|...Done||Destroying Race Objects...|";
+  for (int i = 0; i < textures; ++i) text += "TrackTexture(" + std::to_string(i) + ").Texture = Nothing|";
+  return Lines(text +
+               "StatsBGSurf = Nothing|MiniMapShipsSurf = Nothing|MiniMapSurf = Nothing|CarThrustSurf = Nothing|"
+               "Grey2x2Surf = Nothing|LightSurface = Nothing|Track|TrackWalls|Grass|TrackTexture|TrackBlock|"
+               "TrackSector|...Done|");
 }
 
 // Runs the game in process on the manual clock; hook(pump) runs at every pumped frame.
@@ -56,11 +83,7 @@ class Script {
     const float x = (r.left + r.right) / 2.0f, y = (r.top + r.bottom) / 2.0f;
     for (EventKind kind : {EventKind::MouseMove, EventKind::MouseDown, EventKind::MouseUp})
       steps_.push_back([=] {
-        platform::InputEvent e{kind};
-        e.button = kind == EventKind::MouseMove ? 0 : 1;
-        e.x = x;
-        e.y = y;
-        platform::Post_Event(e);
+        platform::Post_Event({.kind = kind, .button = int16_t(kind == EventKind::MouseMove ? 0 : 1), .x = x, .y = y});
       });
   }
   void Wait(int frames) {
@@ -76,10 +99,9 @@ class Script {
   size_t next_ = 0;
 };
 
-// A new player's way through the game, a screen at a time: each intro page seen a while and
+// A new player's way through the game at Pump() each frame: each intro page seen a while and
 // skipped with Enter, the menu's buttons in the order given, ship selection's start, a race
-// driven on the bound keys, "ace" on the hi-score table and back to the menu. Pump() at
-// every frame.
+// driven on the bound keys, "ace" on the hi-score table and back to the menu.
 class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on
@@ -147,5 +169,13 @@ class Tour {
   int menu_visits_ = 0;
   bool started_ = false, race_over_ = false, named_ = false;
 };
+
+// Runs the whole game on the tour at 16 ms a frame.
+inline void Run_Tour(Tour& tour) {
+  Run_Main([&](uint64_t pump) {
+    platform::Advance_Manual_Clock(16);
+    tour.Pump(pump);
+  });
+}
 
 }  // namespace

@@ -1,29 +1,18 @@
-// The whole game played by a script on the manual clock: both intro pages, the main menu,
-// ship selection's start, a race against four computer ships with the player on an autopilot that
-// presses the bound keys, the hi-score table and quit. The log, the
-// settings file and the hi-score file it leaves are checked byte for byte. And a game that
-// cannot start for a missing picture.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
+// The whole game on the manual clock: a new player's tour (intro, menu, ship selection, a
+// race on the bound keys against four computer ships, hi-score table, quit) checked byte for
+// byte in the log, settings and hi-score files; a game that cannot start for a missing
+// picture; and two recorded runs (16 ms and uneven 7-40 ms frames) replayed from their
+// journals, each leaving the log, Hiscores.Dat, Ghost.Dat and final places it left when
+// recorded. A change to how the race plays fails there and is re-recorded on purpose:
+//   build/tests/tests_app --gtest_also_run_disabled_tests --gtest_filter='*Record*'
+#include <cstdio>
 
 #include "core/extras.h"
-#include "core/modMain.h"
+#include "core/hiscore_file.h"
 #include "game_script.h"
-#include "run_log.h"
+#include "vehicle/ghost.h"
 
 namespace {
-
-// Little-endian figures and length-prefixed names, as the hi-score file holds them.
-template <class T>
-void Append(std::string& out, T v, const std::string& name) {
-  out.append(reinterpret_cast<const char*>(&v), sizeof v);
-  const auto size = static_cast<int16_t>(name.size());
-  out.append(reinterpret_cast<const char*>(&size), 2) += name;
-}
 
 TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
   testenv::ScratchAppDir dir;
@@ -42,21 +31,14 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
     top_speed = p.cTopSpeed, race = p.cRaceTime;
     for (int lap = 0; lap < 3; ++lap) laps[lap] = p.cLapTime(lap + 1);
   };
-  Run_Main([&](uint64_t pump) {
-    platform::Advance_Manual_Clock(16);
-    tour.Pump(pump);
-  });
+  Run_Tour(tour);
 
   EXPECT_EQ(tour.intro_pages, (std::vector<int16_t>{1, 2}));
   EXPECT_EQ(tour.states, (std::vector<uint8_t>{5, 0, 3, 1, 2, 0}));
   EXPECT_GT(top_speed, 100);
-  EXPECT_EQ(race, laps[0] + laps[1] + laps[2]);
   // The table: the first race beats an empty one on all three records.
-  std::string table;
-  Append(table, top_speed, "ace");
-  Append(table, std::min({laps[0], laps[1], laps[2]}), "ace");
-  Append(table, race, "ace");
-  EXPECT_EQ(testenv::Read_File(dir.path() + "/Data/Hiscores.Dat"), table);
+  EXPECT_EQ(testenv::Read_File(dir.path() + "/Data/Hiscores.Dat"),
+            modHiScore::Encode_HiScores({top_speed, "ace", std::min({laps[0], laps[1], laps[2]}), "ace", race, "ace"}));
   // The name kept with the settings.
   EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()),
             "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\nace\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
@@ -90,6 +72,101 @@ TEST(WholeGame, MissingFontPictureIsNamedAndTheGameEndsInOrder) {
             "/Gfx/Font1.bmp could not be loaded");
   expected.insert(expected.end(), kShutdownLines.begin(), kShutdownLines.end());
   EXPECT_EQ(std::vector<std::string>(fonts, lines.end()), expected);
+}
+
+const std::filesystem::path kReplays = std::filesystem::path(__FILE__).parent_path() / "replays";
+
+struct Outcome {
+  std::string log, hiscores, ghost, places;
+};
+
+// Where every racer stands when the race hands over to the hi-score table.
+std::string Places() {
+  std::string out;
+  char line[128];
+  for (const auto& r : modMain::Players) {
+    if (!r) continue;
+    std::snprintf(line, sizeof line, "%.9g %.9g %.9g %.9g %d\n", double(r->PositionX), double(r->PositionY),
+                  double(r->PositionZ), double(r->cOrientation), r->cRaceTime);
+    out += line;
+  }
+  return out;
+}
+
+// A new player's first run with the ghost switched on; drive(pump) plays or just watches.
+Outcome Play(const std::function<void(uint64_t)>& drive) {
+  testenv::ScratchAppDir dir;
+  New_Player(dir);
+  testenv::Write_File(extras::Path(), "ghost=1\n");
+  Outcome out;
+  uint8_t last_state = 255;
+  platform::Set_Manual_Clock(0);
+  Run_Main([&](uint64_t pump) {
+    ASSERT_LT(pump, 40000u) << "the run is stuck in state " << int(modMain::GameState);
+    if (last_state == modMain::kStateRace && modMain::GameState != last_state) out.places = Places();
+    last_state = modMain::GameState;
+    drive(pump);
+  });
+  out.log = testenv::Read_File(modMain::Log_Path());
+  out.hiscores = testenv::Read_File(dir.path() + "/Data/Hiscores.Dat");
+  out.ghost = testenv::Read_File(dir.path() + "/Data/Ghost.Dat");
+  extras::Reset();
+  return out;
+}
+
+struct Recorded {
+  const char* name;
+  std::function<int32_t(uint64_t)> frame_ms;
+};
+const Recorded kRuns[] = {
+    {"even16", [](uint64_t) { return 16; }},
+    // A fixed sequence of frames between 7 and 40 ms, as a loaded machine gives them.
+    {"uneven7to40", [](uint64_t pump) { return static_cast<int32_t>(7 + (pump * 2654435761u >> 7) % 34); }},
+};
+
+std::string Path(const char* name, const char* what) { return (kReplays / (std::string(name) + what)).string(); }
+
+void Replay(const Recorded& run) {
+  platform::Journal journal;
+  std::string error;
+  ASSERT_TRUE(platform::Parse_Journal(testenv::Read_File(Path(run.name, ".journal")), journal, error)) << error;
+  platform::Replay_Journal(std::move(journal));
+  const Outcome out = Play([](uint64_t) {});
+  platform::Replay_Journal({});
+  EXPECT_EQ(out.places, testenv::Read_File(Path(run.name, ".places")));
+  EXPECT_EQ(out.log, testenv::Read_File(Path(run.name, ".log")));
+  EXPECT_EQ(out.hiscores, testenv::Read_File(Path(run.name, ".hiscores")));
+  EXPECT_TRUE(out.ghost == testenv::Read_File(Path(run.name, ".ghost"))) << "Ghost.Dat differs";
+}
+
+// Two tests, so that the two runs may go side by side.
+TEST(Replay, RaceAt16msFramesReplaysByteForByte) { Replay(kRuns[0]); }
+TEST(Replay, RaceAtUneven7To40msFramesReplaysByteForByte) { Replay(kRuns[1]); }
+
+// Intro, race against four ships, three laps on the autopilot, "ace" on the table, quit:
+// writes the journals and what their runs left into tests/app/replays.
+TEST(Replay, DISABLED_RecordBoth) {
+  std::filesystem::create_directories(kReplays);
+  for (const Recorded& run : kRuns) {
+    Tour tour;
+    tour.menu_buttons = {1, 3};  // race four ships, then quit
+    platform::Start_Journal();
+    const Outcome out = Play([&](uint64_t pump) {
+      platform::Advance_Manual_Clock(run.frame_ms(pump));
+      tour.Pump(pump);
+    });
+    const std::string text = platform::Journal_Text(platform::Stop_Journal());
+    ASSERT_FALSE(out.ghost.empty()) << "the record race keeps its ghost";
+    platform::Journal back;
+    std::string error;
+    ASSERT_TRUE(platform::Parse_Journal(text, back, error)) << error;
+    EXPECT_EQ(platform::Journal_Text(back), text);
+    testenv::Write_File(Path(run.name, ".journal"), text);
+    testenv::Write_File(Path(run.name, ".places"), out.places);
+    testenv::Write_File(Path(run.name, ".log"), out.log);
+    testenv::Write_File(Path(run.name, ".hiscores"), out.hiscores);
+    testenv::Write_File(Path(run.name, ".ghost"), out.ghost);
+  }
 }
 
 }  // namespace

@@ -1,34 +1,17 @@
-// The installed game: this build installed into a scratch root under /usr, made read-only,
-// and played by a new player whose home is a scratch folder. The player's files must land
-// in the user's data folder and the install must stay exactly as installed.
-#include <gtest/gtest.h>
+// This build installed under /usr in a scratch root, made read-only and played by a new player
+// with a scratch home: the player's files land in the user's data folder, the install stays as is.
 #include <signal.h>
 #include <spawn.h>
 #include <stb_image.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
 #include <iterator>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <vector>
 
 #include "app/game_script.h"
-#include "app/run_log.h"
-#include "app/startup.h"
-#include "core/log.h"
-#include "core/modMain.h"
-#include "core/settings.h"
 #include "frontend/frmSetup.h"
-#include "platform/platform.h"
-#include "platform/render.h"
-#include "platform/testing.h"
 #include "screens/modHiScore.h"
-#include "support/test_env.h"
 
 extern char** environ;
 namespace fs = std::filesystem;
@@ -57,21 +40,10 @@ void Set_Writable(const fs::path& root, bool writable) {
     if (!e.is_symlink()) fs::permissions(e.path(), kAllWrite, how, ec);
 }
 
-class ScratchRoot {
- public:
-  ScratchRoot() : path_(fs::temp_directory_path() / ("quorval-install-" + std::to_string(::getpid()))) {
-    fs::remove_all(path_);
-    fs::create_directories(path_ / "home");
-  }
-  ~ScratchRoot() {
-    Set_Writable(path_, true);
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-  }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
+// Gives the write permissions back when it goes, so that the scratch folder can be removed.
+struct WritableAgain {
+  fs::path root;
+  ~WritableAgain() { Set_Writable(root, true); }
 };
 
 // Starts the installed executable, waits for its main loop, stops it as a desktop session
@@ -96,10 +68,12 @@ int Run_Until_Looping(const std::string& exe, const std::string& log) {
 }  // namespace
 
 TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
-  ScratchRoot root;
-  const fs::path usr = root.path() / "usr", share = usr / "share";
-  const std::string install = std::string("DESTDIR='") + root.path().string() + "' '" + QUORVAL_CMAKE +
-                              "' --install '" + QUORVAL_BUILD_DIR + "' --prefix /usr > /dev/null";
+  const testenv::ScratchAppDir scratch;
+  const fs::path root = scratch.path(), usr = root / "usr", share = usr / "share";
+  const WritableAgain writable_again{usr};
+  fs::create_directories(root / "home");
+  const std::string install = std::string("DESTDIR='") + root.string() + "' '" + QUORVAL_CMAKE + "' --install '" +
+                              QUORVAL_BUILD_DIR + "' --prefix /usr > /dev/null";
   ASSERT_EQ(std::system(install.c_str()), 0) << install;
 
   // What the install holds: the data beside bin, no hi-score table of its own, the desktop files.
@@ -125,9 +99,9 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
 
   Set_Writable(usr, false);
   const auto installed = Listing(usr);
-  setenv("HOME", (root.path() / "home").c_str(), 1);
+  setenv("HOME", (root / "home").c_str(), 1);
   unsetenv("XDG_DATA_HOME");
-  const fs::path pref = root.path() / "home/.local/share/brindlex-quorval";
+  const fs::path pref = root / "home/.local/share/brindlex-quorval";
 
   // A new player's first run, in process from the installed bin folder: the setup dialog's
   // Start writes the settings, Enter skips the intro pages, the menu's quit button ends it.
@@ -141,10 +115,7 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   });
   Tour tour;
   tour.menu_buttons = {3};  // quit
-  Run_Main([&](uint64_t pump) {
-    platform::Advance_Manual_Clock(16);
-    tour.Pump(pump);
-  });
+  Run_Tour(tour);
   platform::Set_Dialog_Script(nullptr);
   modHiScore::Load_HiScores();  // the hi-score table's first read creates it
 

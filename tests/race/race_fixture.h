@@ -1,12 +1,7 @@
 #pragma once
 // A headless race on the generated files, a manual clock moving 16 ms a race frame, and a script.
-#include <filesystem>
-#include <functional>
-
 #include "race/modGameLoop.h"
 #include "support/screen_fixture.h"
-#include "track/modTracks.h"
-#include "vehicle/clsHumanPlayer.h"
 #include "vehicle/create_racers.h"
 #include "vehicle/racer_fixture.h"
 
@@ -15,23 +10,10 @@ namespace race_test {
 using vehicle_test::P;
 
 inline constexpr i32 kFrameMs = 16;
-inline constexpr int kMaxFrames = 4000;  // a script that never ends its race is stopped here
-inline constexpr int16_t kEnter = 13, kEscape = 27, kUp = 38, kDown = 40;
+inline constexpr int16_t kEnter = 13, kEscape = 27, kLeft = 37, kUp = 38, kDown = 40;
 
 // True on the first frame whose elapsed time t has reached ms.
 inline bool Reached(i32 t, i32 ms) { return t >= ms && t - kFrameMs < ms; }
-
-// A road strip through the given (x, z) points, and a list (road, grass, walls) of such strips.
-inline modTracks::TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
-  modTracks::TrackStrip s;
-  s.TextureIndex = texture;
-  for (auto [x, z] : xz) s.Vertices.Items().push_back(LitVertex{x, 0, z});
-  return s;
-}
-inline void Fill(IndexedArray<modTracks::TrackStrip>& list, std::vector<modTracks::TrackStrip> strips) {
-  list.Resize(0, static_cast<int>(strips.size()) - 1);
-  list.Items() = std::move(strips);
-}
 
 class RaceTest : public ScreenTest {
  public:
@@ -45,7 +27,7 @@ class RaceTest : public ScreenTest {
       if (!modGameLoop::Race_Running()) return;
       const i32 elapsed = ++frames * kFrameMs;  // the time the coming frame will read
       if (script_) script_(elapsed);
-      if (frames == kMaxFrames) {
+      if (frames == 4000) {  // a script that never ends its race is stopped here
         ADD_FAILURE() << "the race did not end";
         platform::Post_Event({platform::EventKind::Quit});
       }
@@ -54,8 +36,7 @@ class RaceTest : public ScreenTest {
   }
 
   // Runs a whole race; script(t) runs after each drawn frame with the time the next will see.
-  // Checks a script makes at given times run only if the race gets there: a test makes sure
-  // it does by what the race's end leaves (the state it quits to).
+  // Timed checks run only if the race gets there: a test makes sure by the state it quits to.
   void Run_Race(int opponents, std::function<void(i32)> script) {
     modMain::NumOpponents = static_cast<i16>(opponents);
     if (modMain::Players.empty()) modMain::Create_Racers(modMain::NumOpponents);
@@ -67,15 +48,6 @@ class RaceTest : public ScreenTest {
   static void Keys(i32 t, const std::vector<std::pair<i32, int>>& script) {
     for (const auto& [at, key] : script)
       if (Reached(t, at)) key > 0 ? Key_Down(int16_t(key)) : Key_Up(int16_t(-key));
-  }
-  // Leaves the race from the pause menu, from time ms on: Escape, Down to "Quit Race", Enter.
-  static void Quit_At(i32 t, i32 ms) {
-    Keys(t, {{ms, kEscape}, {ms + 16, -kEscape}, {ms + 32, kDown}, {ms + 48, -kDown}, {ms + 64, kEnter}});
-  }
-  // Writes the back buffer to build/race_shots/<name>.png and returns its path.
-  static std::string Save_Png(const std::string& name) {
-    const auto folder = std::filesystem::path(testenv::Game_Dir()).parent_path() / "race_shots";
-    return testenv::Save_Screen((folder / (name + ".png")).string());
   }
 
   std::function<void(i32)> script_;

@@ -1,28 +1,23 @@
-// Race logic without a display: times, start lights and frame passes.
+// Race logic without a display: times, start lights and frame passes; then four computer
+// racers and an autopiloted player racing three laps on the generated track, many seeds.
 #include <map>
-#include <tuple>
 
 #include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
 #include "race_fixture.h"
 #include "support/recording_device.h"
-#include "vehicle/racer_fixture.h"
+#include "vehicle/ships_dat.h"
+
+using namespace vehicle_test;
 
 namespace {
 
-using race_test::Fill;
-using race_test::Strip;
-
 TEST(RaceTimes, SplitTimeHudTextAndStartLightFrames) {
   // ms, minutes, hundredths, text; 5999.5 hundredths rounds to even.
-  for (const auto& [ms, m, h, text] :
-       std::vector<std::tuple<i32, i16, i16, std::string>>{{59995, 0, 6000, "00:60:00"},
-                                                           {59994, 0, 5999, "00:59:99"},
-                                                           {60000, 1, 0, "01:00:00"},
-                                                           {5, 0, 0, "00:00:00"},
-                                                           {15, 0, 2, "00:00:02"},
-                                                           {83456, 1, 2346, "01:23:46"},
-                                                           {3599999, 59, 6000, "59:60:00"}}) {
+  const std::tuple<i32, i16, i16, std::string> times[] = {
+      {59995, 0, 6000, "00:60:00"}, {59994, 0, 5999, "00:59:99"}, {60000, 1, 0, "01:00:00"},      {5, 0, 0, "00:00:00"},
+      {15, 0, 2, "00:00:02"},       {83456, 1, 2346, "01:23:46"}, {3599999, 59, 6000, "59:60:00"}};
+  for (const auto& [ms, m, h, text] : times) {
     i16 minutes = -1, hundredths = -1;
     modGameLoop::Split_Time(minutes, hundredths, ms);
     EXPECT_EQ(std::make_pair(minutes, hundredths), std::make_pair(m, h)) << ms;
@@ -172,6 +167,104 @@ TEST_F(FramePasses, ChaseCameraClosesInOnAStillShipAndSitsBehindItsHeading) {
   modGameLoop::Render_Race_Frame();
   const Vector3 at = modMATH::Transform_Point({106, 7, -50}, device_.view);
   EXPECT_NEAR(std::abs(at.x) + std::abs(at.y) + std::abs(at.z), 0, 1e-3);
+}
+
+constexpr int kRacers = 5, kSeeds = 10;
+constexpr i32 kRaceLimit = 6 * 60 * 1000;  // three laps in six minutes, or something is wrong
+// Walls are tested against the block a corner starts the frame on: a curve's outside may cost a few frames off.
+constexpr int kMaxFramesOff = 3;
+
+bool Over_Block(int index, float x, float z) { return Inside(modTracks::TrackBlock(index), x, z); }
+
+bool Over_Own_Or_Neighbour(const clsHumanPlayer& r) {
+  const int n = modTracks::TrackBlock.Count(), b = r.cCurrentTrackBlock();
+  const float x = r.PositionX, z = r.PositionZ;
+  return Over_Block(b, x, z) || Over_Block((b + 1) % n, x, z) || Over_Block((b + n - 1) % n, x, z);
+}
+
+struct Simulation : ::testing::Test {
+  testenv::ScratchAppDir dir;
+  shipsdat::Catalogue cat;
+  void SetUp() override {
+    for (const char* folder : {"Tracks", "Objects", "Textures", "Data"}) dir.Copy_From_Game(folder);
+    std::string error;
+    ASSERT_TRUE(modTracks::Load_Track(&error)) << error;
+    modTracks::Build_Track_Blocks();
+    ASSERT_TRUE(shipsdat::Load(shipsdat::Path(), cat, error)) << error;
+  }
+  void TearDown() override { modMain::Players.clear(); }
+  // Four computer racers and the player (autopiloted, or kind 2: driving itself) on the
+  // grid, as seed makes them.
+  void Grid(int seed, u8 player_kind = 1) {
+    modMain::Randomize(static_cast<u32>(seed));
+    Make_Players(kRacers);
+    P(0).RacerKind = player_kind;
+    P(0).cCurrentlySelectedShip = static_cast<i16>(seed % cat.Count);
+    // Every grid slot holds its racer's whole footprint on its block, clear of the others
+    // by a margin round the ships' (about 2.5 by 5 half-extents).
+    for (int i = 0; i < kRacers; ++i) {
+      ASSERT_TRUE(P(i).Reset_Car_Attributes(static_cast<i16>(i)));
+      for (int k = 0; k < 4; ++k)
+        EXPECT_TRUE(Over_Block(P(i).cCurrentTrackBlock(), RA::Corners(P(i))[k].x, RA::Corners(P(i))[k].z))
+            << "grid slot " << i << " corner " << k;
+      for (int j = 0; j < i; ++j)
+        EXPECT_TRUE(std::fabs(P(i).PositionX - P(j).PositionX) >= 5 || std::fabs(P(i).PositionZ - P(j).PositionZ) >= 10)
+            << "grid slots " << j << " and " << i;
+    }
+    modMain::GameClock = 0;
+  }
+  // Races seeds 1..seeds at frames of frame_ms; returns the most frames in a row a racer of
+  // each kind spent off its block or the blocks either side.
+  std::array<int, 3> Race(i32 frame_ms, int seeds, u8 player_kind) {
+    std::array<int, 3> most_frames_off{};  // by RacerKind
+    for (int seed = 1; seed <= seeds; ++seed) {
+      SCOPED_TRACE("seed " + std::to_string(seed));
+      Grid(seed, player_kind);
+      if (HasFatalFailure()) return most_frames_off;
+      modMain::FrameTime = frame_ms;
+      bool first_go = true;
+      int off[kRacers] = {};
+      for (i32 elapsed = frame_ms, finished = 0; finished < kRacers; elapsed += frame_ms) {
+        if (elapsed > modGameLoop::kCountdownMs + kRaceLimit) {
+          ADD_FAILURE() << "only " << finished << " racers finished";
+          return most_frames_off;
+        }
+        modMain::GameClock += frame_ms;
+        if (P(0).RacerKind == 1) Autopilot(P(0));
+        modGameLoop::Update_Racers(elapsed, first_go);
+        finished = 0;
+        for (int i = 0; i < kRacers; ++i) {
+          const clsHumanPlayer& r = P(i);
+          if (std::isnan(r.PositionX + r.PositionY + r.PositionZ)) {
+            ADD_FAILURE() << "racer " << i << " at NaN, frame " << elapsed / frame_ms;
+            return most_frames_off;
+          }
+          off[i] = Over_Own_Or_Neighbour(r) ? 0 : off[i] + 1;
+          most_frames_off[r.RacerKind] = std::max(most_frames_off[r.RacerKind], off[i]);
+          finished += r.cFinishedRace;
+        }
+      }
+      for (int i = 0; i < kRacers; ++i)
+        for (int lap = 1; lap <= 3; ++lap) EXPECT_GT(P(i).cLapTime(lap), 0) << "racer " << i << " lap " << lap;
+    }
+    return most_frames_off;
+  }
+};
+
+TEST_F(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTrack) {
+  const auto off = Race(16, kSeeds, 1);
+  EXPECT_LE(off[1], kMaxFramesOff) << "player";
+  EXPECT_LE(off[2], kMaxFramesOff) << "computer";
+  std::printf("16 ms frames: frames off the blocks in a row, at most: player %d, computer %d\n", off[1], off[2]);
+}
+
+// A slow machine's 50 ms frames run as three steps: racers keep to the road as at 60 Hz.
+// Every racer steers itself here: the test's autopilot decides once a frame, and a driver
+// deciding only 20 times a second drifts wide whatever the physics does.
+TEST_F(Simulation, FiftyMillisecondFramesStayOnTheBlocksAsSixtyHertzDoes) {
+  const auto off = Race(50, kSeeds, 2);
+  EXPECT_LE(off[2], kMaxFramesOff);
+  std::printf("50 ms frames: frames off the blocks in a row, at most: %d\n", off[2]);
 }
 
 }  // namespace

@@ -1,13 +1,14 @@
-// Whole races on the generated track, driven by the manual clock, scripted keys, the
-// window's focus and the virtual gamepad.
-#include <cmath>
-#include <tuple>
+// Whole races on the generated track, driven by scripted keys, the window's focus and the
+// virtual gamepad; what a race frame shows; and the ghost: its file, its flight, the recording
+// of a real race, split lines against it, and the frame and HUD that show it.
+#include <cstring>
 
 #include "core/extras.h"
-#include "platform/testing.h"
 #include "race_fixture.h"
+#include "vehicle/ghost.h"
 
 using namespace race_test;
+using namespace vehicle_test;
 
 namespace {
 
@@ -22,10 +23,16 @@ void Expect_Torn_Down() {
   EXPECT_FALSE(TrackTexture(0).Texture) << "textures";
 }
 
-// A point 8 pixels right of a lamp's centre in the start lights (at 293, 50).
-int Lamp(int lamp, int shift) { return int(testenv::At(327, 70 + lamp * 36) >> shift & 0xFF); }
-bool Red(int lamp) { return Lamp(lamp, 16) > 200 && Lamp(lamp, 8) < 120; }
-bool Green(int lamp) { return Lamp(lamp, 8) > 200 && Lamp(lamp, 16) < 150; }
+// The start lights' three lamps, top down: R red, G green, - neither; each read 8 pixels
+// right of its centre (the first at 293, 50).
+std::string Lamps() {
+  std::string lamps;
+  for (int y = 70; y < 70 + 3 * 36; y += 36) {
+    const int red = int(testenv::At(327, y) >> 16 & 0xFF), green = int(testenv::At(327, y) >> 8 & 0xFF);
+    lamps += red > 200 && green < 120 ? 'R' : green > 200 && red < 150 ? 'G' : '-';
+  }
+  return lamps;
+}
 
 TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
   std::vector<std::string> shown;
@@ -78,19 +85,12 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
     } else if (clock_after_start == 0) {
       clock_after_start = modMain::GameClock;
     }
-    if (drawn == 1008) std::printf("countdown: %s\n", Save_Png("race_countdown").c_str());
-    if (drawn == 992) {
-      EXPECT_EQ(std::pair(Red(0), Red(1)), std::pair(true, false)) << "one red lamp";
-    }
-    if (drawn == 1008) {
-      EXPECT_EQ(std::pair(Red(1), Red(2)), std::pair(true, false)) << "two red lamps";
-    }
-    if (drawn == 3008) {
-      EXPECT_EQ(std::pair(Green(0), Green(2)), std::pair(true, true)) << "green at the signal";
-    }
-    if (drawn == 4016) {
-      EXPECT_EQ(std::pair(Green(0), Red(0)), std::pair(false, false)) << "the lights are gone";
-    }
+    if (drawn == 1008) Screenshot("race_countdown");
+    // One red lamp, two, all green at the signal, then none.
+    for (const auto& [at, lamps] : {std::pair{992, "R--"}, {1008, "RR-"}, {3008, "GGG"}, {4016, "---"}})
+      if (drawn == at) {
+        EXPECT_EQ(Lamps(), lamps) << "at " << drawn;
+      }
     if (Reached(t, 3600)) {
       EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "Escape in the countdown is ignored";
     }
@@ -103,7 +103,7 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
       paused_clock = modMain::GameClock;
     } else if (Is_Set(modGameLoop::Paused) && t <= 6608) {
       EXPECT_EQ(modMain::GameClock, paused_clock) << "the race clock stands still while paused";
-      if (blink_frames == 3) std::printf("paused: %s\n", Save_Png("race_paused").c_str());
+      if (blink_frames == 3) Screenshot("race_paused");
       if (blink_frames++ < 22) {
         resume_lit += Shows_Text(260, 220, 0, "Resume");
         quit_lit += Shows_Text(230, 250, 0, "Quit Race");
@@ -121,8 +121,7 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
   EXPECT_EQ(clock_after_start, kFrameMs);
   // Selection 0: "Resume" lit 6 of every 11 frames, "Quit Race" always.
   EXPECT_GE(blink_frames, 22);
-  EXPECT_EQ(resume_lit, 12);
-  EXPECT_EQ(quit_lit, 22);
+  EXPECT_EQ(std::tuple(resume_lit, quit_lit), std::tuple(12, 22)) << "frames lit: Resume, Quit Race";
   // Quit: nothing left but the racers (kept for the next screen) and the sky (kept until the
   // next race replaces it).
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
@@ -142,7 +141,6 @@ TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
   int missing_meshes = 0, faults = 0;
   platform::Set_Message_Box_Hook([&](const std::string&) { ++missing_meshes; });
   modMain::Create_Racers(4);
-  constexpr int kLeft = 37;
   for (const i16 ship : {0, 1, 2}) {
     SCOPED_TRACE(ship);
     P(0).cCurrentlySelectedShip = ship;
@@ -151,9 +149,16 @@ TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
       for (int i = 0; i <= 4; ++i)
         for (const float v : {P(i).PositionX, P(i).PositionY, P(i).PositionZ, P(i).cOrientation})
           faults += !std::isfinite(v);
-      // Thrust and a turn, both let go for the pause menu's "Quit Race".
-      Keys(t, {{3100, kUp}, {3400, kLeft}, {4200, -kUp}, {4200, -kLeft}});
-      Quit_At(t, 4300);
+      // Thrust and a turn, both let go; then the pause menu: Escape, Down to "Quit Race", Enter.
+      Keys(t, {{3100, kUp},
+               {3400, kLeft},
+               {4200, -kUp},
+               {4200, -kLeft},
+               {4300, kEscape},
+               {4316, -kEscape},
+               {4332, kDown},
+               {4348, -kDown},
+               {4364, kEnter}});
     });
     EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
     Key_Up(kEnter);
@@ -163,9 +168,8 @@ TEST_F(RaceTest, ShipsWithBlankOrNonNumericFiguresRaceWithoutFaults) {
   EXPECT_GE(missing_meshes, 1) << "the player's ship 2 has no mesh";
 }
 
-// The window during a race: losing the focus pauses as Escape does (held back by the
-// countdown), switching the window keeps the race going, and on a 144 Hz display the
-// pause menu blinks at the rate it has at 60 Hz.
+// Losing the focus pauses as Escape does (held back by the countdown), switching the window
+// keeps the race going, and on a 144 Hz display the pause menu blinks as at 60 Hz.
 void Lose_Focus() { platform::Post_Event({platform::EventKind::FocusLost}); }
 
 TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinksAsAt60) {
@@ -194,9 +198,7 @@ TEST_F(RaceTest, FocusLostPausesAsEscapeDoesTheClockWaitsAndAt144HzTheMenuBlinks
     if (Reached(t, 5300)) {
       EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "resumed";
       racer = &P(0);
-      platform::InputEvent alt_enter{platform::EventKind::KeyDown, kEnter};
-      alt_enter.shift = 4;
-      platform::Post_Event(alt_enter);
+      platform::Post_Event({.kind = platform::EventKind::KeyDown, .key = kEnter, .shift = 4});  // Alt+Enter
     }
     if (Reached(t, 5400)) {  // the switch neither pauses nor restarts the race
       EXPECT_TRUE(platform::Windowed());
@@ -269,6 +271,291 @@ TEST_F(RaceTest, ThePadDrivesStartPausesAnUnpluggedPadPausesAndWorksAgainOnceBac
   platform::Detach_Virtual_Pad();
   EXPECT_EQ(modGameLoop::PauseSelection, 1) << "the brake moved the selection";
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu) << "A on Quit Race";
+}
+
+int R(uint32_t p) { return int(p >> 16 & 0xFF); }
+int B(uint32_t p) { return int(p & 0xFF); }
+
+// The scene alone (no HUD), redrawn now from the current state.
+std::vector<uint32_t> Scene() {
+  modGameLoop::Render_Race_Frame();
+  return testenv::Read(0, 0, 640, 480);
+}
+
+// Then the finish: the results, and Enter goes to the hi-scores with the racers kept.
+TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHudThenTheFinishItsResults) {
+  bool results_shown = false, escape_ignored = false;
+  Run_Race(4, [&](i32 t) {
+    if (Reached(t, 40)) P(0).RacerKind = 2;  // the player's ship drives itself
+    if (Reached(t, 12032)) {
+      escape_ignored = !Is_Set(modGameLoop::Paused);
+      Screenshot("race_results");
+      EXPECT_TRUE(Shows_Text(215, 205, 2, "Race Time 02:59:23"));
+      EXPECT_TRUE(Shows_Text(215, 240, 2, "Lap 2     00:60:00"));
+      EXPECT_TRUE(Shows_Text(218, 280, 2, "Top Speed 187 MPH"));
+      results_shown = true;
+    }
+    Keys(t, {{12000, kEscape}, {12100, kEnter}});
+    if (!Reached(t, 12000)) return;
+    Screenshot("race_mid");
+    clsHumanPlayer& p = P(0);
+    ASSERT_GT(p.cVelocityMag, 1.0f) << "the player is racing";
+    // Panel and marker pixels first: the text checks draw over them.
+    const auto& stats = *modGameLoop::StatsBGSurf;  // panel: art row y + 28; bar: art x - 402
+    ASSERT_NE(stats.Pixel(155, 98) & 0xFFFFFF, 0u);
+    EXPECT_EQ(At(155, 70), stats.Pixel(155, 98) & 0xFFFFFF) << "lap panel";
+    EXPECT_EQ(At(502, 3), stats.Pixel(100, 3) & 0xFFFFFF) << "clock bar";
+    i16 x = 0, y = 0;
+    ASSERT_TRUE(modGameLoop::Marker_Position(0, x, y));
+    EXPECT_PRED3(Between, x, 495, 622);
+    EXPECT_PRED3(Between, y, 296, 423);
+    EXPECT_EQ(At(x + 5, y + 5), modGameLoop::MiniMapShipsSurf->Pixel(5, 15) & 0xFFFFFF) << "the player's marker on top";
+    const std::string time = "Race Time " + modGameLoop::Time_Text(modMain::GameClock);
+    EXPECT_TRUE(Shows_Text(490, 440, 0, numbers::Format(p.cVelocityMag * 60.0, "000") + " MPH"));
+    EXPECT_TRUE(Shows_Text(13, 20, 0, "Lap 1/3"));
+    EXPECT_TRUE(Shows_Text(13, 53, 0, "Pos " + std::to_string(p.cRace_Position) + "/5"));
+    EXPECT_TRUE(Shows_Text(415, 12, 2, time)) << time;
+
+    // Sky above, grey road under the ship, white map road in a black square.
+    const auto frame = Scene();
+    EXPECT_GT(B(frame[2 * 640 + 320]), R(frame[2 * 640 + 320]) + 30);
+    const uint32_t road = frame[470 * 640 + 320];
+    EXPECT_LT(std::abs(R(road) - B(road)), 40) << "grey road " << std::hex << road;
+    EXPECT_LT(R(road), 160) << "dark road " << std::hex << road;
+    int map_white = 0;
+    for (int i = 0; i < 128 * 128; ++i) {
+      const uint32_t m = frame[size_t(300 + i / 128) * 640 + 500 + i % 128];
+      map_white += R(m) > 235 && B(m) > 235;
+    }
+    EXPECT_PRED3(Between, map_white, 301, 128 * 64 - 1);
+    // The same view without the ships differs around the player's ship.
+    // Each redraw steps the camera 0.05 in: start it 0.05 out so both see the same view.
+    auto redraw = [d = modGameLoop::CameraDistance + 0.05f](i16 opponents) {
+      modGameLoop::CameraDistance = d, modMain::NumOpponents = opponents;
+      return Scene();
+    };
+    const auto with = redraw(4), without = redraw(-1);
+    modMain::NumOpponents = 4;
+    int ship_pixels = 0;
+    for (size_t i = 240 * 640; i < with.size(); ++i) ship_pixels += with[i] != without[i];
+    EXPECT_GT(ship_pixels, 2000);
+    // Back on the player's own keys, the third lap over as the racer's lap counting leaves it.
+    p.RacerKind = 1;
+    p.Thrust = p.Brake = p.SteerLeft = p.SteerRight = kFalse;
+    p.cFinishedRace = 1;
+    p.cLapTime(1) = 61230, p.cLapTime(2) = 59995, p.cLapTime(3) = 58004;
+    p.cRaceTime = 179229, p.cTopSpeed = 187;
+  });
+  EXPECT_TRUE(escape_ignored);
+  EXPECT_TRUE(results_shown) << "the results were never drawn";
+  EXPECT_EQ(modMain::GameState, modMain::kStateHiScore);
+  ASSERT_EQ(modMain::Players.size(), 5u);
+  EXPECT_EQ(P(0).cRaceTime, 179229);
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
+}
+
+TEST_F(RaceTest, MiniMapMapsTheRoadsBoundsDrawsItWhiteOnBlackAndIsBlankWithoutExtent) {
+  auto map = mod3Denhance::Create_Texture("", 128, 128, 0);
+  ASSERT_TRUE(map);
+  Fill(modTracks::Track, {Strip({{10, 0}, {20, 0}, {10, 30}, {20, 30}, {-5, 60}, {15, 70}}),
+                          Strip({{-5, 60}, {15, 70}, {0, 90}, {40, 100}})});
+  modTracks::Build_MiniMap(map);
+  EXPECT_EQ(modTracks::Map_Bounds(), (std::array<float, 4>{-5, 40, 0, 100}));
+  float c = -1, r = -1;
+  ASSERT_TRUE(modTracks::MiniMap_Point(40, 100, c, r));
+  EXPECT_EQ(std::make_pair(c, r), std::make_pair(127.0f, 127.0f));
+  // Each strip without its last rung, then the first rung again.
+  const auto outline = modTracks::MiniMap_Outline();
+  ASSERT_EQ(outline.size(), 8u);
+  EXPECT_FLOAT_EQ(outline[3].sx, 25 / 45.0f * 127);
+  EXPECT_EQ(outline[4].sx, 0) << "the second strip starts at the left";
+  EXPECT_EQ(outline[7].sy, outline[1].sy) << "the outline closes on the first rung";
+
+  // A square ring of road, 100 units across and 20 wide, as four strips of two quads.
+  const float o = 0, i = 20, f = 80, e = 100;
+  Fill(modTracks::Track, {Strip({{o, o}, {i, i}, {e / 2, o}, {e / 2, i}, {e, o}, {f, i}}),
+                          Strip({{e, o}, {f, i}, {e, e / 2}, {f, e / 2}, {e, e}, {f, f}}),
+                          Strip({{e, e}, {f, f}, {e / 2, e}, {e / 2, f}, {o, e}, {i, f}}),
+                          Strip({{o, e}, {i, f}, {o, e / 2}, {i, e / 2}, {o, o}, {i, i}})});
+  modTracks::Build_MiniMap(map);
+  auto pixel = [&](int x, int y) { return map->Pixel(x, y) & 0xFFFFFF; };
+  // Road about 25 pixels of each edge of the 127-pixel square.
+  for (const auto& [x, y] :
+       std::vector<std::pair<int, int>>{{5, 5}, {10, 64}, {64, 10}, {120, 64}, {64, 120}, {121, 121}})
+    EXPECT_EQ(pixel(x, y), 0xFFFFFFu) << x << ", " << y;
+  for (const auto& [x, y] : std::vector<std::pair<int, int>>{{64, 64}, {40, 40}, {90, 90}, {127, 127}, {127, 0}})
+    EXPECT_EQ(pixel(x, y), 0u) << x << ", " << y;
+  // All road on one x, all on one z, or none: no map, and what was drawn is gone.
+  using Road = std::vector<std::pair<float, float>>;
+  for (const Road& road : {Road{{5, 0}, {5, 10}, {5, 20}, {5, 30}}, Road{{0, 7}, {10, 7}, {20, 7}, {30, 7}}, Road{}}) {
+    Fill(modTracks::Track, {Strip(road)});
+    modTracks::Build_MiniMap(map);
+    EXPECT_FALSE(modTracks::MiniMap_Point(5, 7, c, r));
+    EXPECT_TRUE(modTracks::MiniMap_Outline().empty());
+    for (const auto& [x, y] : std::vector<std::pair<int, int>>{{5, 5}, {64, 10}, {121, 121}})
+      EXPECT_EQ(pixel(x, y), 0u) << "still drawn at " << x << ", " << y;
+    modMain::Create_Racers(0);
+    i16 mx = 0, my = 0;
+    EXPECT_FALSE(modGameLoop::Marker_Position(0, mx, my));
+  }
+  // The device is left as the race expects it.
+  EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::Lighting), 0u);
+  EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::CullMode), platform::cull::CounterClockwise);
+}
+
+constexpr i32 kFrame = 16;
+
+bool Decode(const std::string& bytes, ghost::Recording& out, std::string& error) {
+  return ghost::Decode(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), out, error);
+}
+
+TEST(Ghost, FileRoundTripsEveryDamagedFormIsRefusedAndItFliesBetweenItsSamples) {
+  ghost::Recording r, back;
+  r.track_size = 10, r.track_checksum = 0xABCD, r.ship = 1, r.skin = 2, r.ship_name = "Ship_1", r.race_time = 900;
+  for (int i = 0; i < ghost::kSplits; ++i) r.splits[i] = 50 * (i + 1);
+  r.samples = {{0, 0, 1, 0, 0, 0}, {100, 10, 3, -20, 2, 0.5f}};
+  const std::string bytes = ghost::Encode(r);
+  std::string error;
+  ASSERT_TRUE(Decode(bytes, back, error)) << error;
+  EXPECT_EQ(ghost::Encode(back), bytes);
+  // Every cut of the file, and one byte too many, is refused.
+  for (size_t n = 0; n <= bytes.size(); ++n)
+    EXPECT_FALSE(Decode(n < bytes.size() ? bytes.substr(0, n) : bytes + '\0', back, error)) << n;
+  const size_t samples = bytes.size() - 2 * 24;
+  for (const auto& [what, at, value] : {std::tuple<const char*, size_t, uint8_t>{"version", 4, 2},
+                                        {"skin", 16, 7},
+                                        {"name", 19, '/'},
+                                        {"count", samples - 4, 3},
+                                        {"float", samples + 7, 0x7F},
+                                        {"time order", samples + 24 + 3, 0xFF}}) {
+    std::string bad = bytes;
+    bad[at] = static_cast<char>(value);
+    if (std::strcmp(what, "float") == 0) bad[at - 1] = static_cast<char>(0xC0);  // a NaN
+    EXPECT_FALSE(Decode(bad, back, error)) << what;
+  }
+  const ghost::Sample mid = ghost::Sample_At(r.samples, 25);
+  EXPECT_EQ((std::vector<float>{mid.x, mid.y, mid.z, mid.heading, mid.bank}),
+            (std::vector<float>{2.5f, 1.5f, -5.0f, 0.5f, 0.125f}));
+  EXPECT_EQ(std::tuple(ghost::Sample_At(r.samples, -40).x, ghost::Sample_At(r.samples, 4000).x),
+            std::tuple(0.0f, 10.0f))
+      << "held at the first and the last sample";
+  EXPECT_EQ(std::tuple(ghost::Sector_Start(1, 334), ghost::Sector_Start(3, 334)), std::tuple(83, 250));
+  EXPECT_EQ(modGameLoop::Split_Text(-8346) + " " + modGameLoop::Split_Text(4500), "-00:08:35 +00:04:50");
+}
+
+// One autopiloted player, alone, three laps; slow makes it lift off the throttle at times.
+i32 Race(bool slow, const std::string& track, std::vector<ghost::Split>* splits) {
+  clsHumanPlayer& p = Make_Players(1);
+  p.RacerKind = 1;
+  EXPECT_TRUE(p.Reset_Car_Attributes(0));
+  uint32_t size = 0, sum = 0;
+  EXPECT_TRUE(ghost::File_Checksum(track, size, sum));
+  ghost::Begin_Race(p, p.ShipBaseName, size, sum, modTracks::TrackBlock.Count());
+  modMain::FrameTime = kFrame, modMain::GameClock = 0;
+  bool first_go = true;
+  int last_line = -1;
+  for (i32 elapsed = kFrame; p.cFinishedRace == 0 && elapsed < 400000; elapsed += kFrame) {
+    modMain::GameClock += kFrame;
+    Autopilot(p);
+    if (slow && (elapsed / 1000) % 5 == 0) p.Thrust = kFalse;
+    modGameLoop::Update_Racers(elapsed, first_go);
+    if (!first_go) ghost::Record_Frame(p, modMain::GameClock);
+    if (splits != nullptr && ghost::Last_Split().line != last_line) {
+      last_line = ghost::Last_Split().line;
+      splits->push_back(ghost::Last_Split());
+    }
+  }
+  EXPECT_EQ(p.cFinishedRace, 1);
+  ghost::End_Race();
+  return p.cRaceTime;
+}
+
+// Then, with the record's ghost, a race on screen: the ghost flies see-through with its own
+// marker and the split shows in its colour.
+TEST_F(RaceTest, ARecordRaceIsKeptASlowerOneLeavesItTheNextSplitsAgainstItAndSeesItFly) {
+  std::string error;
+  ASSERT_TRUE(modTracks::Load_Track(&error)) << error;
+  modTracks::Build_Track_Blocks();
+  const std::string track = platform::Game_Path(modTracks::kTrackFile);
+  extras::Load();
+  ghost::Begin_Race(clsHumanPlayer{}, "Ship_1", 1, 1, 4);
+  EXPECT_EQ(ghost::Racing(), nullptr) << "switched off: nothing loaded";
+  ghost::Set_Enabled(true);
+
+  const i32 fast = Race(false, track, nullptr);
+  ghost::Save_If_Best(fast + 1);
+  const std::string kept = testenv::Read_File(ghost::Path());
+  ASSERT_FALSE(kept.empty()) << "a record race writes Ghost.Dat";
+  ghost::Recording saved;
+  ASSERT_TRUE(Decode(kept, saved, error)) << error;
+  EXPECT_EQ(std::tuple(saved.race_time, saved.splits[11]), std::tuple(fast, fast))
+      << "the last split line is the finish";
+  EXPECT_GT(saved.samples.size(), static_cast<size_t>(fast / kFrame) - 2) << "one sample a frame";
+
+  std::vector<ghost::Split> splits;
+  const i32 slow = Race(true, track, &splits);
+  ASSERT_GT(slow, fast);
+  std::printf("ghost race %d ms, slower race %d ms\n", fast, slow);
+  ghost::Save_If_Best(fast);
+  EXPECT_EQ(testenv::Read_File(ghost::Path()), kept) << "a slower race leaves the ghost";
+  ASSERT_EQ(splits.size(), static_cast<size_t>(ghost::kSplits)) << "four lines a lap, each once";
+  for (size_t i = 0; i < splits.size(); ++i) {
+    EXPECT_EQ(splits[i].line, static_cast<int>(i));
+    EXPECT_TRUE(splits[i].has_ghost_diff) << "line " << i;
+    EXPECT_EQ(splits[i].ghost_diff, splits[i].clock - saved.splits[i]) << "line " << i;
+  }
+  EXPECT_GT(splits.back().ghost_diff, 0) << "behind the ghost at the finish";
+
+  // A ghost of another track is ignored with one line.
+  const std::string bytes = testenv::Read_File(track);
+  testenv::Write_File(track, bytes + "x");
+  Race(false, track, nullptr);
+  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()).back(), "Ghost.Dat ignored: recorded on another track");
+  testenv::Write_File(track, bytes);
+  modMain::Players.clear();
+
+  bool shown = false;
+  int frames_after = -1;
+  Run_Race(0, [&](i32 t) {
+    if (Reached(t, 40)) P(0).RacerKind = 2;  // the player's ship drives itself
+    if (ghost::Last_Split().line == 0 && ++frames_after == 20) {
+      shown = true;
+      Screenshot("race_ghost_split");
+      const ghost::Split& split = ghost::Last_Split();
+      ASSERT_TRUE(split.has_ghost_diff);
+      EXPECT_TRUE(Shows_Text(415, 40, 2, "Ghost"));
+      // The digits are drawn in green when ahead of the ghost, in red when behind.
+      int green = 0, red = 0;
+      for (int y = 40; y < 55; ++y)
+        for (int x = 415 + 12 * 9; x < 415 + 12 * 18; ++x) {
+          const uint32_t p = At(x, y);
+          green += (p >> 8 & 0xFF) > 150 && (p >> 16 & 0xFF) < 120;
+          red += (p >> 16 & 0xFF) > 150 && (p >> 8 & 0xFF) < 120;
+        }
+      EXPECT_GT(split.ghost_diff <= 0 ? green : red, 20) << "diff " << split.ghost_diff;
+      EXPECT_EQ(split.ghost_diff <= 0 ? red : green, 0);
+      // A moment earlier the ghost flies just ahead of the player; at the end of its race it
+      // is far away: the two scenes differ where it flies, and only there.
+      const i32 now = modMain::GameClock;
+      auto scene = [&, camera = modGameLoop::CameraDistance](i32 clock) {
+        modMain::GameClock = clock, modGameLoop::CameraDistance = camera;
+        return Scene();
+      };
+      const auto ahead = scene(now - split.ghost_diff + 100);
+      modGameLoop::Draw_HUD();  // the picture: the ghost ahead, the split under the race time
+      Screenshot("race_ghost_ahead");
+      const auto gone = scene(INT32_MAX / 2);
+      modMain::GameClock = now;
+      int changed = 0;
+      for (size_t i = 0; i < ahead.size(); ++i) changed += ahead[i] != gone[i];
+      EXPECT_GT(changed, 200) << "the ghost is drawn";
+      EXPECT_LT(changed, 640 * 480 / 10) << "and nothing else changed";
+      platform::Post_Event({platform::EventKind::Quit});
+    }
+  });
+  EXPECT_TRUE(shown) << "the first sector line was never crossed";
+  modMain::Players.clear();
+  extras::Reset();
 }
 
 }  // namespace

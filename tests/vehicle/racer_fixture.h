@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
-#include <vector>
 
 #include "core/modMain.h"
 #include "track/modTracks.h"
-#include "vehicle/clsHumanPlayer.h"
 #include "vehicle/players.h"
 #include "vehicle/racer_box.h"
 
@@ -57,6 +54,28 @@ inline void Autopilot(clsHumanPlayer& r) {
   const float turn = Turn_To_Road(r);
   r.SteerLeft = turn > 0.02f ? kTrue : kFalse, r.SteerRight = turn < -0.02f ? kTrue : kFalse;
   r.Thrust = kTrue, r.Brake = kFalse;
+}
+
+// A road strip through the given (x, z) points, and a list (road, grass, walls) of such strips.
+inline modTracks::TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
+  modTracks::TrackStrip s;
+  s.TextureIndex = texture;
+  for (auto [x, z] : xz) s.Vertices.Items().push_back(LitVertex{x, 0, z});
+  return s;
+}
+inline void Fill(IndexedArray<modTracks::TrackStrip>& list, std::vector<modTracks::TrackStrip> strips) {
+  list.Resize(0, static_cast<int>(strips.size()) - 1);
+  list.Items() = std::move(strips);
+}
+
+// Inside a block: behind each of its four edges (normals point out).
+inline bool Inside(const modTracks::TrackBlockRecord& b, float x, float z) {
+  const int through[4] = {0, 1, 2, 0};
+  for (int j = 0; j < 4; ++j) {
+    const Vector3 &c = b.Corner[through[j]], &n = b.EdgeNormal[j];
+    if ((x - c.x) * n.x + (z - c.z) * n.z >= 0) return false;
+  }
+  return true;
 }
 
 inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }

@@ -1,20 +1,14 @@
-// The track file reader and the block builder, on small hand-made files.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <cstdio>
+// The track file reader and block builder on small hand-made files, then the generated circuit
+// as a race loads it: a closed drivable loop with its scenery ordered for drawing.
+#include <bit>
 #include <limits>
-#include <memory>
-#include <tuple>
+#include <set>
 
-#include "app/run_log.h"
-#include "core/log.h"
-#include "platform/platform.h"
-#include "support/test_env.h"
-#include "track/modTracks.h"
+#include "../../tools/assetgen/track_params.h"
+#include "app/game_script.h"
 
 using namespace modTracks;
+using namespace vehicle_test;
 
 namespace {
 
@@ -23,22 +17,18 @@ using Points = std::vector<std::pair<float, float>>;
 // Track file bytes written field by field, so a test can break any one of them.
 struct FileBytes {
   std::string b;
-  template <class T>
-  FileBytes& Raw(T v) {
-    b.append(reinterpret_cast<const char*>(&v), sizeof v);
-    return *this;
-  }
-  FileBytes& I16(int v) { return Raw(static_cast<int16_t>(v)); }
-  FileBytes& I32(long long v) { return Raw(static_cast<int32_t>(v)); }
-  FileBytes& Fill(size_t n, char c) {
-    b.append(n, c);
-    return *this;
-  }
-  FileBytes& Text(const std::string& s) {
-    I16(static_cast<int>(s.size()));
+  FileBytes& Bytes(const std::string& s) {
     b += s;
     return *this;
   }
+  template <class T>
+  FileBytes& Raw(T v) {
+    return Bytes(std::string(reinterpret_cast<const char*>(&v), sizeof v));
+  }
+  FileBytes& I16(int v) { return Raw(static_cast<int16_t>(v)); }
+  FileBytes& I32(long long v) { return Raw(static_cast<int32_t>(v)); }
+  FileBytes& Fill(size_t n, char c) { return Bytes(std::string(n, c)); }
+  FileBytes& Text(const std::string& s) { return I16(static_cast<int>(s.size())).Bytes(s); }
   // A strip of (x, z) points at height 1, with dimension count and lower bound as given.
   FileBytes& Strip(const Points& xz, int texture, int dims = 1, int lower = 0) {
     I16(dims).I32(static_cast<long long>(xz.size())).I32(lower);
@@ -80,18 +70,32 @@ std::string Left_Over() {
   return left;
 }
 
+bool Same_Point(const LitVertex& a, const LitVertex& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+
+// Turn across one block, back edge to front edge; positive to the right (+z toward +x).
+float Heading_Change(int k) {
+  const Vector3 &back = TrackBlock(k).EdgeNormal[3], &b = TrackBlock(k).EdgeNormal[2];
+  return std::atan2(b.z * back.x - back.z * b.x, -back.x * b.x - back.z * b.z);
+}
+
+// Strips of one texture sit together, so drawing switches texture once per texture.
+bool Grouped(const IndexedArray<TrackStrip>& strips) {
+  std::vector<int> runs;
+  for (const TrackStrip& s : strips.Items())
+    if (runs.empty() || runs.back() != s.TextureIndex) runs.push_back(s.TextureIndex);
+  return std::set<int>(runs.begin(), runs.end()).size() == runs.size();
+}
+
 }  // namespace
 
 TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcrossStrips) {
   std::string error;
   ASSERT_TRUE(Load_Track_From_Bytes(Small_Track(), "mem.MXT", &error)) << error;
-  EXPECT_EQ(std::pair(Track.Lower(), Track.Upper()), std::pair(0, 1));
-  EXPECT_EQ(Grass.Upper(), 0);  // a count of 0 is one record
+  EXPECT_EQ(std::tuple(Track.Lower(), Track.Upper(), Grass.Upper()), std::tuple(0, 1, 0));  // a count of 0: one record
   EXPECT_EQ(std::tuple(Track(0).Vertices.Count(), Track(1).TextureIndex, Track(0).Vertices(0).tv),
             std::tuple(6, 1, 0.25f));
   // -1 walls: one record consumed and kept at index -1, so what follows still lines up.
-  EXPECT_EQ(std::pair(TrackWalls.Lower(), TrackWalls.Upper()), std::pair(-1, -1));
-  EXPECT_EQ(TrackWalls(-1).TextureIndex, 99);
+  EXPECT_EQ(std::tuple(TrackWalls.Lower(), TrackWalls.Upper(), TrackWalls(-1).TextureIndex), std::tuple(-1, -1, 99));
   ASSERT_EQ(std::pair(Sectors().Count(), TrackTexture.Upper()), std::pair(1, 1));
   const auto& list = Sectors()(0).Lists[2];
   EXPECT_EQ((std::array{int(Sectors()(0).Fixed[15]), list.Lower(), int(list(5)), int(list(6))}),
@@ -114,16 +118,11 @@ TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcros
 }
 
 TEST(TrackBlocks, NormalsPointOutAndExtremeCornersKeepTheLowerIndexOnTies) {
-  auto strip = [](const Points& xz) {
-    TrackStrip s;
-    for (auto [x, z] : xz) s.Vertices.Items().push_back(LitVertex{x, 0, z});
-    return s;
-  };
   const auto extremes = [](const TrackBlockRecord& b) {
     return std::array<int, 4>{b.MinXCorner, b.MinZCorner, b.MaxXCorner, b.MaxZCorner};
   };
   // A lone rung makes no block. Racing toward +x the right-hand side is -z; the skewed quad widens at the front.
-  Track.Items() = {strip(kSquare), strip({{5, 5}, {3, 5}}), strip({{0, -2}, {0, 2}, {4, -5}, {4, 5}})};
+  Track.Items() = {Strip(kSquare), Strip({{5, 5}, {3, 5}}), Strip({{0, -2}, {0, 2}, {4, -5}, {4, 5}})};
   Build_Track_Blocks();
   ASSERT_EQ(TrackBlock.Count(), 2);
 
@@ -142,7 +141,7 @@ TEST(TrackBlocks, NormalsPointOutAndExtremeCornersKeepTheLowerIndexOnTies) {
   }
   EXPECT_EQ(extremes(sk), (std::array{0, 2, 2, 3}));  // corners 0 and 1 tie on x = 0
 
-  Track.Items() = {strip({{5, 5}, {3, 5}})};  // no block at all: the list keeps one zeroed element
+  Track.Items() = {Strip({{5, 5}, {3, 5}})};  // no block at all: the list keeps one zeroed element
   Build_Track_Blocks();
   EXPECT_EQ(std::pair(TrackBlock.Count(), TrackBlock(0).Corner[3].x), std::pair(1, 0.0f));
 }
@@ -210,4 +209,82 @@ TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
   EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()),
             Lines("Program Started| |TrackTexture(0).Texture = Nothing|TrackTexture(1).Texture = Nothing|Track|"
                   "TrackWalls|Grass|TrackTexture|TrackBlock|TrackSector"));
+}
+
+TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSortedAndEveryTextureLoads) {
+  testenv::ScratchAppDir app;
+  app.Copy_From_Game("Tracks");
+  app.Copy_From_Game("Textures");
+  std::string error;
+  ASSERT_TRUE(Load_Track(&error)) << error;
+  Build_Track_Blocks();
+  // Each strip ends on the rung where the next begins; the last one on the start line.
+  for (int i = 0; i <= Track.Upper(); ++i) {
+    const auto &v = Track(i).Vertices, &next = Track((i + 1) % Track.Count()).Vertices;
+    EXPECT_TRUE(Same_Point(v(v.Upper() - 1), next(0))) << "strip " << i << ", first point";
+    EXPECT_TRUE(Same_Point(v(v.Upper()), next(1))) << "strip " << i << ", second point";
+  }
+  double lap = 0, widest_turn = 0;
+  float low = 1e9f, high = -1e9f, max_step = 0;
+  bool banked = false, level_curve = false;
+  for (int k = 0; k < TrackBlock.Count(); ++k) {
+    const Vector3 *c = TrackBlock(k).Corner, *n = TrackBlock((k + 1) % TrackBlock.Count()).Corner;
+    for (int j : {2, 3}) EXPECT_EQ(std::pair(c[j].x, c[j].z), std::pair(n[j - 2].x, n[j - 2].z)) << k;
+    EXPECT_NEAR(std::hypot(c[0].x - c[1].x, c[0].z - c[1].z), 2 * trackgen::kHalfWidth, 0.01) << k;
+    EXPECT_TRUE(Inside(TrackBlock(k), (c[0].x + c[3].x) / 2, (c[0].z + c[3].z) / 2)) << k;
+    const float run = std::hypot(c[2].x + c[3].x - c[0].x - c[1].x, c[2].z + c[3].z - c[0].z - c[1].z) / 2;
+    const float rise = (c[2].y + c[3].y - c[0].y - c[1].y) / 2, bank = c[1].y - c[0].y, turn = Heading_Change(k);
+    EXPECT_LE(std::fabs(rise) / run, trackgen::kMaxGrade + 0.005) << k;
+    // Banks raise the outside of the curve: the left edge on a right-hander.
+    EXPECT_TRUE(std::fabs(bank) <= 0.5f || bank * turn > 0) << k;
+    banked = banked || std::fabs(bank) > 4;
+    level_curve = level_curve || (std::fabs(turn) > 0.02f && bank == 0);
+    lap += run;
+    widest_turn = std::max(widest_turn, std::fabs(double(turn)));
+    for (int j = 0; j < 4; ++j) low = std::min(low, c[j].y), high = std::max(high, c[j].y);
+    max_step = std::max({max_step, std::fabs(c[0].y - c[2].y), std::fabs(c[1].y - c[3].y)});
+  }
+  // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need
+  // the heading to change only a little from one block to the next, and a corner rubbing
+  // the outer wall slips past the next block's bent-in edge by its move times that kink.
+  EXPECT_GT(lap, 6000);
+  EXPECT_LT(lap, 12000);
+  EXPECT_LT(widest_turn, 3.5 * 3.14159265 / 180);
+  EXPECT_LT(max_step, trackgen::kStepGuard / 2);
+  EXPECT_GT(high - low, 30) << "the circuit has hills";
+  EXPECT_TRUE(banked);
+  EXPECT_TRUE(level_curve);
+
+  // Scenery sorted by texture; the walls see-through and solid.
+  EXPECT_TRUE(Grouped(TrackWalls));
+  EXPECT_TRUE(Grouped(Grass));
+  const std::vector<TrackStrip>& road = Track.Items();
+  EXPECT_EQ(std::ranges::count(road, road[0].TextureIndex, &TrackStrip::TextureIndex), 1)
+      << "the start strip has its own texture";
+  EXPECT_EQ(Sectors().Count(), Track.Count());
+  bool glass = false, opaque = false;
+  for (const TrackStrip& w : TrackWalls.Items())
+    (TrackTexture(w.TextureIndex).TextureName.ends_with(".dds") ? glass : opaque) = true;
+  EXPECT_TRUE(glass) << "some walls are see-through";
+  EXPECT_TRUE(opaque) << "some are not";
+
+  for (const TextureEntry& t : TrackTexture.Items()) {
+    ASSERT_TRUE(t.Texture) << t.TextureName;
+    const int w = t.Texture->Width(), h = t.Texture->Height();
+    EXPECT_TRUE(std::has_single_bit(unsigned(w))) << t.TextureName << " width " << w;
+    EXPECT_TRUE(std::has_single_bit(unsigned(h))) << t.TextureName << " height " << h;
+    if (!t.TextureName.ends_with(".dds")) continue;
+    int clear = 0;
+    for (int i = 0; i < w * h; ++i) clear += (t.Texture->Pixel(i % w, i / w) >> 28) < 15;
+    EXPECT_GT(clear, w * h / 2) << t.TextureName << ": glass is mostly see-through";
+  }
+
+  // Only the first ground strip is drawn, so it must reach well past the road.
+  float lo = 1e9f, hi = -1e9f;
+  for (const LitVertex& v : Grass(0).Vertices.Items()) lo = std::min({lo, v.x, v.z}), hi = std::max({hi, v.x, v.z});
+  for (const TrackStrip& s : road)
+    for (const LitVertex& v : s.Vertices.Items()) {
+      ASSERT_GT(std::min(v.x, v.z), lo + 1000) << v.x << ", " << v.z;
+      ASSERT_LT(std::max(v.x, v.z), hi - 1000) << v.x << ", " << v.z;
+    }
 }
