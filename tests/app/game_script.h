@@ -68,8 +68,7 @@ inline void Run_Main(std::function<void(uint64_t)> hook) {
   platform::Use_Manual_Clock(false);
 }
 
-// Posts its steps one pumped frame apart; a screen's script queues steps when it sees that
-// its screen is ready, and waits for them to run out before it looks again.
+// Steps one pumped frame apart: a screen's script queues some once it sees its screen ready.
 class Script {
  public:
   void Key(int16_t key, bool down) {
@@ -150,8 +149,7 @@ class Tour {
   }
 
  private:
-  // Holds the bound keys the way a steady driver would: full thrust, steering as the racer
-  // tests' autopilot does. Presses and releases only on a change, as a player does.
+  // Holds the bound keys as a steady player would: full thrust, the autopilot's steering, on changes.
   void Drive(const clsHumanPlayer& r) {
     const float turn = vehicle_test::Turn_To_Road(r);
     Hold(modMain::KeyUp, true, held_[0]);

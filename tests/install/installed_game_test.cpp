@@ -136,9 +136,8 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   EXPECT_EQ(log.back(), "Bye Bye");
   EXPECT_TRUE(fs::is_regular_file(pref / "Data/Hiscores.Dat"));
 
-  // The installed executable itself, the setup dialog switched off: it finds its data
-  // through its own path, starts a fresh log in the player's folder and, told to stop as a
-  // desktop session would, ends in order.
+  // The installed executable, setup dialog off: it finds its data through its own path, starts
+  // a fresh log in the player's folder and, stopped as a desktop session would, ends in order.
   std::string settings = testenv::Read_File(modMain::Settings_Path());
   settings[0] = '1';
   testenv::Write_File(modMain::Settings_Path(), settings);

@@ -1,11 +1,11 @@
-// Race logic without a display: times, start lights and frame passes; then four computer
-// racers and an autopiloted player racing three laps on the generated track, many seeds.
-#include <map>
-
+// Race logic without a display: times, start lights, frame passes, and five racers' races, many seeds.
 #include "gfx/XFileClass.h"
 #include "mathmesh/modMATH.h"
-#include "race_fixture.h"
+#include "race/modGameLoop.h"
 #include "support/recording_device.h"
+#include "support/test_env.h"
+#include "vehicle/create_racers.h"
+#include "vehicle/racer_fixture.h"
 #include "vehicle/ships_dat.h"
 
 using namespace vehicle_test;
@@ -193,15 +193,13 @@ struct Simulation : ::testing::Test {
     ASSERT_TRUE(shipsdat::Load(shipsdat::Path(), cat, error)) << error;
   }
   void TearDown() override { modMain::Players.clear(); }
-  // Four computer racers and the player (autopiloted, or kind 2: driving itself) on the
-  // grid, as seed makes them.
+  // Four computer racers and the player (autopiloted, or kind 2: driving itself) as seed grids them.
   void Grid(int seed, u8 player_kind = 1) {
     modMain::Randomize(static_cast<u32>(seed));
     Make_Players(kRacers);
     P(0).RacerKind = player_kind;
     P(0).cCurrentlySelectedShip = static_cast<i16>(seed % cat.Count);
-    // Every grid slot holds its racer's whole footprint on its block, clear of the others
-    // by a margin round the ships' (about 2.5 by 5 half-extents).
+    // Each slot holds its racer's footprint on its block, clear of the others (ships: about 2.5 by 5).
     for (int i = 0; i < kRacers; ++i) {
       ASSERT_TRUE(P(i).Reset_Car_Attributes(static_cast<i16>(i)));
       for (int k = 0; k < 4; ++k)
@@ -213,8 +211,7 @@ struct Simulation : ::testing::Test {
     }
     modMain::GameClock = 0;
   }
-  // Races seeds 1..seeds at frames of frame_ms; returns the most frames in a row a racer of
-  // each kind spent off its block or the blocks either side.
+  // Races each seed; returns by racer kind the most frames in a row off its block and neighbours.
   std::array<int, 3> Race(i32 frame_ms, int seeds, u8 player_kind) {
     std::array<int, 3> most_frames_off{};  // by RacerKind
     for (int seed = 1; seed <= seeds; ++seed) {

@@ -213,8 +213,7 @@ TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
 
 TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSortedAndEveryTextureLoads) {
   testenv::ScratchAppDir app;
-  app.Copy_From_Game("Tracks");
-  app.Copy_From_Game("Textures");
+  for (const char* folder : {"Tracks", "Textures"}) app.Copy_From_Game(folder);
   std::string error;
   ASSERT_TRUE(Load_Track(&error)) << error;
   Build_Track_Blocks();

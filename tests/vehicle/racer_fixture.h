@@ -2,6 +2,7 @@
 // Racer test set-up: private-state access, hand-made road blocks, a small Players list.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/modMain.h"
@@ -28,9 +29,7 @@ struct RacerTestAccess {
   static std::unique_ptr<XFileClass>& Mesh(clsHumanPlayer& r) { return r.ShipMesh; }
   static mod3Denhance::Surface& ShadowTexture(clsHumanPlayer& r) { return r.ShadowTexture; }
   static i16& GridSlot(clsHumanPlayer& r) { return r.GridSlot; }
-  static void Set_Blocks(clsHumanPlayer& r, i16 b) {
-    for (i16& x : r.BlockOfCorner) x = b;
-  }
+  static void Set_Blocks(clsHumanPlayer& r, i16 b) { std::ranges::fill(r.BlockOfCorner, b); }
   static i16 BlockOf(clsHumanPlayer& r, int j) { return r.BlockOfCorner[j]; }
   static void Steer(clsHumanPlayer& r) { r.Computer_Steering(); }
 };

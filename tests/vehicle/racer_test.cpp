@@ -1,6 +1,5 @@
-// One racer's step: forces, integration, computer steering and the footprint; wall and
-// racer collisions and the hover height; block tracking, laps, the wrong-way flag and race
-// position. Then the ship catalogue, ship loading and the starting grid.
+// One racer's step: forces, integration, steering, footprint, collisions, hover height, laps,
+// wrong way and race position; then the ship catalogue, ship loading and the starting grid.
 
 #include "mathmesh/modMATH.h"
 #include "racer_fixture.h"
@@ -257,7 +256,6 @@ struct Progress : ::testing::Test {
     modMain::GameClock = clock;
     Move(0, 0, -1);
   }
-  std::array<i32, 3> Laps() const { return {r.cLapTime(1), r.cLapTime(2), r.cLapTime(3)}; }
 };
 
 TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
@@ -271,7 +269,7 @@ TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
     Cross_Line(clock);
     EXPECT_EQ(state(), (std::array{lap, done, time, 0})) << clock;
   }
-  EXPECT_EQ(Laps(), (std::array<i32, 3>{300, 350, 340}));
+  EXPECT_EQ((std::array{r.cLapTime(1), r.cLapTime(2), r.cLapTime(3)}), (std::array<i32, 3>{300, 350, 340}));
 }
 
 TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
