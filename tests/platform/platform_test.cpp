@@ -67,7 +67,6 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   platform::Pump_Messages();
   platform::Set_Pump_Hook(nullptr);
   EXPECT_EQ(counts, (std::vector<uint64_t>{0, 1}));
-  // Shift A: a capital.
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 65 shift 1", "down 65", "move 12.500000,40.000000"}));
 
   r.seen.clear();
@@ -95,9 +94,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   EXPECT_EQ((std::array{lb.width, lb.height, lb.y0}), (std::array{bw, bh, (wh - bh) / 2}));
 
   float bx = 0, by = 0;
-  platform::detail::Window_To_Backbuffer(ww / 2.0f, wh / 2.0f, bx, by);
-  EXPECT_NEAR(bx, bw / 2.0f, 1.0f);
-  EXPECT_NEAR(by, bh / 2.0f, 1.0f);
   platform::detail::Window_To_Backbuffer(-30, 2, bx, by);  // top band, left of the window
   EXPECT_EQ(std::pair(bx, by), std::pair(0.0f, 0.0f));
   platform::detail::Window_To_Backbuffer(float(ww + 10), float(wh - 1), bx, by);  // bottom band
@@ -116,7 +112,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
     return seen;
   };
   using V = std::vector<std::string>;
-  EXPECT_TRUE(platform::Pad_Name().empty());
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Test Pad");
@@ -146,9 +141,8 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::Detach_Virtual_Pad();
   V gone = step();
   ASSERT_EQ(gone.size(), 3u);
-  EXPECT_EQ(gone.back(), "unplug") << "after letting go of what it held";
   std::sort(gone.begin(), gone.end() - 1);
-  EXPECT_EQ(gone, (V{"pad up 15", "pad up 2", "unplug"}));
+  EXPECT_EQ(gone, (V{"pad up 15", "pad up 2", "unplug"})) << "unplugged after letting go of what it held";
   EXPECT_EQ(platform::Pad_Name(), "") << "no pad, no name";
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Second Pad"));
   EXPECT_EQ(step(), V{"plug"});
