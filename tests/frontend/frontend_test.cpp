@@ -56,15 +56,13 @@ TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSli
   EXPECT_EQ(modMain::GameState, modMain::kStateShipSelection);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
   // Each button's state, opponents and whether the game runs on.
-  for (const auto& [x, y, state, opponents, running] : {std::tuple{226.0f, 150.0f, 3, 0, true},
-                                                        {415.0f, 238.0f, 3, 4, true},
-                                                        {320.0f, 270.0f, 4, -1, true},
-                                                        {320.0f, 338.0f, 0, -1, false}}) {
+  const int buttons[][5] = {{226, 150, 3, 0, 1}, {415, 238, 3, 4, 1}, {320, 270, 4, -1, 1}, {320, 338, 0, -1, 0}};
+  for (const auto& [x, y, state, opponents, running] : buttons) {
     modMain::NumOpponents = -1;
     modMain::Running = kTrue;
-    Run(Miss_Then_Hit(320, 194, x, y));  // the miss between buttons 0 and 1
+    Run(Miss_Then_Hit(320, 194, float(x), float(y)));  // the miss between buttons 0 and 1
     EXPECT_EQ(ended_at, pressed_at + 1) << y;
-    EXPECT_EQ(std::tuple(int(modMain::GameState), int(modMain::NumOpponents), Is_Set(modMain::Running)),
+    EXPECT_EQ(std::tuple(int(modMain::GameState), int(modMain::NumOpponents), int(Is_Set(modMain::Running))),
               std::tuple(state, opponents, running))
         << "the button at y " << y;
   }

@@ -399,13 +399,9 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
   EXPECT_FALSE(Create_Texture("", 0, 8, kKeyNone));
 
   const Rect r = Make_Rect(10, 20, 30, 40);
-  for (const auto& [x, y, in] : {std::tuple{10, 20, kTrue},
-                                 {29, 39, kTrue},
-                                 {30, 25, kFalse},
-                                 {15, 40, kFalse},
-                                 {9, 25, kFalse},
-                                 {15, 19, kFalse}})
-    EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
+  // Inside: the top left corner and the last pixel; outside: one past each edge.
+  const int points[][3] = {{10, 20, kTrue}, {29, 39, kTrue}, {30, 25, 0}, {15, 40, 0}, {9, 25, 0}, {15, 19, 0}};
+  for (const auto& [x, y, in] : points) EXPECT_EQ(Point_In_Rect(r, i16(x), i16(y)), in) << x << "," << y;
   modMain::ScreenWidth = 64;
   modMain::ScreenHeight = 48;
   Surface src = platform::Image::Create(32, 8, PixelFormat::X8R8G8B8);

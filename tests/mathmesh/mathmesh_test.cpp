@@ -225,13 +225,10 @@ TEST(XFileReader, ReadsForeignExporterFiles) {
 }
 
 TEST(VectorAngle, QuadrantsUseTheGamesPiAndStayInRange) {
-  const std::pair<std::array<float, 2>, float> cases[] = {{{0, 0}, 0.0f},
-                                                          {{1, 0}, 1.570795f},
-                                                          {{-1, 0}, 4.712385f},
-                                                          {{0, -1}, 3.14159f},
-                                                          {{-1, 1}, float(std::atan(-1.0) + 6.28318)},
-                                                          {{1, -1}, float(std::atan(-1.0) + 3.14159)}};
-  for (const auto& [v, angle] : cases) EXPECT_FLOAT_EQ(Vector_Angle(v[0], v[1]), angle) << v[0] << "," << v[1];
+  // x, z and the angle; the diagonals are atan(x / z) put in range with the game's pi, 3.14159.
+  const float cases[][3] = {{0, 0, 0},         {1, 0, 1.570795f},    {-1, 0, 4.712385f},
+                            {0, -1, 3.14159f}, {-1, 1, 5.49778175f}, {1, -1, 2.35619187f}};
+  for (const auto& [x, z, angle] : cases) EXPECT_FLOAT_EQ(Vector_Angle(x, z), angle) << x << "," << z;
   // The game's own pi, not the true one: heading pi - tiny stays below 6.28318.
   for (float a = -3; a <= 3; a += 0.25f)
     for (float b = -3; b <= 3; b += 0.25f) {
