@@ -11,6 +11,8 @@
 #include "platform/dialog.h"
 #include "support/screen_fixture.h"
 
+using namespace modMain;
+
 namespace {
 
 using modMainScr::Button_Slide;
@@ -26,7 +28,7 @@ class Menu : public ScreenTest {
       if (Button_Slide() == 0 && over < 0) over = f;
       if (!modMainScr::Running() && ended_at == 0) ended_at = f;
     };
-    modMain::GameState = modMain::kStateMainMenu;
+    GameState = kStateMainMenu;
     Play(std::move(script), modMainScr::Main_Menu);
     return over;
   }
@@ -44,7 +46,7 @@ struct Menu800 : Menu {
 };
 
 TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSlideInAndLightUp) {
-  modMain::NumOpponents = -1;
+  NumOpponents = -1;
   const auto sliding = [] { return Button_Slide() > 0; };
   const int over = Run({Click("click button 1 while sliding", 300, 220, sliding),
                         {"the click let go", nullptr, nullptr},
@@ -52,17 +54,17 @@ TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSli
   // 416 pixels at 0.4 per ms: 1040 ms of 16 ms frames, plus the first frame's zero step.
   EXPECT_NEAR(over, 67, 1);
   EXPECT_EQ(ended_at, over + 1);
-  EXPECT_EQ(modMain::NumOpponents, 4);
-  EXPECT_EQ(modMain::GameState, modMain::kStateShipSelection);
+  EXPECT_EQ(NumOpponents, 4);
+  EXPECT_EQ(GameState, kStateShipSelection);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
   // Each button's state, opponents and whether the game runs on.
   const int buttons[][5] = {{226, 150, 3, 0, 1}, {415, 238, 3, 4, 1}, {320, 270, 4, -1, 1}, {320, 338, 0, -1, 0}};
   for (const auto& [x, y, state, opponents, running] : buttons) {
-    modMain::NumOpponents = -1;
-    modMain::Running = kTrue;
+    NumOpponents = -1;
+    Running = kTrue;
     Run(Miss_Then_Hit(320, 194, float(x), float(y)));  // the miss between buttons 0 and 1
     EXPECT_EQ(ended_at, pressed_at + 1) << y;
-    EXPECT_EQ(std::tuple(int(modMain::GameState), int(modMain::NumOpponents), int(Is_Set(modMain::Running))),
+    EXPECT_EQ(std::tuple(int(GameState), int(NumOpponents), int(Is_Set(Running))),
               std::tuple(state, opponents, running))
         << "the button at y " << y;
   }
@@ -101,7 +103,7 @@ TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
   EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
   EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
   EXPECT_EQ(ended_at, pressed_at + 1);
-  EXPECT_EQ(modMain::NumOpponents, 0);
+  EXPECT_EQ(NumOpponents, 0);
   EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
 }
 
@@ -112,7 +114,7 @@ class Intro : public ScreenTest {
     std::vector<std::pair<int, int32_t>> seen;
     const int32_t start = platform::Tick_Count();
     on_frame = [&](int) { seen.push_back({modIntro::Page(), platform::Tick_Count() - start}); };
-    modMain::GameState = modMain::kStateIntro;
+    GameState = kStateIntro;
     Play(std::move(script), modIntro::Intro);
     return seen;
   }
@@ -138,7 +140,7 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsAClickOrEnterSkipsAPageAndAHel
   ASSERT_GT(first2, 1);
   EXPECT_LT(std::abs(seen[size_t(first2) - 2].second - 4000), 16) << "page 2 on the first frame after 4 s";
   EXPECT_NEAR(seen.back().second, 8000 + 24, 24) << "from 8000 to 8048 ms";
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_EQ(GameState, kStateMainMenu);
   EXPECT_FALSE(modIntro::Picture_Held()) << "the picture is released on leaving";
 
   // A click or Enter skips a page, a held press both.
@@ -157,10 +159,10 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsAClickOrEnterSkipsAPageAndAHel
   ASSERT_GT(at, 240);
   EXPECT_EQ(int(seen.size()), at + 1);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter));
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_EQ(GameState, kStateMainMenu);
   seen = Run({{"close", nullptr, [&] { platform::Post_Event({platform::EventKind::Quit}), at = frames; }}});
   EXPECT_EQ(int(seen.size()), at) << "closing the window leaves at once";
-  EXPECT_TRUE(modMain::QuitRequested);
+  EXPECT_TRUE(QuitRequested);
 }
 
 using namespace modMouseParticles;
@@ -170,14 +172,14 @@ class Particles : public DisplayTest {
   void SetUp() override {
     DisplayTest::SetUp();
     frmMain::Reset_Input();
-    modMain::Randomize(3);
+    Randomize(3);
   }
   static void Rest_At(i16 x, i16 y) {
     frmMain::MouseX = x, frmMain::MouseY = y;
     ASSERT_TRUE(Init_Particles());
   }
   static void Frame(int frame_ms) {
-    modMain::FrameTime = frame_ms;
+    FrameTime = frame_ms;
     mod3Denhance::Clear_Screen();
     Update_Particles();
   }
@@ -257,7 +259,7 @@ frmSetup::SetupForm Loaded(std::vector<platform::DeviceInfo> devices,
 
 class SetupDialog : public testing::Test {
  protected:
-  void SetUp() override { modMain::Default_Settings(); }
+  void SetUp() override { Default_Settings(); }
   void TearDown() override {
     platform::Set_Dialog_Script(nullptr);
     platform::Keep_Dialog_Frames(false);
@@ -275,22 +277,21 @@ TEST_F(SetupDialog, TheFormPreselectsFromSettingsAndDevicesOffersModesUpToTheDes
   EXPECT_EQ((std::array{Loaded({kRgb, kHal}).cmb3DDevice, Loaded({kRgb}).cmb3DDevice, Loaded({}, {}).cmb3DDevice}),
             (std::array{1, 0, -1}));
   // Stored choices are preselected; ones that are gone fall back.
-  modMain::D3DDeviceGuid = platform::kSoftwareDevice;
-  modMain::SoundDeviceGuid = "Headphones";
+  D3DDeviceGuid = platform::kSoftwareDevice;
+  SoundDeviceGuid = "Headphones";
   EXPECT_EQ(std::pair(Loaded({kTnl, kHal, kRgb}).cmb3DDevice, Loaded({kTnl, kHal, kRgb}).cmbSoundDriver),
             std::pair(2, 1));
-  modMain::D3DDeviceGuid = platform::kHardwareDevice;  // the machine has lost its GPU driver
-  modMain::SoundDeviceGuid = "USB headset";
+  D3DDeviceGuid = platform::kHardwareDevice;  // the machine has lost its GPU driver
+  SoundDeviceGuid = "USB headset";
   EXPECT_EQ(std::pair(Loaded({kRgb, kTnl}).cmb3DDevice, Loaded({kRgb, kTnl}).cmbSoundDriver), std::pair(1, 0));
   for (const auto& [height, bpp, shown] : {std::tuple{240, 24, "320x240/24"}, std::tuple{400, 32, "640x400/32"},
                                            std::tuple{600, 16, "800x600/16"}, std::tuple{768, 8, "640x480/16"}}) {
-    modMain::Default_Settings();
-    modMain::ScreenHeight = i16(height);
-    modMain::ScreenBPP = u8(bpp);
+    ScreenHeight = i16(height);
+    ScreenBPP = u8(bpp);
     const frmSetup::SetupForm loaded = Loaded({kRgb});
     EXPECT_EQ(loaded.lblRes + "/" + loaded.lblBPP, shown);
   }
-  modMain::Difficulty = 3;  // untouched by the dialog, kept in the file
+  Difficulty = 3;  // untouched by the dialog, kept in the file
   f = Loaded({kTnl, kRgb});
   f.HScrollRes = 3, f.HScrollRes_Scroll();
   f.HScrollBPP = 2, f.HScrollBPP_Change();
@@ -299,11 +300,11 @@ TEST_F(SetupDialog, TheFormPreselectsFromSettingsAndDevicesOffersModesUpToTheDes
   f.Label1_Click();
   f.lblStart_Click();
   const std::string rest = "\r\n3\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n";
-  EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()),
+  EXPECT_EQ(testenv::Read_File(Settings_Path()),
             "1\r\n800\r\n600\r\n32\r\n" + std::string(platform::kSoftwareDevice) + "\r\nHeadphones" + rest);
-  EXPECT_FLOAT_EQ(modMain::ScaleX, 1.25f);
+  EXPECT_FLOAT_EQ(ScaleX, 1.25f);
   Loaded({}, {}).lblStart_Click();  // empty lists store "<none>"
-  EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()), "0\r\n800\r\n600\r\n32\r\n<none>\r\n<none>" + rest);
+  EXPECT_EQ(testenv::Read_File(Settings_Path()), "0\r\n800\r\n600\r\n32\r\n<none>\r\n<none>" + rest);
   auto captions = [](const std::vector<frmSetup::Resolution>& modes) {
     std::string all;
     for (const auto& m : modes) all += std::string(m.caption) + " ";
@@ -316,8 +317,8 @@ TEST_F(SetupDialog, TheFormPreselectsFromSettingsAndDevicesOffersModesUpToTheDes
   EXPECT_EQ(frmSetup::Offered_Resolutions(1280, 1024).back().height, 960);
   EXPECT_EQ(frmSetup::Offered_Resolutions(3840, 2160).back().height, 2160);
 
-  modMain::Default_Settings();
-  modMain::ScreenWidth = 1440, modMain::ScreenHeight = 1080;
+  Default_Settings();
+  ScreenWidth = 1440, ScreenHeight = 1080;
   f = frmSetup::SetupForm{};
   f.Modes = frmSetup::Offered_Resolutions(1920, 1080);
   f.Form_Load({kTnl}, {});
@@ -325,9 +326,9 @@ TEST_F(SetupDialog, TheFormPreselectsFromSettingsAndDevicesOffersModesUpToTheDes
   f.HScrollRes = 7, f.HScrollRes_Scroll();
   EXPECT_EQ(f.lblRes, "1400x1050");
   f.lblStart_Click();
-  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  const auto lines = testenv::Read_Lines_CRLF(Settings_Path());
   EXPECT_EQ(lines.at(1) + "x" + lines.at(2), "1400x1050");
-  EXPECT_FLOAT_EQ(modMain::ScaleY, 1050.0f / 480.0f);
+  EXPECT_FLOAT_EQ(ScaleY, 1050.0f / 480.0f);
 }
 
 struct Step {
@@ -361,7 +362,7 @@ TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
     if (frame == 3) picture = platform::Dialog_Frame(w, h);
   });
   EXPECT_FALSE(frmSetup::Show());
-  EXPECT_FALSE(std::filesystem::exists(modMain::Settings_Path()));
+  EXPECT_FALSE(std::filesystem::exists(Settings_Path()));
   EXPECT_FALSE(platform::Dialog_Open());
   ASSERT_GT(w, 300);
   ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
@@ -393,7 +394,7 @@ TEST_F(SetupDialog, DraggingClickingAndStartGoThroughTheWindow) {
   ASSERT_GE(captions.size(), 4u);
   EXPECT_EQ(captions[0] + " " + captions[1] + " " + captions[2], "640x480 320x240 640x400") << "follows the drag";
   EXPECT_EQ(captions.back(), last.caption);
-  const auto lines = testenv::Read_Lines_CRLF(modMain::Settings_Path());
+  const auto lines = testenv::Read_Lines_CRLF(Settings_Path());
   ASSERT_EQ(lines.size(), 13u);
   EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 5),
             (std::vector<std::string>{"1", std::to_string(last.width), std::to_string(last.height), "16",
@@ -410,16 +411,16 @@ TEST_F(SetupDialog, AfterStartWithTheBoxCheckedTheNextStartSkipsTheDialog) {
     platform::Advance_Manual_Clock(16);
     if (pump % 4 == 3) platform::Post_Event({platform::EventKind::Quit});  // each game run ends at once
   });
-  modMain::Main();
+  Main();
   EXPECT_GT(frames, 0);
-  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Settings_Path()).at(0), "1");
+  EXPECT_EQ(testenv::Read_Lines_CRLF(Settings_Path()).at(0), "1");
   frames = 0;
-  modMain::Default_Settings();
-  modMain::Main();
+  Default_Settings();
+  Main();
   platform::Set_Pump_Hook(nullptr);
   platform::Use_Manual_Clock(false);
   EXPECT_EQ(frames, 0);
-  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Log_Path()).back(), "Bye Bye");
+  EXPECT_EQ(testenv::Read_Lines_CRLF(Log_Path()).back(), "Bye Bye");
 }
 
 }  // namespace

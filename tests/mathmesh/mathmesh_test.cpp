@@ -60,11 +60,9 @@ TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOu
   Expect_Box_Normals(cube);
 
   // Two quads folded by 20 degrees along x = 1 share one averaged normal on the fold.
-  const float s = std::sin(0.349066f), c = std::cos(0.349066f);
-  const std::string fold = kHeader + "Mesh fold { 6; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, " + std::to_string(1 + c) + ";" +
-                           std::to_string(s) + ";1;, " + std::to_string(1 + c) + ";" + std::to_string(s) +
-                           ";0;; 2; 4;0,1,2,3;, 4;3,2,4,5;; }";
-  const xfile::Model folded = Read_Ok(fold);
+  const xfile::Model folded =
+      Read_Ok(kHeader + "Mesh fold { 6; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, 1.939692;0.342020;1;, " +
+              "1.939692;0.342020;0;; 2; 4;0,1,2,3;, 4;3,2,4,5;; }");  // (1 + cos, sin) of 20 degrees
   ASSERT_EQ(folded.groups.size(), 1u);
   EXPECT_EQ(Shape(folded.groups[0]), (std::array<size_t, 4>{4, 8, 6, 4}));
   for (const MeshVertex& v : folded.groups[0].vertices) {
@@ -193,7 +191,7 @@ TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCounts) {
 
 // Files written by other exporters, when the shared test data is present.
 TEST(XFileReader, ReadsForeignExporterFiles) {
-  const std::string dir = testenv::Testdata_Dir() + "/x/";
+  const std::string dir = QUORVAL_TESTDATA_DIR "/x/";
   if (!std::filesystem::exists(dir + "test_cube_text.x")) GTEST_SKIP() << "no shared test data";
   // File, groups, triangles, vertices, y extent.
   const std::tuple<const char*, size_t, size_t, size_t, float, float> expected[] = {

@@ -12,6 +12,9 @@
 #include "vehicle/create_racers.h"
 #include "vehicle/racer_box.h"
 
+using namespace modMain;
+namespace fs = std::filesystem;
+
 namespace {
 
 using modHiScore::HiScoreTable;
@@ -41,47 +44,46 @@ TEST(HiScoreFile, BytesAreTheSixFieldsAnUnreadableFileIsKeptAndSavesSurviveBeing
   ASSERT_TRUE(modHiScore::Write_HiScore_File(path, kShort));
   EXPECT_EQ(testenv::Read_File(path), fresh + long_bytes.substr(fresh.size()));
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), kShort);
-  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+  EXPECT_FALSE(fs::exists(path + ".new"));
   // Only a file that is truly absent is created; one that cannot be read is never replaced.
   // A folder and a link to itself stand in for unreadable files (mode 000 is readable to root).
-  std::filesystem::remove(path);
+  fs::remove(path);
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
   EXPECT_EQ(testenv::Read_File(path), "") << "created empty when absent";
-  EXPECT_TRUE(std::filesystem::is_regular_file(path));
+  EXPECT_TRUE(fs::is_regular_file(path));
 
   for (const bool folder : {true, false}) {
     SCOPED_TRACE(folder ? "a folder" : "a link to itself");
-    std::filesystem::remove_all(path);
-    modMain::Create_Log();
+    fs::remove_all(path);
+    Create_Log();
     if (folder) {
-      std::filesystem::create_directories(path + "/inside");
+      fs::create_directories(path + "/inside");
     } else {
-      std::filesystem::create_symlink("Hiscores.Dat", path);
+      fs::create_symlink("Hiscores.Dat", path);
     }
     EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
     EXPECT_FALSE(modHiScore::Write_HiScore_File(path, kShort));
-    EXPECT_EQ(folder, std::filesystem::is_directory(std::filesystem::symlink_status(path)));
-    EXPECT_EQ(!folder, std::filesystem::is_symlink(path));
+    EXPECT_EQ(!folder, fs::is_symlink(path));
     std::error_code loop;
-    EXPECT_EQ(folder, std::filesystem::exists(path + "/inside", loop));
-    EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(path + ".new")));
-    const auto log = testenv::Read_Lines_CRLF(modMain::Log_Path());
+    EXPECT_EQ(folder, fs::exists(path + "/inside", loop));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(path + ".new")));
+    const auto log = testenv::Read_Lines_CRLF(Log_Path());
     ASSERT_EQ(log.size(), 4u);  // the start of the log, then one line each
     EXPECT_EQ(log[2].rfind("Data\\Hiscores.Dat cannot be read (", 0), 0u) << log[2];
     EXPECT_NE(log[3].find("the new records are not saved"), std::string::npos) << log[3];
   }
   // A child saving over and over is killed at random: the file holds one whole table or the other.
-  std::filesystem::remove_all(path);
+  fs::remove_all(path);
   // A long tail makes every save copy a quarter megabyte, so kills land inside writes.
   const std::string old_bytes = modHiScore::Encode_HiScores(kLong) + std::string(256 * 1024, '\x5A');
   const std::string new_bytes = fresh + old_bytes.substr(fresh.size());
 
   int interrupted_writes = 0, ended_new = 0;
   const int kills = testenv::Kill_While_Saving(
-      [&] { testenv::Write_File(path, old_bytes), std::filesystem::remove(path + ".new"); },
+      [&] { testenv::Write_File(path, old_bytes), fs::remove(path + ".new"); },
       [&] { modHiScore::Write_HiScore_File(path, kShort), modHiScore::Write_HiScore_File(path, kLong); },
       [&](int round) {
-        if (std::filesystem::exists(path + ".new")) ++interrupted_writes;
+        if (fs::exists(path + ".new")) ++interrupted_writes;
         const std::string now = testenv::Read_File(path);
         EXPECT_TRUE(now == old_bytes || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
         ended_new += now == new_bytes;
@@ -143,11 +145,11 @@ class HiScoreScreenTest : public ScreenTest {
  protected:
   void SetUp() override {
     ScreenTest::SetUp();
-    std::filesystem::create_directories(dir_.path() + "/Data");
-    modMain::GameState = modMain::kStateHiScore;
+    fs::create_directories(dir_.path() + "/Data");
+    GameState = kStateHiScore;
     max_frames = 400;
-    modMain::Create_Racers(0);
-    clsHumanPlayer& p = *modMain::Players[0];
+    Create_Racers(0);
+    clsHumanPlayer& p = *Players[0];
     p.cTopSpeed = 212, p.cRaceTime = 121000;
     p.cLapTime(1) = 41000, p.cLapTime(2) = 40000, p.cLapTime(3) = 40000;
   }
@@ -179,7 +181,7 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
                     [&] {
                       saved_bytes = testenv::Read_File(Path());
                       EXPECT_TRUE(modHiScore::Running());
-                      EXPECT_EQ(modMain::PlayerName, names.back());
+                      EXPECT_EQ(PlayerName, names.back());
                       Key(13);
                     }});
   Play(script, modHiScore::Init_HiScore_Screen);
@@ -188,26 +190,26 @@ TEST_F(HiScoreScreenTest, TypedNameIsSavedOnTheFirstEnterAndTheSecondLeaves) {
                                              name + "b", name}));
   EXPECT_EQ(modHiScore::Race_Fastest_Lap(), 2);
   EXPECT_EQ(saved_bytes, modHiScore::Encode_HiScores({212, name, 40000, name, 121000, name}));
-  EXPECT_EQ(testenv::Read_Lines_CRLF(modMain::Settings_Path())[7], name);
+  EXPECT_EQ(testenv::Read_Lines_CRLF(Settings_Path())[7], name);
   // The second Enter left; leaving saved the same table again and released the racer.
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_EQ(GameState, kStateMainMenu);
   EXPECT_EQ(testenv::Read_File(Path()), saved_bytes);
-  ASSERT_EQ(modMain::Players.size(), 1u);
-  EXPECT_FALSE(modMain::Players[0]);
+  ASSERT_EQ(Players.size(), 1u);
+  EXPECT_FALSE(Players[0]);
 }
 
 TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders) {
   const HiScoreTable held{212, "Old", 40000, "Old", 121000, "Old"};
   const std::string before = modHiScore::Encode_HiScores(held) + "tail";
   testenv::Write_File(Path(), before);
-  modMain::PlayerName = "Pilot";
+  PlayerName = "Pilot";
   frmMain::Form_KeyDown(13, 0);  // the Enter that ended the race, still held, counts for nothing
   int enter_at = 0;
   Play({{"type into nothing", nullptr, [] { Key(65); }}, {"Enter", nullptr, [&] { Key(13), enter_at = frames; }}},
        modHiScore::Init_HiScore_Screen);
   // Enter ends the loop on the next frame; saving on the way out pumps once more.
   EXPECT_EQ(frames, enter_at + 2);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_EQ(GameState, kStateMainMenu);
   EXPECT_EQ(modHiScore::Entered_Name(), "Pilot");
   EXPECT_EQ(modHiScore::Table(), held);
   EXPECT_EQ(testenv::Read_File(Path()), before);
@@ -216,7 +218,7 @@ TEST_F(HiScoreScreenTest, WithoutARecordTheFirstEnterLeavesAndTiesKeepTheHolders
 TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
   // A top speed of 300, then a name said to be 30000 bytes long in a 7-byte file.
   testenv::Write_File(Path(), std::string("\x2C\x01\x30\x75", 4) + "abc");
-  modMain::PlayerName = "Kit";
+  PlayerName = "Kit";
   Play({{"the table read as far as it holds", nullptr,
          [] {
            EXPECT_EQ(modHiScore::Table(), (HiScoreTable{300, "", 0, "", 0, ""}));
@@ -228,13 +230,13 @@ TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
   EXPECT_EQ(modHiScore::Table(), (HiScoreTable{300, "", 40000, "Kit", 121000, "Kit"}));
   EXPECT_EQ(modHiScore::Read_HiScore_File(Path()), modHiScore::Table());
   // No file and no racers at all: the empty table, zero figures, no crash.
-  std::filesystem::remove(Path());
-  modMain::Players.clear();
-  modMain::GameState = modMain::kStateHiScore;
+  fs::remove(Path());
+  Players.clear();
+  GameState = kStateHiScore;
   Play({{"Enter", nullptr, [] { Key(13); }}, {"saved", [] { return !modHiScore::Entering_Name(); }, [] { Key(13); }}},
        modHiScore::Init_HiScore_Screen);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  EXPECT_TRUE(std::filesystem::exists(Path()));
+  EXPECT_EQ(GameState, kStateMainMenu);
+  EXPECT_TRUE(fs::exists(Path()));
 }
 
 using modOptions::Capture_Slot;
@@ -263,11 +265,11 @@ class Options : public ScreenTest {
   }
   void Run(std::vector<Step> script) {
     Play(std::move(script), [] {
-      modMain::GameState = modMain::kStateOptions;
+      GameState = kStateOptions;
       modOptions::Init_Options_Screen();
     });
   }
-  static std::string Saved() { return testenv::Read_File(modMain::Settings_Path()); }
+  static std::string Saved() { return testenv::Read_File(Settings_Path()); }
   uint32_t Sheet_Pixel(int x, int y) const {
     const auto pic =
         platform::Load_BMP(dir_.path() + "/Gfx/OptionScr_buttons.bmp", 115, 97, platform::PixelFormat::X8R8G8B8);
@@ -276,60 +278,60 @@ class Options : public ScreenTest {
 };
 
 TEST_F(Options, AnUnnamedKeyShowsAsItsDefaultAClickedRowTakesWAndLeavingStoresBoth) {
-  testenv::Write_File(modMain::Settings_Path(),
+  testenv::Write_File(Settings_Path(),
                       "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n38\r\n40\r\n37\r\n27\r\n");
-  modMain::Read_Settings();
-  ASSERT_EQ(modMain::KeyRight, 27);
+  Read_Settings();
+  ASSERT_EQ(KeyRight, 27);
   int clicked_at = 0;
   Run({{"Right Arrow in the Right row", Showing(295, 351, "Right Arrow"),
         [] { EXPECT_TRUE(Shows_Text(171, 254, 2, "Keyboard")); }},
        Click(kRowUp, Showing(295, 279, "Up Arrow")),
        {"capture of the Up row", Capturing(1)},
        {"----- in the Up row", Showing(295, 279, "-----"), [] { Key(87); }},
-       {"W ends the capture", Capturing(0), [] { EXPECT_EQ(modMain::KeyUp, 87); }},
+       {"W ends the capture", Capturing(0), [] { EXPECT_EQ(KeyUp, 87); }},
        {"W in the Up row", Showing(295, 279, "W"), [] { EXPECT_FALSE(Shows_Text(295, 279, 2, "-----")); }},
        {"click store", nullptr, [&] { Click(kStore).act(), clicked_at = frames; }}});
   // Seen the frame after the click, acted on at once: the save pumps once between write and read.
   EXPECT_EQ(frames, clicked_at + 2) << "the store button leaves on the frame it is clicked";
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
+  EXPECT_EQ(GameState, kStateMainMenu);
   EXPECT_EQ(Saved(), "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n87\r\n40\r\n37\r\n39\r\n")
       << "W stored for Up, the unnamed key as Right Arrow";
-  EXPECT_EQ(std::pair(modMain::KeyUp, modMain::KeyRight), (std::pair<i16, i16>(87, 39))) << "read back after the write";
+  EXPECT_EQ(std::pair(KeyUp, KeyRight), (std::pair<i16, i16>(87, 39))) << "read back after the write";
 }
 
 TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowWaiting) {
   Run({Click(kRowDown),
        {"capture of the Down row", Capturing(2), [] { Key(27); }},  // Escape: cancels, the old key stays
-       {"Escape ends the capture", Capturing(0), [] { EXPECT_EQ(modMain::KeyDown, 40); }},
+       {"Escape ends the capture", Capturing(0), [] { EXPECT_EQ(KeyDown, 40); }},
        Click(kRowLeft),
        {"capture of the Left row", Capturing(3),
         [] { Key_Down(68), Key_Down(65), Key_Up(65), Key_Up(68); }},  // D and A in one frame: A has the lower code
-       {"D and A end the capture", Capturing(0), [] { EXPECT_EQ(modMain::KeyLeft, 65); }},
+       {"D and A end the capture", Capturing(0), [] { EXPECT_EQ(KeyLeft, 65); }},
        Click(kRowRight),
        {"capture of the Right row", Capturing(4), [] { Key_Down(186); }},  // no name (124 and up): still waiting
        Click(kHarder),                                                     // ignored while a key is awaited
        {"a frame after the click", nullptr,
         [] {
           EXPECT_EQ(Capture_Slot(), 4);
-          EXPECT_EQ(modMain::KeyRight, 39);
-          EXPECT_EQ(modMain::Difficulty, 1);
+          EXPECT_EQ(KeyRight, 39);
+          EXPECT_EQ(Difficulty, 1);
           EXPECT_TRUE(Shows_Text(295, 351, 2, "-----")) << "the Right row still waits";
           Move(300, 200);
         }},
        {"screenshot", nullptr, [] { Screenshot("options_capture"); }},
        {"close", nullptr, [] { Key_Down(27), platform::Post_Event({platform::EventKind::Quit}); }}});
-  EXPECT_EQ(modMain::KeyRight, 39);
+  EXPECT_EQ(KeyRight, 39);
   EXPECT_EQ(Saved(), "") << "closing the window stores nothing";
 }
 
 TEST_F(Options, DifficultyStaysInRangeTheTickTogglesThenDefaultsAreStored) {
-  modMain::Difficulty = 3, modMain::SkipSetup = 5;
-  modMain::KeyUp = 87, modMain::KeyDown = 83, modMain::KeyLeft = 65, modMain::KeyRight = 68;
-  modMain::PlayerName = "Vex";
+  Difficulty = 3, SkipSetup = 5;
+  KeyUp = 87, KeyDown = 83, KeyLeft = 65, KeyRight = 68;
+  PlayerName = "Vex";
   // The level word and the tick come from the button sheet.
   Run({Click(kHarder),
        Click(kEasier),
-       {"difficulty 2", [] { return modMain::Difficulty == 2; },
+       {"difficulty 2", [] { return Difficulty == 2; },
         [&] {
           EXPECT_EQ(At(372, 136), Sheet_Pixel(30, 33)) << "hard";
           EXPECT_EQ(At(387, 134), Sheet_Pixel(45, 31)) << "hard";
@@ -338,10 +340,10 @@ TEST_F(Options, DifficultyStaysInRangeTheTickTogglesThenDefaultsAreStored) {
        Click(kEasier),
        Click(kEasier),
        Click(kEasier),
-       {"difficulty 0", [] { return modMain::Difficulty == 0; },
+       {"difficulty 0", [] { return Difficulty == 0; },
         [&] { EXPECT_EQ(At(372, 136), Sheet_Pixel(30, 61)) << "easy"; }},
        Click(kTick),  // any value but 0 becomes 0
-       {"the tick cleared", [] { return modMain::SkipSetup == 0; },
+       {"the tick cleared", [] { return SkipSetup == 0; },
         [&] {
           EXPECT_EQ(At(455, 165), Sheet_Pixel(47, 93)) << "tick";
           Move(230, 420);
@@ -379,7 +381,7 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
           Set_Virtual_Pad(platform::kPadLeftStickLeft, 0), Set_Virtual_Pad(platform::kPadLeftStickDown, 0);
           Set_Virtual_Pad(platform::kPadA, 1);
         }},
-       {"A chooses the pad", [] { return modMain::ControlDevice == 1; },
+       {"A chooses the pad", [] { return ControlDevice == 1; },
         [] { Set_Virtual_Pad(platform::kPadA, 0), Move(620, 20); }},
        Click_At("click the ghost switch, beside the volume", 400, 193),
        {"the fountain gone from the rows", settled,
@@ -450,7 +452,7 @@ class ShipSelectionTest : public ScreenTest {
   void SetUp() override {
     ScreenTest::SetUp();
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
-    modMain::NumOpponents = 4, modMain::GameState = modMain::kStateShipSelection;
+    NumOpponents = 4, GameState = kStateShipSelection;
   }
   // The first `records` generated ships under a count of n, some file lines replaced (line 2 + 7 x ship + k
   // holds field k of that ship, from 0: 2 the mass, 3 the inertia).
@@ -482,34 +484,25 @@ class ShipSelectionTest : public ScreenTest {
     return {first, last};
   }
   static bool slid_in() { return modShipSelection::Button_Slide() == 0; }
-  static Choice Current() {
-    return {modMain::Players[0]->cCurrentlySelectedShip, modMain::Players[0]->cCurrentlySelectedSkin};
-  }
+  static Choice Current() { return {Players[0]->cCurrentlySelectedShip, Players[0]->cCurrentlySelectedSkin}; }
 };
 
 TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWaysAndStartKeepsTheRacers) {
   Write_Catalogue(3, 3);
   // The first click comes while the buttons slide in (about 600 ms).
-  Play({Press_Button(kPrevShip, [] { return !slid_in(); }),
-        {"slid in", slid_in, [] { EXPECT_EQ(Current(), Choice(0, 1)) << "a click while sliding does nothing"; }},
-        Press_Button(kPrevShip),
-        Choice_Is({2, 1}),
-        Press_Button(kNextShip),
-        Choice_Is({0, 1}),
-        Press_Button(kPrevSkin),
-        Choice_Is({0, 3}),
-        Press_Button(kNextSkin),
-        Choice_Is({0, 1}),
-        Press_Button(kPrevSkin),
-        Choice_Is({0, 3}),
-        Press_Button(kNextShip),
-        Choice_Is({1, 3}),
-        {"screenshot", nullptr, [] { Screenshot("ship_selection"); }},
-        Press_Button(kStart)},
-       modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::GameState, modMain::kStateRace);
-  ASSERT_EQ(modMain::Players.size(), 5u);
-  for (size_t i = 0; i < 5; ++i) EXPECT_EQ(modMain::Players[i] ? modMain::Players[i]->RacerKind : -1, i == 0 ? 1 : 2);
+  std::vector<Step> script = {
+      Press_Button(kPrevShip, [] { return !slid_in(); }),
+      {"slid in", slid_in, [] { EXPECT_EQ(Current(), Choice(0, 1)) << "a click while sliding does nothing"; }}};
+  // Each button and the ship and skin it leaves.
+  const int clicks[][3] = {{kPrevShip, 2, 1}, {kNextShip, 0, 1}, {kPrevSkin, 0, 3},
+                           {kNextSkin, 0, 1}, {kPrevSkin, 0, 3}, {kNextShip, 1, 3}};
+  for (const auto& [button, ship, skin] : clicks)
+    script.insert(script.end(), {Press_Button(button), Choice_Is({ship, skin})});
+  script.insert(script.end(), {{"screenshot", nullptr, [] { Screenshot("ship_selection"); }}, Press_Button(kStart)});
+  Play(script, modShipSelection::Init_Ship_Selection);
+  EXPECT_EQ(GameState, kStateRace);
+  ASSERT_EQ(Players.size(), 5u);
+  for (size_t i = 0; i < 5; ++i) EXPECT_EQ(Players[i] ? Players[i]->RacerKind : -1, i == 0 ? 1 : 2);
   EXPECT_EQ(Current(), Choice(1, 3));
   EXPECT_EQ(std::make_pair(modGameLoop::RacerBox.Lower(), modGameLoop::RacerBox.Upper()), std::make_pair(0, 4));
   EXPECT_FALSE(modShipSelection::Preview());
@@ -542,13 +535,13 @@ TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsTellsAMissingMeshOnce
   visit.push_back(Choice_Is({1, 2}));
   visit.push_back(Press_Button(kBack));
   Play(visit, modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
-  ASSERT_EQ(modMain::Players.size(), 5u);
-  EXPECT_FALSE(modMain::Players[0]);
-  EXPECT_FALSE(modMain::Players[4]);
-  modMain::NumOpponents = 0;
+  EXPECT_EQ(GameState, kStateMainMenu);
+  ASSERT_EQ(Players.size(), 5u);
+  EXPECT_FALSE(Players[0]);
+  EXPECT_FALSE(Players[4]);
+  NumOpponents = 0;
   Play(visit, modShipSelection::Init_Ship_Selection);
-  EXPECT_EQ(modMain::Players.size(), 1u);
+  EXPECT_EQ(Players.size(), 1u);
   platform::Set_Message_Box_Hook(nullptr);
   EXPECT_EQ(shown, (std::vector<std::string>{"error loading xfile", "error loading xfile"})) << "once a visit";
 }
@@ -557,7 +550,7 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentre
   // Ship 0's inertia bar heads for 100 (20 x 25 - 400), ship 1's for 40 (17.6 x 25 - 400).
   Write_Catalogue(2, 2, {{2 + 3, "20"}, {2 + 7 + 3, "17.6"}});
   // Without the background only what the screen draws itself differs from the clear colour.
-  std::filesystem::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
+  fs::remove(dir_.path() + "/Gfx/ShipSelection_bg.bmp");
   std::vector<int> shown;
   int clicked_at = -1;
   on_frame = [&](int) { shown.push_back(modShipSelection::Bar_Shown(1)); };
