@@ -147,7 +147,6 @@ class HiScoreScreenTest : public ScreenTest {
     ScreenTest::SetUp();
     fs::create_directories(dir_.path() + "/Data");
     GameState = kStateHiScore;
-    max_frames = 400;
     Create_Racers(0);
     clsHumanPlayer& p = *Players[0];
     p.cTopSpeed = 212, p.cRaceTime = 121000;

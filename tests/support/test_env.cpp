@@ -142,7 +142,7 @@ void ScreenTest::SetUp() {
   modMain::Running = kTrue, modMain::QuitRequested = false;
   platform::Set_Pump_Hook([this](uint64_t) {
     platform::Advance_Manual_Clock(16);
-    if (++frames > max_frames) platform::Post_Event({platform::EventKind::Quit});
+    if (++frames > 3000) platform::Post_Event({platform::EventKind::Quit});
     if (on_frame) on_frame(frames);
     if (next_step_ == steps_.size()) return;
     Step& s = steps_[next_step_];
