@@ -15,6 +15,14 @@
 using namespace modMain;
 namespace fs = std::filesystem;
 
+namespace modHiScore {
+// Failures print the six fields.
+void PrintTo(const HiScoreTable& t, std::ostream* os) {
+  *os << t.BestTopSpeed << " \"" << t.BestTopSpeedName << "\" " << t.BestLap << " \"" << t.BestLapName << "\" "
+      << t.BestRace << " \"" << t.BestRaceName << "\"";
+}
+}  // namespace modHiScore
+
 namespace {
 
 using modHiScore::HiScoreTable;
