@@ -272,7 +272,6 @@ TEST_F(SetupDialog, TheFormPreselectsFromSettingsAndDevicesOffersModesUpToTheDes
   frmSetup::SetupForm f = Loaded({kRgb, kHal, kTnl});
   EXPECT_EQ(f.lblRes + "/" + f.lblBPP, "640x480/16");
   EXPECT_EQ(std::pair(f.cmb3DDevice, f.cmbSoundDriver), std::pair(2, 0)) << "device, sound";
-  EXPECT_FALSE(f.chkShowAgain);
   // Without the transform-and-lighting device the hardware one, else the first listed.
   EXPECT_EQ((std::array{Loaded({kRgb, kHal}).cmb3DDevice, Loaded({kRgb}).cmb3DDevice, Loaded({}, {}).cmb3DDevice}),
             (std::array{1, 0, -1}));

@@ -87,8 +87,7 @@ std::string Game_Dir() { return QUORVAL_GAME_DIR; }
 std::string Write_Png(const std::string& path, int width, int height, const std::vector<uint32_t>& rgb) {
   std::vector<uint8_t> bytes;
   for (uint32_t p : rgb) bytes.insert(bytes.end(), {uint8_t(p >> 16), uint8_t(p >> 8), uint8_t(p)});
-  const auto folder = std::filesystem::path(path).parent_path();
-  if (!folder.empty()) std::filesystem::create_directories(folder);
+  fs::create_directories(fs::path(path).parent_path());
   EXPECT_NE(stbi_write_png(path.c_str(), width, height, 3, bytes.data(), width * 3), 0) << path;
   return path;
 }
