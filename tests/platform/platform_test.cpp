@@ -194,10 +194,6 @@ TEST(Pacer, ABlockingSwapAloneSetsThePaceAndAnEarlySwapIsHeldToTheRefresh) {
 
 class WindowTest : public ScreenTest {
  protected:
-  void SetUp() override {
-    extras::Reset();
-    ScreenTest::SetUp();
-  }
   void TearDown() override {
     platform::Set_Windowed(false);
     ScreenTest::TearDown();

@@ -560,10 +560,9 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentre
   uint32_t lit_button = 0, plain_button = 0;
   std::vector<uint32_t> ship_a, ship_b;
   int read_at = 0;
+  using modShipSelection::Bar_Shown, modShipSelection::Bar_Target;
   const auto bars_settled = [] {
-    for (int i = 0; i < 3; ++i)
-      if (modShipSelection::Bar_Shown(i) != modShipSelection::Bar_Target(i)) return false;
-    return true;
+    return Bar_Shown(0) == Bar_Target(0) && Bar_Shown(1) == Bar_Target(1) && Bar_Shown(2) == Bar_Target(2);
   };
   Play({{"the inertia bar at 70", [&] { return shown.back() == 70; },
          [&] { clicked_at = frames, Press_Button(kNextShip).act(); }},
