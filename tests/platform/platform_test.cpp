@@ -74,8 +74,7 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   platform::Post_Event({platform::EventKind::KeyDown, 27});  // behind the release: waits too
   platform::Pump_Messages();
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13"}));
-  platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
-  platform::Post_Event({platform::EventKind::MouseUp, 0, 1});
+  for (auto kind : {platform::EventKind::MouseDown, platform::EventKind::MouseUp}) platform::Post_Event({kind, 0, 1});
   platform::Pump_Messages();
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
   platform::Pump_Messages();
@@ -116,26 +115,24 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Test Pad");
 
+  // Moves a control and returns what the next pump reports.
+  const auto set = [&](int16_t control, float amount) {
+    platform::Set_Virtual_Pad(control, amount);
+    return step();
+  };
   platform::Set_Virtual_Pad(platform::kPadX, 1);
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.2f);  // inside the trigger's dead zone
-  EXPECT_EQ(step(), V{"pad down 2"});
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.4f);
-  EXPECT_EQ(step(), V{"pad down 24"});
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.25f);  // eased off, but not let go
-  EXPECT_EQ(step(), V{}) << "a trigger lets go lower than it presses";
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.1f);
-  EXPECT_EQ(step(), V{"pad up 24"});
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.2f), V{"pad down 2"}) << "the trigger inside its dead zone";
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.4f), V{"pad down 24"});
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.25f), V{}) << "a trigger eased off lets go lower than it presses";
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.1f), V{"pad up 24"});
 
   // The stick: a press past half way, and the pointer's reading from the dead zone's edge.
-  platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0.2f);
-  EXPECT_EQ(step(), V{});
+  EXPECT_EQ(set(platform::kPadLeftStickUp, 0.2f), V{});
   EXPECT_EQ(stick_y, 0.0f) << "inside the pointer's dead zone";
   platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 1);
-  platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0);
-  EXPECT_EQ(step(), V{"pad down 15"});
+  EXPECT_EQ(set(platform::kPadLeftStickUp, 0), V{"pad down 15"});
   EXPECT_NEAR(std::hypot(stick_x + 1, stick_y), 0, 1e-3) << "full left";
-  platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 0.625f);
-  step();
+  set(platform::kPadLeftStickLeft, 0.625f);
   EXPECT_NEAR(stick_x, -0.5f, 1e-3) << "(0.625 - 0.25) / 0.75";
 
   platform::Detach_Virtual_Pad();
