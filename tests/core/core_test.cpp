@@ -48,7 +48,6 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
   D3DDeviceGuid = "IID_IDirect3DHALDevice", PlayerName = "Ada Vance";
   Write_Settings();
   Default_Settings();
-  PlayerName = "stale";
   Read_Settings();
   EXPECT_EQ((std::array<int, 5>{SkipSetup, ScreenWidth, ScreenBPP, Difficulty, KeyUp}),
             (std::array<int, 5>{1, 800, 32, 3, 87}));
