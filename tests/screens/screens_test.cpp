@@ -245,8 +245,6 @@ TEST_F(HiScoreScreenTest, ShortOrCorruptFilesNeverStopTheScreen) {
   EXPECT_TRUE(fs::exists(Path()));
 }
 
-using modOptions::Capture_Slot;
-
 // Centres of the clickable areas at 640 x 480: easier, harder, tick, store, defaults, the four key rows.
 constexpr float kArea[9][2] = {{337, 136}, {437, 136}, {300, 162}, {440, 420}, {230, 420},
                                {300, 286}, {300, 310}, {300, 334}, {300, 358}};
@@ -264,7 +262,7 @@ class Options : public ScreenTest {
     return Click_At(std::string("click ") + kNames[area], kArea[area][0], kArea[area][1], std::move(until));
   }
   static std::function<bool()> Capturing(int slot) {
-    return [slot] { return Capture_Slot() == slot; };
+    return [slot] { return modOptions::Capture_Slot() == slot; };
   }
   static std::function<bool()> Showing(int x, int y, const std::string& text) {
     return [=] { return Shows_Text(x, y, 2, text); };
@@ -317,7 +315,7 @@ TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowW
        Click(kHarder),                                                     // ignored while a key is awaited
        {"a frame after the click", nullptr,
         [] {
-          EXPECT_EQ(Capture_Slot(), 4);
+          EXPECT_EQ(modOptions::Capture_Slot(), 4);
           EXPECT_EQ(KeyRight, 39);
           EXPECT_EQ(Difficulty, 1);
           EXPECT_TRUE(Shows_Text(295, 351, 2, "-----")) << "the Right row still waits";
@@ -423,12 +421,10 @@ TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesid
   EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=1\npad_thrust=2\nvolume=7\n");
 }
 
-using modDInput::Get_Key_Name;
-
 TEST(KeyNames, NamedCodesAndFiftyTwoUniqueNamesAllBelow124) {
   std::string shown;
   for (int code : {13, 32, 37, 39, 40, 48, 65, 86, 90, 96, 105})
-    shown += std::to_string(code) + "=" + Get_Key_Name(static_cast<i16>(code)) + " ";
+    shown += std::to_string(code) + "=" + modDInput::Get_Key_Name(static_cast<i16>(code)) + " ";
   EXPECT_EQ(shown,
             "13=Enter 32=Spacebar 37=Left Arrow 39=Right Arrow 40=Down Arrow 48=0 65=A 86=V 90=Z 96=Numpad 0 "
             "105=Numpad 9 ");
@@ -437,7 +433,7 @@ TEST(KeyNames, NamedCodesAndFiftyTwoUniqueNamesAllBelow124) {
   std::set<std::string> names;
   int named = 0;
   for (int code = -32768; code <= 32767; ++code) {
-    const std::string n = Get_Key_Name(static_cast<i16>(code));
+    const std::string n = modDInput::Get_Key_Name(static_cast<i16>(code));
     if (n == "<invalid>") continue;
     ++named;
     EXPECT_TRUE(code >= 0 && code < 124) << code << " is named " << n;
