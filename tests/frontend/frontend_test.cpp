@@ -228,8 +228,7 @@ TEST_F(Particles, BirthMotionFadingRebirthThePointersPullAndClippedSprites) {
   EXPECT_EQ(first.Colour, modMATH::Create_Color_RGBA(1, 0, 0, 0)) << "a life below 0 draws clamped to clear";
   frmMain::MouseX = 400;
   Frame(50);
-  EXPECT_EQ(first.Life, 1.0f) << "then reborn";
-  EXPECT_EQ(first.X, 400.0f);
+  EXPECT_EQ(std::pair(first.Life, first.X), std::pair(1.0f, 400.0f)) << "then reborn at the pointer";
   Rest_At(539, 240);
   Frame(16);
   for (Particle& p : modMouseParticles::Particles) p.Life = 0;

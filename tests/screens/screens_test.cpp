@@ -2,7 +2,6 @@
 #include <set>
 
 #include "core/extras.h"
-#include "core/hiscore_file.h"
 #include "gfx/XFileClass.h"
 #include "screens/modDInput.h"
 #include "screens/modHiScore.h"
