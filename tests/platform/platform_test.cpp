@@ -1,18 +1,14 @@
-#include "platform/platform.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
+#include "core/extras.h"
+#include "platform/gl_internal.h"
 #include "platform/pacer.h"
 #include "platform/sdl_internal.h"
-#include "platform/testing.h"
+#include "support/screen_fixture.h"
 
 namespace {
 
@@ -71,7 +67,6 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   platform::Pump_Messages();
   platform::Set_Pump_Hook(nullptr);
   EXPECT_EQ(counts, (std::vector<uint64_t>{0, 1}));
-  // Shift A: a capital.
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 65 shift 1", "down 65", "move 12.500000,40.000000"}));
 
   r.seen.clear();
@@ -79,8 +74,7 @@ TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWith
   platform::Post_Event({platform::EventKind::KeyDown, 27});  // behind the release: waits too
   platform::Pump_Messages();
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13"}));
-  platform::Post_Event({platform::EventKind::MouseDown, 0, 1});
-  platform::Post_Event({platform::EventKind::MouseUp, 0, 1});
+  for (auto kind : {platform::EventKind::MouseDown, platform::EventKind::MouseUp}) platform::Post_Event({kind, 0, 1});
   platform::Pump_Messages();
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
   platform::Pump_Messages();
@@ -99,9 +93,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   EXPECT_EQ((std::array{lb.width, lb.height, lb.y0}), (std::array{bw, bh, (wh - bh) / 2}));
 
   float bx = 0, by = 0;
-  platform::detail::Window_To_Backbuffer(ww / 2.0f, wh / 2.0f, bx, by);
-  EXPECT_NEAR(bx, bw / 2.0f, 1.0f);
-  EXPECT_NEAR(by, bh / 2.0f, 1.0f);
   platform::detail::Window_To_Backbuffer(-30, 2, bx, by);  // top band, left of the window
   EXPECT_EQ(std::pair(bx, by), std::pair(0.0f, 0.0f));
   platform::detail::Window_To_Backbuffer(float(ww + 10), float(wh - 1), bx, by);  // bottom band
@@ -120,39 +111,35 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
     return seen;
   };
   using V = std::vector<std::string>;
-  EXPECT_TRUE(platform::Pad_Name().empty());
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Test Pad"));
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Test Pad");
 
+  // Moves a control and returns what the next pump reports.
+  const auto set = [&](int16_t control, float amount) {
+    platform::Set_Virtual_Pad(control, amount);
+    return step();
+  };
   platform::Set_Virtual_Pad(platform::kPadX, 1);
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.2f);  // inside the trigger's dead zone
-  EXPECT_EQ(step(), V{"pad down 2"});
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.4f);
-  EXPECT_EQ(step(), V{"pad down 24"});
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.25f);  // eased off, but not let go
-  EXPECT_EQ(step(), V{}) << "a trigger lets go lower than it presses";
-  platform::Set_Virtual_Pad(platform::kPadRightTrigger, 0.1f);
-  EXPECT_EQ(step(), V{"pad up 24"});
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.2f), V{"pad down 2"}) << "the trigger inside its dead zone";
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.4f), V{"pad down 24"});
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.25f), V{}) << "a trigger eased off lets go lower than it presses";
+  EXPECT_EQ(set(platform::kPadRightTrigger, 0.1f), V{"pad up 24"});
 
   // The stick: a press past half way, and the pointer's reading from the dead zone's edge.
-  platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0.2f);
-  EXPECT_EQ(step(), V{});
+  EXPECT_EQ(set(platform::kPadLeftStickUp, 0.2f), V{});
   EXPECT_EQ(stick_y, 0.0f) << "inside the pointer's dead zone";
   platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 1);
-  platform::Set_Virtual_Pad(platform::kPadLeftStickUp, 0);
-  EXPECT_EQ(step(), V{"pad down 15"});
+  EXPECT_EQ(set(platform::kPadLeftStickUp, 0), V{"pad down 15"});
   EXPECT_NEAR(std::hypot(stick_x + 1, stick_y), 0, 1e-3) << "full left";
-  platform::Set_Virtual_Pad(platform::kPadLeftStickLeft, 0.625f);
-  step();
+  set(platform::kPadLeftStickLeft, 0.625f);
   EXPECT_NEAR(stick_x, -0.5f, 1e-3) << "(0.625 - 0.25) / 0.75";
 
   platform::Detach_Virtual_Pad();
   V gone = step();
   ASSERT_EQ(gone.size(), 3u);
-  EXPECT_EQ(gone.back(), "unplug") << "after letting go of what it held";
   std::sort(gone.begin(), gone.end() - 1);
-  EXPECT_EQ(gone, (V{"pad up 15", "pad up 2", "unplug"}));
+  EXPECT_EQ(gone, (V{"pad up 15", "pad up 2", "unplug"})) << "unplugged after letting go of what it held";
   EXPECT_EQ(platform::Pad_Name(), "") << "no pad, no name";
   ASSERT_TRUE(platform::Attach_Virtual_Pad("Second Pad"));
   EXPECT_EQ(step(), V{"plug"});
@@ -161,11 +148,9 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::Close_Window();
 }
 
-// Frame pacing against a model display: a swap that blocks until the next refresh (or, for
-// a display without vsync, returns at once), 600 frames of 40-75 % of a refresh period of
-// work each, and sleeps that wake a little late as real ones do. A refresh missed while the
-// work would have fitted is the pacer's fault (a pacer that sleeps to a deadline whatever the
-// swap waited misses several here).
+// Pacing against a model display: a swap that waits for the next refresh (or, without vsync, returns at once),
+// 600 frames of 40-75 % of a refresh of work, sleeps that wake a little late. A refresh missed while the work
+// would have fitted is the pacer's fault (one that sleeps to a deadline whatever the swap waited misses several).
 struct Paced {
   int missed = 0;      // refreshes that showed no new frame
   double mean_ms = 0;  // mean time between swaps
@@ -198,12 +183,90 @@ Paced Model(double hz, bool vsync) {
 
 TEST(Pacer, ABlockingSwapAloneSetsThePaceAndAnEarlySwapIsHeldToTheRefresh) {
   for (const double hz : {60.0, 144.0}) {
-    const Paced vsync = Model(hz, true);
-    EXPECT_EQ(vsync.missed, 0) << hz << " Hz with vsync";
-    EXPECT_NEAR(vsync.mean_ms, 1000.0 / hz, 0.01) << hz << " Hz with vsync";
+    EXPECT_EQ(Model(hz, true).missed, 0) << hz << " Hz with vsync: every refresh shows a new frame";
     const Paced early = Model(hz, false);
     EXPECT_NEAR(early.mean_ms, 1000.0 / hz, 0.01 * 1000.0 / hz) << hz << " Hz, swaps returning at once";
   }
+}
+
+class WindowTest : public ScreenTest {
+ protected:
+  void TearDown() override {
+    platform::Set_Windowed(false);
+    ScreenTest::TearDown();
+  }
+  static void Press_Window_Key(int16_t key, int16_t shift) {
+    for (auto kind : {platform::EventKind::KeyDown, platform::EventKind::KeyUp}) {
+      platform::Post_Event({kind, key, 0, shift});
+      platform::Pump_Messages();
+    }
+  }
+  // Draws the buttons picture at (10, 20) and returns what the back buffer then shows there.
+  std::vector<uint32_t> Draw_Buttons() {
+    Rect all{0, 0, 382, 156};
+    i16 x = 10, y = 20;
+    mod3Denhance::Fill_Rect(mod3Denhance::BackBuffer, 0, 0, 640, 480, 0);
+    mod3Denhance::Blit_Clipped(mod3Denhance::BackBuffer, buttons_, all, x, y, 1);
+    return Read(10, 20, 392, 176);
+  }
+  mod3Denhance::Surface buttons_;
+};
+
+TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) {
+  SDL_Window* window = platform::detail::Window();
+  int desk_w = 0, desk_h = 0;
+  ASSERT_TRUE(platform::Desktop_Size(desk_w, desk_h));
+  ASSERT_TRUE(mod3Denhance::Create_Surface(buttons_, 382, 156, platform::Game_Path("\\Gfx\\Buttons.bmp"),
+                                           mod3Denhance::kKeyBlack, kFalse));
+  const std::vector<uint32_t> before = Draw_Buttons();
+  mod3Denhance::Flip();
+  const platform::detail::GpuState gpu = platform::detail::ImageAccess::Gpu(*buttons_);
+  ASSERT_NE(gpu.texture, 0u);
+  EXPECT_NE(SDL_GetWindowFlags(window) & SDL_WINDOW_INPUT_GRABBED, 0u) << "full screen holds the pointer";
+
+  Press_Window_Key(13, 4);  // Alt+Enter
+  EXPECT_TRUE(platform::Windowed());
+  EXPECT_EQ(SDL_GetWindowFlags(window) & SDL_WINDOW_FULLSCREEN, 0u);
+  EXPECT_EQ(SDL_GetWindowFlags(window) & SDL_WINDOW_INPUT_GRABBED, 0u) << "a window lets the pointer go";
+  int ww = 0, wh = 0;
+  SDL_GetWindowSize(window, &ww, &wh);
+  EXPECT_LT(wh, desk_h);
+  EXPECT_EQ(ww * 3, wh * 4) << "a whole multiple of the back buffer";
+  EXPECT_FALSE(frmMain::Pressed(frmMain::Press::Enter)) << "Alt+Enter is not Enter";
+  EXPECT_EQ(testenv::Read_File(extras::Path()), "window=1\n");
+
+  // The same texture draws the same pixels: nothing was lost or uploaded again.
+  EXPECT_EQ(Draw_Buttons(), before);
+  mod3Denhance::Flip();
+  EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).texture, gpu.texture);
+  EXPECT_EQ(platform::detail::ImageAccess::Gpu(*buttons_).generation, gpu.generation) << "not uploaded again";
+
+  // The player drags the window wide: bands left and right, the pointer mapped through them.
+  SDL_SetWindowSize(window, 1000, 500);
+  const platform::detail::Letterbox& lb = platform::detail::Current_Letterbox();
+  EXPECT_EQ((std::array{lb.width, lb.height, lb.x0}), (std::array{667, 500, 166}));
+  SDL_Event motion{};
+  motion.motion = {SDL_MOUSEMOTION, 0, SDL_GetWindowID(window), 0, 0, 166 + 667 / 2, 125, 0, 0};
+  SDL_PushEvent(&motion);
+  platform::Pump_Messages();
+  EXPECT_NEAR(frmMain::MouseX, 320, 1);
+  EXPECT_EQ(frmMain::MouseY, 120);
+  mod3Denhance::Flip();
+
+  Press_Window_Key(122, 0);  // F11: back to full screen
+  EXPECT_FALSE(platform::Windowed());
+  EXPECT_EQ(SDL_GetWindowFlags(window) & SDL_WINDOW_FULLSCREEN_DESKTOP, SDL_WINDOW_FULLSCREEN_DESKTOP);
+  EXPECT_NE(SDL_GetWindowFlags(window) & SDL_WINDOW_INPUT_GRABBED, 0u);
+  EXPECT_EQ(frmMain::KeyState[122], kFalse) << "F11 belongs to the window, not the game";
+  EXPECT_EQ(testenv::Read_File(extras::Path()), "window=0\n");
+  EXPECT_EQ(Draw_Buttons(), before);
+  EXPECT_FALSE(std::filesystem::exists(modMain::Settings_Path())) << "Quorval.ini is not written";
+
+  // The next run opens the way the player left it.
+  testenv::Write_File(extras::Path(), "window=1\n");
+  extras::Load();
+  ASSERT_TRUE(frmMain::Show());
+  EXPECT_TRUE(platform::Windowed());
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #pragma once
-// A device that draws nothing and records what it is asked: transforms, textures and the
-// draws, so frame passes and meshes can be checked without a display.
+// A device that draws nothing and records transforms, textures and draws: frame passes and meshes without a display.
 #include <algorithm>
 #include <map>
 #include <vector>

@@ -1,9 +1,7 @@
 #pragma once
-// The one display and screen fixture. DisplayTest: a headless display (640 x 480 unless a
-// test asks for another size) in a scratch game folder with the graphics, torn down in the
-// game's order. ScreenTest: fonts, the main window's input and a manual clock, so a test can
-// run a real screen loop; every pump advances the clock by 16 ms, calls on_frame (frames
-// from 1) and moves the script on. A runaway loop is closed after max_frames.
+// DisplayTest: a headless display (640 x 480 unless asked) in a scratch game folder with the graphics.
+// ScreenTest adds fonts, input and a manual clock for a real screen loop: every pump advances the clock
+// 16 ms, calls on_frame (frames from 1) and moves the script on; a runaway loop ends after 3000 frames.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -80,7 +78,6 @@ class ScreenTest : public DisplayTest {
   static bool Shows_Text(int x, int y, u8 font, const std::string& text);
 
   int frames = 0;
-  int max_frames = 3000;
   std::function<void(int frame)> on_frame;
 
  private:
