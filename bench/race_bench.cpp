@@ -10,9 +10,9 @@
 //   x_floor             median_ms / floor_ms
 //   cpu_ms              the game thread's own CPU time (the rasteriser's threads excluded)
 //   allocs              heap allocations
+//   tris                triangles handed to GL
 //   setup_ms            Set_Up_Race, once
 #include <benchmark/benchmark.h>
-
 #include <time.h>
 
 #include <algorithm>
@@ -241,7 +241,7 @@ void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
   std::vector<double> wall;
   wall.reserve(size_t(state.max_iterations));
   double cpu_ms = 0;
-  const uint64_t before = benchalloc::Count();
+  const uint64_t before = benchalloc::Count(), tris_before = platform::Triangles_Sent();
   for (auto _ : state) {
     const double cpu0 = Thread_Cpu_Ms();
     const Clock::time_point t0 = Clock::now();
@@ -249,7 +249,7 @@ void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
     wall.push_back(Ms_Since(t0));
     cpu_ms += Thread_Cpu_Ms() - cpu0;
   }
-  const uint64_t allocations = benchalloc::Count() - before;
+  const uint64_t allocations = benchalloc::Count() - before, tris = platform::Triangles_Sent() - tris_before;
   End_Race();
   if (wall.empty()) return;
   const double frames = double(wall.size());
@@ -263,6 +263,7 @@ void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
   state.counters["x_floor"] = median / floor_ms;
   state.counters["cpu_ms"] = cpu_ms / frames;
   state.counters["allocs"] = double(allocations) / frames;
+  state.counters["tris"] = double(tris) / frames;
   state.counters["setup_ms"] = race.setup_ms;
 }
 BENCHMARK_CAPTURE(BM_RaceFrameAtSize, 640x480, 640, 480)->Iterations(300)->Unit(benchmark::kMillisecond);

@@ -2,9 +2,9 @@
 // applied when a batch is drawn. Vertices of every format are widened into one layout
 // and collected, with triangle-list indices, into buffers kept for the device's life;
 // a batch is drawn with one call when a state changes, the buffers fill up, or anything
-// else needs the back buffer. Kept geometry lives in buffers of its own, uploaded once, and
-// neighbouring parts of it are drawn with one call too. Uniforms go to GL only when their
-// value changes.
+// else needs the back buffer. Kept geometry lives in buffers of its own, uploaded once; what
+// is in view of it, part by part and piece by piece, is drawn with one call for each run of
+// neighbours. Uniforms go to GL only when their value changes.
 #include <epoxy/gl.h>
 
 #include <algorithm>
@@ -183,6 +183,7 @@ bool Ready_Buffers(const Geometry& g) {
 
 class GlDevice;
 GlDevice* g_live_device = nullptr;
+uint64_t g_triangles_sent = 0;
 
 class GlDevice final : public Device3D {
  public:
@@ -309,16 +310,20 @@ class GlDevice final : public Device3D {
       const Geometry::Part& p = g.parts[size_t(i)];
       // A part out of sight costs the rasteriser nothing but would still be transformed.
       if (p.indices <= 0 || Out_Of_View(p.lo, p.hi)) continue;
-      const int begin = p.first_index, end = begin + p.indices;
-      // The next parts of what is pending join it.
-      if (kept_ == &g && kept_end_ == begin) {
+      for (int k = p.first_piece; k < p.first_piece + p.pieces; ++k) {
+        const Geometry::Piece& piece = g.pieces[size_t(k)];
+        if (p.pieces > 1 && Out_Of_View(piece.lo, piece.hi)) continue;
+        const int begin = piece.first_index, end = begin + piece.indices;
+        // The next pieces of what is pending join it.
+        if (kept_ == &g && kept_end_ == begin) {
+          kept_end_ = end;
+          continue;
+        }
+        Flush();
+        kept_ = &g;
+        kept_begin_ = begin;
         kept_end_ = end;
-        continue;
       }
-      Flush();
-      kept_ = &g;
-      kept_begin_ = begin;
-      kept_end_ = end;
     }
   }
 
@@ -354,6 +359,7 @@ class GlDevice final : public Device3D {
                       GLsizeiptr(size_t(vertex_used_) * sizeof(GpuVertex)), vertices_.data());
       glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, GLintptr(size_t(ring_index_) * sizeof(uint32_t)),
                       GLsizeiptr(size_t(index_used_) * sizeof(uint32_t)), indices_.data());
+      g_triangles_sent += uint64_t(index_used_ / 3);
       glDrawElementsBaseVertex(GL_TRIANGLES, index_used_, GL_UNSIGNED_INT,
                                reinterpret_cast<void*>(size_t(ring_index_) * sizeof(uint32_t)), ring_vertex_);
       ring_vertex_ += vertex_used_;
@@ -407,6 +413,7 @@ class GlDevice final : public Device3D {
     detail::Flush_Blits();  // queued before this
     if (!Apply_State()) return;
     glBindVertexArray(g.vao);
+    g_triangles_sent += uint64_t((kept_end_ - kept_begin_) / 3);
     glDrawElements(GL_TRIANGLES, kept_end_ - kept_begin_, GL_UNSIGNED_INT,
                    reinterpret_cast<void*>(size_t(kept_begin_) * sizeof(uint32_t)));
     glBindVertexArray(0);
@@ -637,14 +644,32 @@ Geometry::~Geometry() {
 }
 
 namespace {
+constexpr int kPieceTriangles = 32;
+
 template <class Vertex>
-void Box_Round(Geometry::Part& part, const Vertex* v) {
-  if (part.vertices <= 0) return;
-  part.lo = part.hi = Vector3{v[0].x, v[0].y, v[0].z};
-  for (int i = 1; i < part.vertices; ++i) {
-    part.lo = Vector3{std::min(part.lo.x, v[i].x), std::min(part.lo.y, v[i].y), std::min(part.lo.z, v[i].z)};
-    part.hi = Vector3{std::max(part.hi.x, v[i].x), std::max(part.hi.y, v[i].y), std::max(part.hi.z, v[i].z)};
+void Grow(Vector3& lo, Vector3& hi, const Vertex& v) {
+  lo = Vector3{std::min(lo.x, v.x), std::min(lo.y, v.y), std::min(lo.z, v.z)};
+  hi = Vector3{std::max(hi.x, v.x), std::max(hi.y, v.y), std::max(hi.z, v.z)};
+}
+
+// The box round the part's vertices, and its triangles cut into pieces with boxes of their own.
+template <class Vertex>
+void Box_Round(Geometry& g, Geometry::Part& part, const Vertex* v) {
+  if (part.vertices > 0) {
+    const Vertex& first = v[part.first_vertex];
+    part.lo = part.hi = Vector3{first.x, first.y, first.z};
+    for (int i = 1; i < part.vertices; ++i) Grow(part.lo, part.hi, v[part.first_vertex + i]);
   }
+  part.first_piece = int(g.pieces.size());
+  const int end = part.first_index + part.indices;
+  for (int begin = part.first_index; begin < end; begin += 3 * kPieceTriangles) {
+    Geometry::Piece piece{begin, std::min(3 * kPieceTriangles, end - begin)};
+    const Vertex& first = v[g.triangles[size_t(begin)]];
+    piece.lo = piece.hi = Vector3{first.x, first.y, first.z};
+    for (int i = begin + 1; i < begin + piece.indices; ++i) Grow(piece.lo, piece.hi, v[g.triangles[size_t(i)]]);
+    g.pieces.push_back(piece);
+  }
+  part.pieces = int(g.pieces.size()) - part.first_piece;
 }
 }  // namespace
 
@@ -654,11 +679,11 @@ GeometryRef Device3D::MakeGeometry(const LitVertex* v, const int* lengths, int s
   for (int i = 0; i < strips; ++i) {
     const int n = std::max(0, lengths[i]);
     Geometry::Part part{int(g->lit.size()), n, int(g->triangles.size()), 0};
-    Box_Round(part, v);
     g->lit.insert(g->lit.end(), v, v + n);
     v += n;
     Append_Strip(g->triangles, uint32_t(part.first_vertex), n);
     part.indices = int(g->triangles.size()) - part.first_index;
+    Box_Round(*g, part, g->lit.data());
     g->parts.push_back(part);
   }
   return g;
@@ -676,7 +701,7 @@ GeometryRef Device3D::MakeGeometry(const MeshVertex* v, int vertex_count, const 
       g->triangles.insert(g->triangles.end(), {a, b, c});
     }
   g->parts[0] = {0, vertex_count, 0, int(g->triangles.size())};
-  Box_Round(g->parts[0], v);
+  Box_Round(*g, g->parts[0], v);
   return g;
 }
 
@@ -699,6 +724,8 @@ std::string Device_Identifier(const Device3D& device) {
   const auto* gl = dynamic_cast<const GlDevice*>(&device);
   return gl != nullptr ? gl->Identifier() : std::string();
 }
+
+uint64_t Triangles_Sent() { return g_triangles_sent; }
 
 uint32_t Render_State(const Device3D& device, uint32_t state) {
   const auto* gl = dynamic_cast<const GlDevice*>(&device);

@@ -18,11 +18,19 @@ class Geometry {
     int first_vertex = 0, vertices = 0;  // into lit or mesh
     int first_index = 0, indices = 0;    // into the triangle list
     Vector3 lo{}, hi{};                  // the box round its vertices
+    int first_piece = 0, pieces = 0;     // into pieces
+  };
+  // A run of a part's triangles and the box round them: of a long strip (the ground goes
+  // round the whole track) only the runs that may be in sight are sent.
+  struct Piece {
+    int first_index = 0, indices = 0;
+    Vector3 lo{}, hi{};
   };
   std::vector<LitVertex> lit;  // strips, end to end
   std::vector<MeshVertex> mesh;
   std::vector<uint32_t> triangles;  // the parts as one triangle list
   std::vector<Part> parts;
+  std::vector<Piece> pieces;
   mutable uint32_t vao = 0, vbo = 0, ebo = 0;
   mutable uint64_t generation = 0;
   Geometry() = default;

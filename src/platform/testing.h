@@ -118,6 +118,8 @@ std::string Resolve_Device(const std::string& identifier);
 // for any other device).
 std::string Device_Identifier(const Device3D& device);
 uint32_t Render_State(const Device3D& device, uint32_t state);
+// Triangles the GL device has handed to GL so far, kept and immediate.
+uint64_t Triangles_Sent();
 // The notifications of the current stream (empty without one), and whether it plays.
 std::vector<StreamNotification> Stream_Notification_List();
 bool Stream_Playing();
