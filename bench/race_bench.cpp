@@ -13,6 +13,7 @@
 //   tris                triangles handed to GL
 //   setup_ms            Set_Up_Race, once
 #include <benchmark/benchmark.h>
+
 #include <time.h>
 
 #include <algorithm>
