@@ -53,8 +53,8 @@ void main() {
 )";
 
 // With and without a texture each get a program of their own: the variant's value comes
-// first as a constant (u_textured: bool), so
-// the rasteriser runs only the path taken and, with no discard, tests depth before shading.
+// first as a constant (u_textured: bool), so the rasteriser runs only the path taken and,
+// with no discard, tests depth before shading.
 const char* kFixedFunctionFragment = R"(
 in vec4 v_color;
 in vec2 v_uv;
