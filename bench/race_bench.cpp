@@ -4,7 +4,7 @@
 //
 // BM_RaceFrameAtSize runs at the game's screen sizes and puts each beside the rasteriser's
 // floor at that size: one full-screen blended quad of a 256 x 256 texture, ended by the same
-// read-back. Its counters, all per frame unless named otherwise:
+// read-back, drawn after every race frame. Its counters, all per frame unless named otherwise:
 //   median_ms, p99_ms   race frame, wall clock
 //   floor_ms            the floor's median, wall clock
 //   x_floor             median_ms / floor_ms
@@ -43,7 +43,6 @@ namespace {
 
 constexpr i32 kFrameMs = 16;
 constexpr int kSettleFrames = 300;  // racing, camera settled
-constexpr int kFloorFrames = 200;
 
 using Clock = std::chrono::steady_clock;
 
@@ -187,77 +186,91 @@ double Median(const std::vector<double>& sorted) {
 }
 
 // The least a frame of this size can cost: the whole back buffer covered once by a blended,
-// linearly filtered texture. 0, with the reason in `error`, when the quad does not reach the
-// screen.
-double Floor_Median_Ms(const char*& error) {
-  platform::Device3D& d = *mod3Denhance::D3DDevice;
-  mod3Denhance::Surface texture = mod3Denhance::Create_Texture("", 256, 256, 0);
-  if (!texture) {
-    error = "no floor texture";
-    return 0;
+// linearly filtered texture.
+class Floor {
+ public:
+  // False, with the reason in `error`, when the quad does not reach the screen.
+  bool Ready(const char*& error) {
+    texture_ = mod3Denhance::Create_Texture("", 256, 256, 0);
+    if (!texture_) {
+      error = "no floor texture";
+      return false;
+    }
+    mod3Denhance::Fill_Rect(texture_, 0, 0, 256, 256, 0x80FF8000u);  // half see-through orange
+    const float w = modMain::ScreenWidth, h = modMain::ScreenHeight;
+    const u32 white = modMATH::Create_Color_RGBA(1, 1, 1, 1);
+    quad_[0] = {0, h, 0, 1, white, 0, 0, 1};
+    quad_[1] = {0, 0, 0, 1, white, 0, 0, 0};
+    quad_[2] = {w, h, 0, 1, white, 0, 1, 1};
+    quad_[3] = {w, 0, 0, 1, white, 0, 1, 0};
+    mod3Denhance::Clear_Screen();
+    // Over the dark blue, red comes only from the texture.
+    if ((Draw() >> 16 & 0xFFu) < 0x40u) {
+      error = "the floor quad did not reach the screen";
+      return false;
+    }
+    return true;
   }
-  mod3Denhance::Fill_Rect(texture, 0, 0, 256, 256, 0x80FF8000u);  // half see-through orange
-  const float w = modMain::ScreenWidth, h = modMain::ScreenHeight;
-  const u32 white = modMATH::Create_Color_RGBA(1, 1, 1, 1);
-  const ScreenVertex quad[4] = {{0, h, 0, 1, white, 0, 0, 1},
-                                {0, 0, 0, 1, white, 0, 0, 0},
-                                {w, h, 0, 1, white, 0, 1, 1},
-                                {w, 0, 0, 1, white, 0, 1, 0}};
-  d.SetRenderState(platform::rs::ZEnable, 0);
-  d.SetRenderState(platform::rs::Lighting, 0);
-  d.SetRenderState(platform::rs::CullMode, platform::cull::None);
-  d.SetRenderState(platform::rs::AlphaBlendEnable, 1);
-  const auto draw = [&] {
-    d.SetTexture(0, texture);
-    d.DrawPrimitive(platform::Primitive::TriangleStrip, quad, 4);
-    return Read_Pixel(modMain::ScreenWidth / 2, modMain::ScreenHeight / 2);
-  };
-  mod3Denhance::Clear_Screen();
-  const uint32_t first = draw();  // over the dark blue: red comes only from the texture
-  std::vector<double> times;
-  times.reserve(kFloorFrames);
-  for (int i = 0; i < kFloorFrames; ++i) {
-    const Clock::time_point t0 = Clock::now();
-    draw();
-    times.push_back(Ms_Since(t0));
-  }
-  d.SetTexture(0, nullptr);
-  d.SetRenderState(platform::rs::AlphaBlendEnable, 0);
-  d.SetRenderState(platform::rs::CullMode, platform::cull::CounterClockwise);
-  d.SetRenderState(platform::rs::ZEnable, 1);
-  if ((first >> 16 & 0xFFu) < 0x40u) {
-    error = "the floor quad did not reach the screen";
-    return 0;
-  }
-  std::sort(times.begin(), times.end());
-  return Median(times);
-}
 
+  // Leaves the render states as a race frame ends with them.
+  uint32_t Draw() {
+    platform::Device3D& d = *mod3Denhance::D3DDevice;
+    d.SetRenderState(platform::rs::ZEnable, 0);
+    d.SetRenderState(platform::rs::Lighting, 0);
+    d.SetRenderState(platform::rs::CullMode, platform::cull::None);
+    d.SetRenderState(platform::rs::AlphaBlendEnable, 1);
+    d.SetTexture(0, texture_);
+    d.DrawPrimitive(platform::Primitive::TriangleStrip, quad_, 4);
+    const uint32_t pixel = Read_Pixel(modMain::ScreenWidth / 2, modMain::ScreenHeight / 2);
+    d.SetTexture(0, nullptr);
+    d.SetRenderState(platform::rs::AlphaBlendEnable, 0);
+    d.SetRenderState(platform::rs::CullMode, platform::cull::CounterClockwise);
+    d.SetRenderState(platform::rs::ZEnable, 1);
+    return pixel;
+  }
+
+ private:
+  mod3Denhance::Surface texture_;
+  ScreenVertex quad_[4] = {};
+};
+
+// Each race frame is followed by a floor frame, so a slower spell of the machine weighs on
+// both sides of the ratio alike.
 void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
   if (!benchdisplay::Open(width, height)) return state.SkipWithError("no display");
   ghost::Set_Enabled(false);
   Race race;
   const char* error = "";
   if (!Start_Race(race, error)) return state.SkipWithError(error);
-  std::vector<double> wall;
+  Floor floor;
+  if (!floor.Ready(error)) {
+    End_Race();
+    return state.SkipWithError(error);
+  }
+  std::vector<double> wall, floor_wall;
   wall.reserve(size_t(state.max_iterations));
+  floor_wall.reserve(size_t(state.max_iterations));
   double cpu_ms = 0;
-  const uint64_t before = benchalloc::Count(), tris_before = platform::Triangles_Sent();
+  uint64_t allocations = 0, tris = 0;
   for (auto _ : state) {
+    const uint64_t allocs0 = benchalloc::Count(), tris0 = platform::Triangles_Sent();
     const double cpu0 = Thread_Cpu_Ms();
-    const Clock::time_point t0 = Clock::now();
+    Clock::time_point t0 = Clock::now();
     Race_Frame(race.start, race.first_go);
     wall.push_back(Ms_Since(t0));
     cpu_ms += Thread_Cpu_Ms() - cpu0;
+    allocations += benchalloc::Count() - allocs0;
+    tris += platform::Triangles_Sent() - tris0;
+    t0 = Clock::now();
+    floor.Draw();
+    floor_wall.push_back(Ms_Since(t0));
   }
-  const uint64_t allocations = benchalloc::Count() - before, tris = platform::Triangles_Sent() - tris_before;
   End_Race();
   if (wall.empty()) return;
   const double frames = double(wall.size());
   std::sort(wall.begin(), wall.end());
-  const double floor_ms = Floor_Median_Ms(error);
-  if (floor_ms <= 0) return state.SkipWithError(error);
-  const double median = Median(wall);
+  std::sort(floor_wall.begin(), floor_wall.end());
+  const double median = Median(wall), floor_ms = Median(floor_wall);
   state.counters["median_ms"] = median;
   state.counters["p99_ms"] = Percentile(wall, 0.99);
   state.counters["floor_ms"] = floor_ms;
