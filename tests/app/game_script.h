@@ -1,6 +1,5 @@
 #pragma once
-// Whole-game runs: a new player's scripted tour of the screens, driving on the bound keys,
-// and the log lines of start-up (after the settings are read), a race and shutdown.
+// Whole-game runs: a new player's scripted tour, and the log lines of start-up, a race and shutdown.
 
 #include <algorithm>
 #include <filesystem>
@@ -34,7 +33,6 @@ inline std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
-// A new player's start-up with the default settings.
 inline const std::vector<std::string> kStartUpLines = Lines(
     "Program Started| |Reading Quorval.ini...|...Done|Initialising DDraw...|DX and DDraw objects created|"
     "Exclusive mode set, at 640x480x16|Primary Surface Created|Backbuffer Created|...DDraw Initialized||"
@@ -98,9 +96,8 @@ class Script {
   size_t next_ = 0;
 };
 
-// A new player's way through the game at Pump() each frame: each intro page seen a while and
-// skipped with Enter, the menu's buttons in the order given, ship selection's start, a race
-// driven on the bound keys, "ace" on the hi-score table and back to the menu.
+// A new player's way through the game, a Pump() a frame: each intro page a while then Enter, the menu's buttons in the
+// order given, ship selection's start, a race on the bound keys, "ace" on the hi-score table and back to the menu.
 class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on

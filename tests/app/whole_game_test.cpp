@@ -1,16 +1,11 @@
-// The whole game on the manual clock: a new player's tour (intro, menu, ship selection, a
-// race on the bound keys against four computer ships, hi-score table, quit) checked byte for
-// byte in the log, settings and hi-score files; a game that cannot start for a missing
-// picture; and two recorded runs (16 ms and uneven 7-40 ms frames) replayed from their
-// journals, each leaving the log, Hiscores.Dat, Ghost.Dat and final places it left when
-// recorded. A change to how the race plays fails there and is re-recorded on purpose:
+// The whole game on the manual clock. Two recorded runs (16 ms and uneven 7-40 ms frames) replay from their journals to
+// the log, Hiscores.Dat, Ghost.Dat and places they left; when the race changes on purpose, record them again with
 //   build/tests/tests_app --gtest_also_run_disabled_tests --gtest_filter='*Record*'
 #include <cstdio>
 
 #include "core/extras.h"
 #include "core/hiscore_file.h"
 #include "game_script.h"
-#include "vehicle/ghost.h"
 
 namespace {
 
@@ -39,7 +34,6 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
   // The table: the first race beats an empty one on all three records.
   EXPECT_EQ(testenv::Read_File(dir.path() + "/Data/Hiscores.Dat"),
             modHiScore::Encode_HiScores({top_speed, "ace", std::min({laps[0], laps[1], laps[2]}), "ace", race, "ace"}));
-  // The name kept with the settings.
   EXPECT_EQ(testenv::Read_File(modMain::Settings_Path()),
             "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\nace\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
   EXPECT_FALSE(std::filesystem::exists(extras::Path())) << "nothing of the additions changed: no Quorval.cfg";
@@ -143,8 +137,7 @@ void Replay(const Recorded& run) {
 TEST(Replay, RaceAt16msFramesReplaysByteForByte) { Replay(kRuns[0]); }
 TEST(Replay, RaceAtUneven7To40msFramesReplaysByteForByte) { Replay(kRuns[1]); }
 
-// Intro, race against four ships, three laps on the autopilot, "ace" on the table, quit:
-// writes the journals and what their runs left into tests/app/replays.
+// Records both runs of the tour: their journals and what the runs left go into tests/app/replays.
 TEST(Replay, DISABLED_RecordBoth) {
   std::filesystem::create_directories(kReplays);
   for (const Recorded& run : kRuns) {

@@ -9,13 +9,9 @@
 
 namespace {
 
-void Put(std::string& s, std::uint32_t v, int bytes) {
-  for (int i = 0; i < bytes; ++i) s += char((v >> (8 * i)) & 0xFF);
-}
-
 std::string Chunk(const char* id, const std::string& body) {
   std::string s(id, 4);
-  Put(s, std::uint32_t(body.size()), 4);
+  testenv::Put(s, {std::uint32_t(body.size())});
   return s + body;
 }
 
@@ -31,17 +27,11 @@ struct WaveLayout {
 std::string Make_Wave(const WaveLayout& w) {
   std::string format;
   const std::uint16_t block = std::uint16_t(w.channels * w.bits / 8);
-  Put(format, w.tag, 2);
-  Put(format, w.channels, 2);
-  Put(format, w.rate, 4);
-  Put(format, w.rate * block, 4);
-  Put(format, block, 2);
-  Put(format, w.bits, 2);
-  const std::string body =
-      "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data;
-  std::string file = "RIFF";
-  Put(file, std::uint32_t(body.size()), 4);
-  return file + body;
+  testenv::Put(format, {w.tag, w.channels}, 2);
+  testenv::Put(format, {w.rate, w.rate * block});
+  testenv::Put(format, {block, w.bits}, 2);
+  return Chunk("RIFF",
+               "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data);
 }
 
 // Hands out the bytes, failing the test on any request outside them.
@@ -201,17 +191,15 @@ TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain)
   }
 }
 
-// Shutdown while refills run on the sound thread: here a fault can only show as a crash;
-// `make tsan` runs this test under ThreadSanitizer, which fails it on any touch of the
-// music's state that the stream's lock does not order against the refill.
+// Shutdown while refills run on the sound thread: a fault shows here only as a crash, or under `make tsan` as a touch
+// of the music's state that the stream's lock does not order against the refill.
 TEST_F(MusicStream, ShuttingDownWhileTheRefillRunsIsSafe) {
   const std::string device = Disk_Driver("1");  // lets shutdown win SDL's unfair lock between refills
   // 16000-byte buffers: a refill every 8000 bytes played.
   const std::string bytes = Make_Wave({.rate = 8000, .data = Pattern(40000)});
   for (int round = 0; round < 25; ++round) {
     Play(bytes);
-    // Both first refills have run once a buffer has played; shutdown then comes at a moment
-    // that moves on through the time to the next refill from round to round.
+    // Both first refills ran once a buffer has played; each round the shutdown comes later towards the next refill.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     std::error_code ec;
     while (std::filesystem::file_size(device, ec) < 16000 && std::chrono::steady_clock::now() < deadline)
@@ -271,7 +259,6 @@ TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkippedCutsAndLyin
                                       .data = std::string(40, '\x7f')});
   const wave::WaveHeader h = Walk(good);
   ASSERT_EQ(h.result, wave::HeaderResult::Ok) << h.problem;
-  // Channels, block size, data bytes and where they start.
   EXPECT_EQ(std::tuple(h.format.Channels, h.format.BlockAlign, h.DataBytes, h.DataOffset),
             std::tuple(2, 4, 40, 20 + 18 + 8 + 34));
   EXPECT_EQ(Walk(std::string("RIFF\0\0\0\0AVI fmt ", 16)).result, wave::HeaderResult::NotWave);

@@ -91,11 +91,10 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
         EXPECT_TRUE(now == defaults || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
       });
   EXPECT_EQ(kills, 200);
-  EXPECT_EQ(whole_old + whole_new, 200) << "neither whole file after some kills: " << whole_old << " old, " << whole_new
-                                        << " new";
+  EXPECT_EQ(whole_old + whole_new, 200) << "whole files after the kills: " << whole_old << " old, " << whole_new;
 }
 
-TEST(LogStringsAndExtras, LogLinesAppendWithCrLfStringsAreCountedAndExtrasDropBadLinesAndRoundTrip) {
+TEST(TextAndExtras, LogLinesAppendWithCrLfStringsAreCountedNumbersRoundToEvenAndExtrasDropBadLinesAndRoundTrip) {
   testenv::ScratchAppDir dir;
   Create_Log();
   Write_Log("first");
@@ -136,9 +135,7 @@ TEST(LogStringsAndExtras, LogLinesAppendWithCrLfStringsAreCountedAndExtrasDropBa
   EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=0\nvolume=99\nwindow=0\n") << "unknown values kept";
   EXPECT_FALSE(std::filesystem::exists(extras::Path() + ".new"));
   extras::Reset();
-}
 
-TEST(Numbers, RoundingParsingAndFormats) {
   using namespace numbers;
   EXPECT_EQ((std::array{Round_Half_Even(0.5), Round_Half_Even(1.5), Round_Half_Even(-2.5)}),
             (std::array{0.0, 2.0, -2.0}));

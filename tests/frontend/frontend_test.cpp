@@ -8,7 +8,6 @@
 #include "frontend/modIntro.h"
 #include "frontend/modMainScr.h"
 #include "mathmesh/modMATH.h"
-#include "platform/dialog.h"
 #include "support/screen_fixture.h"
 
 using namespace modMain;
@@ -57,7 +56,6 @@ TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSli
   EXPECT_EQ(NumOpponents, 4);
   EXPECT_EQ(GameState, kStateShipSelection);
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
-  // Each button's state, opponents and whether the game runs on.
   const int buttons[][5] = {{226, 150, 3, 0, 1}, {415, 238, 3, 4, 1}, {320, 270, 4, -1, 1}, {320, 338, 0, -1, 0}};
   for (const auto& [x, y, state, opponents, running] : buttons) {
     NumOpponents = -1;
@@ -143,7 +141,6 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsAClickOrEnterSkipsAPageAndAHel
   EXPECT_EQ(GameState, kStateMainMenu);
   EXPECT_FALSE(modIntro::Picture_Held()) << "the picture is released on leaving";
 
-  // A click or Enter skips a page, a held press both.
   int at = 0;
   seen = Run({{"click on page 1", nullptr, [&] { Press(), Release(), at = frames; }}});
   first2 = First_Page_2(seen);
@@ -335,8 +332,7 @@ struct Step {
   bool down = false;
 };
 
-// One step per two frames from frame 2 on, so ImGui sees every press and release; a dialog
-// still open long after the last step is closed, so a test fails instead of hanging.
+// A step every two frames from frame 2 (ImGui sees each press and release); 60 frames past the last, the dialog closes.
 void Script(std::vector<Step> steps) {
   platform::Set_Dialog_Script([steps](uint64_t frame, platform::DialogPointer& p) {
     if (frame < 2) return false;
@@ -366,10 +362,8 @@ TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
   ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
   const Rect start = frmSetup::Control_Rect("lblStart");
   const uint32_t px = picture[size_t(start.top + 4) * size_t(w) + size_t(start.left + 4)];
-  EXPECT_LT(
-      std::abs(int(px >> 16 & 0xFF) - 0xE8) + std::abs(int(px >> 8 & 0xFF) - 0x7A) + std::abs(int(px & 0xFF) - 0x18),
-      30)
-      << "Start in the accent orange";
+  const int red = int(px >> 16 & 0xFF), green = int(px >> 8 & 0xFF), blue = int(px & 0xFF);
+  EXPECT_LT(std::abs(red - 0xE8) + std::abs(green - 0x7A) + std::abs(blue - 0x18), 30) << "Start in the accent orange";
   testenv::Write_Png(testenv::Game_Dir() + "/../setup_dialog.png", w, h, picture);
 }
 

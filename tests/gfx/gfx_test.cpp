@@ -1,5 +1,4 @@
-// Surfaces, .dds files and meshes on the CPU side; drawing checked by reading back the back
-// buffer (headless GL).
+// Surfaces, .dds files and meshes on the CPU side; drawing checked by reading the back buffer back (headless GL).
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -18,16 +17,12 @@ namespace rs = platform::rs;
 
 namespace {
 
-void Put(std::string& b, std::initializer_list<uint32_t> words) {
-  for (uint32_t v : words) b.append({char(v), char(v >> 8), char(v >> 16), char(v >> 24)});
-}
-
 // A .dds file as the game's textures are written: 16-bit A4R4G4B4, rows unpadded.
 std::string Dds(uint32_t width, uint32_t height, const std::vector<uint16_t>& texels, uint32_t pitch = 0,
                 uint32_t flags = 0x100F, uint32_t bit_count = 16) {
   std::string b = "DDS ";
-  Put(b, {124, flags, height, width, pitch ? pitch : width * 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-  Put(b, {32, 0x41, 0, bit_count, 0x0F00, 0x00F0, 0x000F, 0xF000, 0x1000, 0, 0, 0, 0});
+  testenv::Put(b, {124, flags, height, width, pitch ? pitch : width * 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  testenv::Put(b, {32, 0x41, 0, bit_count, 0x0F00, 0x00F0, 0x000F, 0xF000, 0x1000, 0, 0, 0, 0});
   for (uint16_t t : texels) b.append({char(t), char(t >> 8)});
   return b;
 }
@@ -38,7 +33,7 @@ Surface Decode(const std::string& b) { return Decode_DDS(reinterpret_cast<const 
 std::string Bmp(int w, int h, const std::vector<uint32_t>& rgb) {
   const int row = (w * 3 + 3) & ~3;
   std::string b = "BM";
-  Put(b, {uint32_t(54 + row * h), 0, 54, 40, uint32_t(w), uint32_t(h), 0x00180001, 0, 0, 0, 0, 0, 0});
+  testenv::Put(b, {uint32_t(54 + row * h), 0, 54, 40, uint32_t(w), uint32_t(h), 0x00180001, 0, 0, 0, 0, 0, 0});
   for (int y = h - 1; y >= 0; --y) {
     for (int x = 0; x < w; ++x) b.append(reinterpret_cast<const char*>(&rgb[size_t(y * w + x)]), 3);  // B, G, R
     b.append(size_t(row - w * 3), '\0');
@@ -46,8 +41,7 @@ std::string Bmp(int w, int h, const std::vector<uint32_t>& rgb) {
   return b;
 }
 
-// Blit_Clipped from the source's top left corner, of the whole source unless a size is given,
-// with the source rectangle and position as it leaves them.
+// Blit_Clipped from the source's top left (all of it unless sized), with the rectangle and position it leaves.
 struct Blitted {
   Rect r;
   i16 x, y;
@@ -202,7 +196,6 @@ TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesid
 
 using Ship = shipsdat::ShipRecord;
 
-bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
 double Top_Speed(const Ship& s) { return 2 * s.Thrust / (s.LinearDrag - s.Thrust); }
 double Pick_Up(const Ship& s) { return s.Thrust / s.Mass; }
 
@@ -234,7 +227,7 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
     EXPECT_TRUE(bases.insert(s.BaseName).second) << "base names differ";
     EXPECT_GT(s.AngularDrag, 0);
     ASSERT_GT(s.LinearDrag, s.Thrust) << "no top speed";
-    EXPECT_PRED3(Between, 60 * Top_Speed(s) * Top_Speed(s), 140, 310);  // mph
+    EXPECT_PRED3(testenv::Between, 60 * Top_Speed(s) * Top_Speed(s), 140, 310);  // mph
     // Tightest turn of the nose, about angular drag / 0.028 units: must fit curves of radius 80.
     EXPECT_LT(s.AngularDrag / 0.028, 80);
     XFileClass mesh;
@@ -243,9 +236,9 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
     const Vector3 lo = mesh.BoxMin, hi = mesh.BoxMax;
     // Centred, so the footprint corners round the racer's position match the body.
     EXPECT_NEAR(std::hypot(lo.x + hi.x, lo.z + hi.z), 0, 0.01);
-    EXPECT_PRED3(Between, hi.x - lo.x, 4, 6);
-    EXPECT_PRED3(Between, hi.z - lo.z, 8, 12);
-    EXPECT_PRED3(Between, hi.y - lo.y, 1.8, 3);
+    EXPECT_PRED3(testenv::Between, hi.x - lo.x, 4, 6);
+    EXPECT_PRED3(testenv::Between, hi.z - lo.z, 8, 12);
+    EXPECT_PRED3(testenv::Between, hi.y - lo.y, 1.8, 3);
     for (const MeshPart& p : mesh.Parts) {
       EXPECT_GT(Volume(p), 0.0) << "a part faces inward";
       EXPECT_NE(p.PartTexture, nullptr) << "the file's skin did not load";
@@ -289,7 +282,7 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
 
 }  // namespace
 
-TEST(DdsTest, DecodesTexelsWithTheirAlphaWithinBoundsAndRefusesWhatIsNotA16BitImage) {
+TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleAroundTheirKeyLargeScreensTakeTheFinerPicture) {
   const std::vector<uint32_t> k1234{0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
   // Height, texels, pitch (0: unpadded) and every pixel, rows top to bottom, of an image 2 wide.
   const std::tuple<uint32_t, std::vector<uint16_t>, uint32_t, std::vector<uint32_t>, const char*> images[] = {
@@ -316,9 +309,7 @@ TEST(DdsTest, DecodesTexelsWithTheirAlphaWithinBoundsAndRefusesWhatIsNotA16BitIm
                                     {"too tall", Dds(4, 100000, {})},
                                     {"compressed", compressed}})
     EXPECT_FALSE(Decode(bytes)) << what;
-}
 
-TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensTakeTheFinerPicture) {
   testenv::ScratchAppDir dir;
   const std::string path = dir.path() + "/Gfx/p.bmp";
   testenv::Write_File(path, Bmp(2, 2, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}));
@@ -344,8 +335,7 @@ TEST(SurfaceTest, FilesLoadByExtensionBitmapsScaleAroundTheirKeyAndLargeScreensT
   ASSERT_TRUE(Create_Surface(s, 1, 1, path, kKeyNone, kFalse));
   EXPECT_EQ(s->Pixel(0, 0), 0xFF808080u);
 
-  // A black-keyed row enlarged 2.25 times: the key lies where a pixel-by-pixel enlargement
-  // puts it, and no other pixel takes any of the key's black into its colour.
+  // A black-keyed row enlarged 2.25 times: the key lands as pixel by pixel would; no other pixel takes in its black.
   testenv::Write_File(path, Bmp(4, 1, {0x000000, 0xFF0000, 0x00FF00, 0x000000}));
   ASSERT_TRUE(Create_Surface(s, 9, 1, path, kKeyBlack, kFalse));
   for (int x = 0; x < 9; ++x) {
@@ -552,8 +542,6 @@ TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
             (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
 
-// A strip much wider than the view: kept, only its pieces in sight are sent, and it looks as
-// the whole strip drawn vertex by vertex does.
 TEST_F(DisplayTest, AKeptStripSendsOnlyThePiecesInSightAndLooksAsDrawnWhole) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   Matrix4 view, projection;
@@ -569,8 +557,7 @@ TEST_F(DisplayTest, AKeptStripSendsOnlyThePiecesInSightAndLooksAsDrawnWhole) {
       strip.push_back({4.0f * i - 300, y, 20, 0, 0xFF000000u | uint32_t(i * 0x010305)});
   d.DrawPrimitive(platform::Primitive::TriangleStrip, strip.data(), int(strip.size()));
   const std::vector<uint32_t> whole = Read(0, 0, 640, 480);
-  EXPECT_GT(whole.size() - size_t(std::count(whole.begin(), whole.end(), whole[0])), 640u * 60)
-      << "the strip crosses the view";
+  EXPECT_GT(whole.size() - size_t(std::ranges::count(whole, whole[0])), 640u * 60) << "the strip crosses the view";
   Clear_Screen();
   const platform::GeometryRef kept = d.MakeGeometry(strip.data(), std::array{int(strip.size())}.data(), 1);
   const uint64_t before = platform::Triangles_Sent();

@@ -1,5 +1,4 @@
-// This build installed under /usr in a scratch root, made read-only and played by a new player
-// with a scratch home: the player's files land in the user's data folder, the install stays as is.
+// A read-only install under a scratch /usr, played with a scratch home: the player's files go to the user's folder.
 #include <signal.h>
 #include <spawn.h>
 #include <stb_image.h>
@@ -46,8 +45,7 @@ struct WritableAgain {
   ~WritableAgain() { Set_Writable(root, true); }
 };
 
-// Starts the installed executable, waits for its main loop, stops it as a desktop session
-// would and returns its exit status (-1 when it never looped or never ended).
+// Starts the installed game, waits for its main loop, stops it as a desktop session would; its exit status, or -1.
 int Run_Until_Looping(const std::string& exe, const std::string& log) {
   char* argv[] = {const_cast<char*>(exe.c_str()), nullptr};
   pid_t pid = 0;
@@ -84,7 +82,6 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
                            "share/metainfo/org.brindlex.quorval.metainfo.xml", "share/man/man6/quorval.6.gz"})
     EXPECT_TRUE(fs::is_regular_file(usr / file)) << file << " not installed";
   EXPECT_FALSE(fs::exists(data / "Data/Hiscores.Dat"));
-  // Each icon decodes to its size, clear in the corner, opaque in the middle.
   for (int size : {16, 22, 24, 32, 48, 64, 128, 256}) {
     const std::string name = std::to_string(size) + "x" + std::to_string(size);
     const std::string png = (share / "icons/hicolor" / name / "apps/org.brindlex.quorval.png").string();
@@ -103,8 +100,7 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   unsetenv("XDG_DATA_HOME");
   const fs::path pref = root / "home/.local/share/brindlex-quorval";
 
-  // A new player's first run, in process from the installed bin folder: the setup dialog's
-  // Start writes the settings, Enter skips the intro pages, the menu's quit button ends it.
+  // A new player's first run, in process from the installed bin: the dialog's Start, Enter past the intro, menu quit.
   platform::Set_App_Dir((usr / "bin").string());
   platform::Set_Dialog_Script([](uint64_t frame, platform::DialogPointer& p) {
     const Rect start = frmSetup::Control_Rect("lblStart");
@@ -136,8 +132,7 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
   EXPECT_EQ(log.back(), "Bye Bye");
   EXPECT_TRUE(fs::is_regular_file(pref / "Data/Hiscores.Dat"));
 
-  // The installed executable, setup dialog off: it finds its data through its own path, starts
-  // a fresh log in the player's folder and, stopped as a desktop session would, ends in order.
+  // The installed executable, dialog off, finds its data by its own path, logs in the player's folder, ends in order.
   std::string settings = testenv::Read_File(modMain::Settings_Path());
   settings[0] = '1';
   testenv::Write_File(modMain::Settings_Path(), settings);
@@ -150,8 +145,7 @@ TEST(InstalledGame, ReadOnlyInstallKeepsThePlayersFilesInTheUsersDataFolder) {
 
   const auto after = Listing(usr);
   std::vector<std::string> changed;
-  std::set_symmetric_difference(installed.begin(), installed.end(), after.begin(), after.end(),
-                                std::back_inserter(changed));
+  std::ranges::set_symmetric_difference(installed, after, std::back_inserter(changed));
   EXPECT_EQ(changed, std::vector<std::string>{}) << "the game wrote into its install";
   std::vector<std::string> players;
   for (const auto& e : fs::recursive_directory_iterator(pref)) players.push_back(fs::relative(e.path(), pref).string());

@@ -7,7 +7,6 @@
 
 #include "mathmesh/modMATH.h"
 #include "mathmesh/xfile_reader.h"
-#include "support/test_env.h"
 
 using namespace modMATH;
 
@@ -189,11 +188,9 @@ TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCounts) {
     EXPECT_NE(xfile::Read(text, m), "") << text;
 }
 
-// Files written by other exporters, when the shared test data is present.
 TEST(XFileReader, ReadsForeignExporterFiles) {
   const std::string dir = QUORVAL_TESTDATA_DIR "/x/";
   if (!std::filesystem::exists(dir + "test_cube_text.x")) GTEST_SKIP() << "no shared test data";
-  // File, groups, triangles, vertices, y extent.
   const std::tuple<const char*, size_t, size_t, size_t, float, float> expected[] = {
       {"test_cube_text.x", 1, 12, 24, -1.0f, 1.0f},
       {"test.x", 1, 12, 24, -0.68044f, 0.960307f},
@@ -222,20 +219,18 @@ TEST(XFileReader, ReadsForeignExporterFiles) {
   EXPECT_NE(xfile::Read_File(dir + "no_such_file.x", m), "");
 }
 
-TEST(VectorAngle, QuadrantsUseTheGamesPiAndStayInRange) {
+TEST(VectorsAndPlanes, AnglesUseTheGamesPiInRangeSegmentsCrossOnlyAlongTheNormalBothEndsCountingATinyMoveIgnored) {
   // x, z and the angle; the diagonals are atan(x / z) put in range with the game's pi, 3.14159.
-  const float cases[][3] = {{0, 0, 0},         {1, 0, 1.570795f},    {-1, 0, 4.712385f},
-                            {0, -1, 3.14159f}, {-1, 1, 5.49778175f}, {1, -1, 2.35619187f}};
-  for (const auto& [x, z, angle] : cases) EXPECT_FLOAT_EQ(Vector_Angle(x, z), angle) << x << "," << z;
+  const float angles[][3] = {{0, 0, 0},         {1, 0, 1.570795f},    {-1, 0, 4.712385f},
+                             {0, -1, 3.14159f}, {-1, 1, 5.49778175f}, {1, -1, 2.35619187f}};
+  for (const auto& [x, z, angle] : angles) EXPECT_FLOAT_EQ(Vector_Angle(x, z), angle) << x << "," << z;
   // The game's own pi, not the true one: heading pi - tiny stays below 6.28318.
   for (float a = -3; a <= 3; a += 0.25f)
     for (float b = -3; b <= 3; b += 0.25f) {
       EXPECT_GE(Vector_Angle(a, b), 0.0f) << a << "," << b;
       EXPECT_LT(Vector_Angle(a, b), 6.2832f) << a << "," << b;
     }
-}
 
-TEST(SegmentCrossesPlane, OnlyAlongTheNormalWithBothEndsCountingAndATinyMoveIgnored) {
   const Vector3 q{0, 0, 10}, n{0, 0, 1};
   struct Case {
     Vector3 from, to;

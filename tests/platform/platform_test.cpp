@@ -12,20 +12,6 @@
 
 namespace {
 
-TEST(VirtualKeys, TableCoversTheGameKeys) {
-  const std::pair<SDL_Keycode, int16_t> cases[] = {
-      {SDLK_a, 65},       {SDLK_z, 90},     {SDLK_0, 48},        {SDLK_9, 57},          {SDLK_RETURN, 13},
-      {SDLK_ESCAPE, 27},  {SDLK_SPACE, 32}, {SDLK_BACKSPACE, 8}, {SDLK_SEMICOLON, 186}, {SDLK_QUOTE, 222},
-      {SDLK_LEFT, 37},    {SDLK_UP, 38},    {SDLK_RIGHT, 39},    {SDLK_DOWN, 40},       {SDLK_F1, 112},
-      {SDLK_F12, 123},    {SDLK_KP_0, 96},  {SDLK_KP_9, 105},    {SDLK_LSHIFT, 16},     {SDLK_RSHIFT, 16},
-      {SDLK_KP_ENTER, 13}};
-  for (const auto& [sdl, vk] : cases) EXPECT_EQ(platform::detail::Virtual_Key(sdl), vk) << sdl;
-  using platform::detail::Shift_Bits;
-  EXPECT_EQ((std::array{Shift_Bits(KMOD_RSHIFT), Shift_Bits(KMOD_LCTRL | KMOD_LSHIFT), Shift_Bits(KMOD_RALT),
-                        Shift_Bits(KMOD_NUM)}),
-            (std::array<int16_t, 4>{1, 3, 4, 0}));
-}
-
 // Every handler call as text, in order.
 struct Recorder {
   std::vector<std::string> seen;
@@ -51,7 +37,19 @@ struct Recorder {
   ~Recorder() { platform::Set_Input_Handlers({}); }
 };
 
-TEST(Pump, EventsKeepTheirShiftTheHookCountsFromItsOwnStartAndAPressReleasedWithinOnePumpIsSeenForOneFrame) {
+TEST(Pump, KeysMapToGameCodesEventsKeepTheirShiftTheHookCountsFromItsStartAndAQuickPressIsSeenForOneFrame) {
+  const std::pair<SDL_Keycode, int16_t> cases[] = {
+      {SDLK_a, 65},       {SDLK_z, 90},     {SDLK_0, 48},        {SDLK_9, 57},          {SDLK_RETURN, 13},
+      {SDLK_ESCAPE, 27},  {SDLK_SPACE, 32}, {SDLK_BACKSPACE, 8}, {SDLK_SEMICOLON, 186}, {SDLK_QUOTE, 222},
+      {SDLK_LEFT, 37},    {SDLK_UP, 38},    {SDLK_RIGHT, 39},    {SDLK_DOWN, 40},       {SDLK_F1, 112},
+      {SDLK_F12, 123},    {SDLK_KP_0, 96},  {SDLK_KP_9, 105},    {SDLK_LSHIFT, 16},     {SDLK_RSHIFT, 16},
+      {SDLK_KP_ENTER, 13}};
+  for (const auto& [sdl, vk] : cases) EXPECT_EQ(platform::detail::Virtual_Key(sdl), vk) << sdl;
+  using platform::detail::Shift_Bits;
+  EXPECT_EQ((std::array{Shift_Bits(KMOD_RSHIFT), Shift_Bits(KMOD_LCTRL | KMOD_LSHIFT), Shift_Bits(KMOD_RALT),
+                        Shift_Bits(KMOD_NUM)}),
+            (std::array<int16_t, 4>{1, 3, 4, 0}));
+
   Recorder r;
   platform::Pump_Messages();  // pumps before the hook is set do not count for it
   platform::Pump_Messages();
@@ -148,9 +146,8 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::Close_Window();
 }
 
-// Pacing against a model display: a swap that waits for the next refresh (or, without vsync, returns at once),
-// 600 frames of 40-75 % of a refresh of work, sleeps that wake a little late. A refresh missed while the work
-// would have fitted is the pacer's fault (one that sleeps to a deadline whatever the swap waited misses several).
+// A model display: swaps wait for the next refresh (or, without vsync, return at once), 600 frames of 40-75 % of a
+// refresh of work, sleeps wake a little late. Each missed refresh is the pacer's (sleeping to a deadline misses some).
 struct Paced {
   int missed = 0;      // refreshes that showed no new frame
   double mean_ms = 0;  // mean time between swaps

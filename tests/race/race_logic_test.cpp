@@ -70,7 +70,6 @@ class FramePasses : public ::testing::Test {
   void SetUp() override {
     mod3Denhance::D3DDevice = &device_;
     Matrix4 projection;  // as the display's set-up leaves it, so meshes in view are drawn
-    modMATH::Identity_Matrix(projection);
     modMATH::Projection_Matrix(projection, 1.0f, 1500.0f, 3.14159f / 2.0f);
     device_.SetTransform(platform::TransformKind::Projection, projection);
     modMain::Create_Racers(modMain::NumOpponents = 0);
@@ -126,8 +125,7 @@ TEST_F(FramePasses, TexturesBindOnlyOnANameChangeAndSeeThroughWallsWaitForTheRac
   modGameLoop::Render_Race_Frame();
   EXPECT_EQ(Strips(), (std::vector<int>{0, 1, 2}));
 }
-// What each pass turns on the next turns off: a frame drawn after another shows each pass with
-// exactly the states it needs, and leaves them as the frame found them.
+// What each pass turns on the next turns off: a second frame shows each pass's own states and ends as it began.
 TEST_F(FramePasses, EachPassDrawsWithItsOwnStatesAndTheFrameEndsAsItBegan) {
   using namespace modTracks;
   Textures({"Road.bmp", "Glass.dds"});
@@ -255,9 +253,8 @@ TEST_F(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTr
   std::printf("16 ms frames: frames off the blocks in a row, at most: player %d, computer %d\n", off[1], off[2]);
 }
 
-// A slow machine's 50 ms frames run as three steps: racers keep to the road as at 60 Hz.
-// Every racer steers itself here: the test's autopilot decides once a frame, and a driver
-// deciding only 20 times a second drifts wide whatever the physics does.
+// A slow machine's 50 ms frames run as three steps: racers keep to the road as at 60 Hz. All steer themselves: the
+// test's autopilot decides once a frame, and deciding 20 times a second drifts wide whatever the physics does.
 TEST_F(Simulation, FiftyMillisecondFramesStayOnTheBlocksAsSixtyHertzDoes) {
   const auto off = Race(50, kSeeds, 2);
   EXPECT_LE(off[2], kMaxFramesOff);

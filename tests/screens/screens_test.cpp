@@ -37,12 +37,30 @@ HiScoreTable Decode(const std::string& bytes, int* fields = nullptr) {
 const HiScoreTable kLong{212, "Commander Long-Name", 41230, "Second Holder", 131070, "Third"};
 const HiScoreTable kShort{230, "Al", 40000, "", 125000, "Bo"};
 
-TEST(HiScoreFile, BytesAreTheSixFieldsAnUnreadableFileIsKeptAndSavesSurviveBeingKilled) {
+TEST(HiScoreFile, BytesAreTheSixFieldsCutFilesReadAsFarAsTheyHoldUnreadableOnesAreKeptAndSavesSurviveKills) {
   const std::string expected = std::string("\x5F\x00\x03\x00", 4) + "Ann" +
                                std::string("\x40\x9C\x00\x00\x00\x00\x88\x59\xF9\xFF\x02\x00", 12) + "Bo";
   const HiScoreTable t{95, "Ann", 40000, "", -435832, "Bo"};
   EXPECT_EQ(modHiScore::Encode_HiScores(t), expected);
   EXPECT_EQ(Decode(expected), t);
+
+  const std::string whole = modHiScore::Encode_HiScores(kLong);
+  // Every cut of a valid file: the fields it holds whole, nothing after them.
+  for (size_t cut = 0; cut <= whole.size(); ++cut) {
+    int fields = -1;
+    const HiScoreTable got = Decode(whole.substr(0, cut), &fields);
+    const HiScoreTable want{i16(fields >= 1 ? kLong.BestTopSpeed : 0), fields >= 2 ? kLong.BestTopSpeedName : "",
+                            fields >= 3 ? kLong.BestLap : 0,           fields >= 4 ? kLong.BestLapName : "",
+                            fields >= 5 ? kLong.BestRace : 0,          fields >= 6 ? kLong.BestRaceName : ""};
+    EXPECT_EQ(got, want) << cut;
+    EXPECT_EQ(fields == 6, cut == whole.size()) << cut;
+  }
+  // A negative name count is an empty name and reading goes on; a count past the end stops it.
+  const std::string negative("\x10\x00\xFF\xFF\x20\x00\x00\x00\x00\x80\x80\x07\x00\x00\x01\x00Z", 17);
+  int fields = 0;
+  EXPECT_EQ(std::pair(Decode(negative, &fields), fields), std::pair(HiScoreTable{16, "", 32, "", 1920, "Z"}, 6));
+  const std::string past("\x10\x00\xFF\x7Fwxyz", 8);
+  EXPECT_EQ(std::pair(Decode(past, &fields), fields), std::pair(HiScoreTable{16, "", 0, "", 0, ""}, 1));
 
   testenv::ScratchAppDir dir;
   const std::string path = dir.path() + "/Hiscores.Dat", fresh = modHiScore::Encode_HiScores(kShort);
@@ -52,8 +70,7 @@ TEST(HiScoreFile, BytesAreTheSixFieldsAnUnreadableFileIsKeptAndSavesSurviveBeing
   EXPECT_EQ(testenv::Read_File(path), fresh + long_bytes.substr(fresh.size()));
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), kShort);
   EXPECT_FALSE(fs::exists(path + ".new"));
-  // Only a file that is truly absent is created; one that cannot be read is never replaced.
-  // A folder and a link to itself stand in for unreadable files (mode 000 is readable to root).
+  // Only a truly absent file is created; an unreadable one (a folder, a link to itself: root reads mode 000) is kept.
   fs::remove(path);
   EXPECT_EQ(modHiScore::Read_HiScore_File(path), HiScoreTable{});
   EXPECT_EQ(testenv::Read_File(path), "") << "created empty when absent";
@@ -100,26 +117,6 @@ TEST(HiScoreFile, BytesAreTheSixFieldsAnUnreadableFileIsKeptAndSavesSurviveBeing
   EXPECT_GT(interrupted_writes, 0);
   EXPECT_GT(ended_new, 0);
   EXPECT_LT(ended_new, kills);
-}
-
-TEST(HiScoreFile, ShortAndCorruptFilesReadAsFarAsTheyHold) {
-  const std::string whole = modHiScore::Encode_HiScores(kLong);
-  // Every cut of a valid file: the fields it holds whole, nothing after them.
-  for (size_t cut = 0; cut <= whole.size(); ++cut) {
-    int fields = -1;
-    const HiScoreTable t = Decode(whole.substr(0, cut), &fields);
-    const HiScoreTable want{i16(fields >= 1 ? kLong.BestTopSpeed : 0), fields >= 2 ? kLong.BestTopSpeedName : "",
-                            fields >= 3 ? kLong.BestLap : 0,           fields >= 4 ? kLong.BestLapName : "",
-                            fields >= 5 ? kLong.BestRace : 0,          fields >= 6 ? kLong.BestRaceName : ""};
-    EXPECT_EQ(t, want) << cut;
-    EXPECT_EQ(fields == 6, cut == whole.size()) << cut;
-  }
-  // A negative name count is an empty name and reading goes on; a count past the end stops it.
-  const std::string negative("\x10\x00\xFF\xFF\x20\x00\x00\x00\x00\x80\x80\x07\x00\x00\x01\x00Z", 17);
-  int fields = 0;
-  EXPECT_EQ(std::pair(Decode(negative, &fields), fields), std::pair(HiScoreTable{16, "", 32, "", 1920, "Z"}, 6));
-  const std::string past("\x10\x00\xFF\x7Fwxyz", 8);
-  EXPECT_EQ(std::pair(Decode(past, &fields), fields), std::pair(HiScoreTable{16, "", 0, "", 0, ""}, 1));
 }
 
 TEST(HiScoreRules, TiesNeverCountEmptyTablesAlwaysFallAndTimesRoundHundredthsToEven) {
@@ -424,8 +421,7 @@ TEST(KeyNames, NamedCodesAndFiftyTwoUniqueNamesAllBelow124) {
   EXPECT_EQ(shown,
             "13=Enter 32=Spacebar 37=Left Arrow 39=Right Arrow 40=Down Arrow 48=0 65=A 86=V 90=Z 96=Numpad 0 "
             "105=Numpad 9 ");
-  // The 51 of the table plus V; every other code (Escape, Shift, punctuation, each range's
-  // neighbours) reads "<invalid>".
+  // The 51 of the table plus V; every other code (Escape, Shift, punctuation, each range's neighbours) is "<invalid>".
   std::set<std::string> names;
   int named = 0;
   for (int code = -32768; code <= 32767; ++code) {
@@ -450,8 +446,7 @@ class ShipSelectionTest : public ScreenTest {
     for (const char* d : {"Data", "Objects", "Textures"}) dir_.Copy_From_Game(d);
     NumOpponents = 4, GameState = kStateShipSelection;
   }
-  // The first `records` generated ships under a count of n, some file lines replaced (line 2 + 7 x ship + k
-  // holds field k of that ship, from 0: 2 the mass, 3 the inertia).
+  // The first `records` generated ships under a count of n; line 2 + 7 ship + k is field k (2 mass, 3 inertia).
   void Write_Catalogue(int n, int records, const std::vector<std::pair<int, std::string>>& replaced = {}) {
     auto lines = testenv::Read_Lines_CRLF(testenv::Game_Dir() + "/Data/Ships.Dat");
     for (const auto& [line, text] : replaced) lines[size_t(line - 1)] = text;
@@ -489,7 +484,6 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   std::vector<Step> script = {
       Press_Button(kPrevShip, [] { return !slid_in(); }),
       {"slid in", slid_in, [] { EXPECT_EQ(Current(), Choice(0, 1)) << "a click while sliding does nothing"; }}};
-  // Each button and the ship and skin it leaves.
   const int clicks[][3] = {{kPrevShip, 2, 1}, {kNextShip, 0, 1}, {kPrevSkin, 0, 3},
                            {kNextSkin, 0, 1}, {kPrevSkin, 0, 3}, {kNextShip, 1, 3}};
   for (const auto& [button, ship, skin] : clicks)
@@ -504,8 +498,7 @@ TEST_F(ShipSelectionTest, SlidingButtonsIgnoreClicksThenShipsAndSkinsWrapBothWay
   EXPECT_FALSE(modShipSelection::Preview());
 }
 
-// A count one past the records, ship 0's mass blank, ship 1's inertia not a number; the missing mesh of the ship
-// past the end is told once a visit however often it is shown, and every visit starts at the first ship and skin.
+// A count past the records, ship 0's mass blank, ship 1's inertia no number; each visit starts at ship 0, skin 1.
 TEST_F(ShipSelectionTest, ADamagedCatalogueShowsWhatItHoldsTellsAMissingMeshOnceAndBackReleasesTheRacers) {
   Write_Catalogue(3, 2, {{2 + 2, ""}, {2 + 7 + 3, "heavy"}});
   std::vector<std::string> shown;

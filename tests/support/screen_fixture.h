@@ -1,7 +1,6 @@
 #pragma once
-// DisplayTest: a headless display (640 x 480 unless asked) in a scratch game folder with the graphics.
-// ScreenTest adds fonts, input and a manual clock for a real screen loop: every pump advances the clock
-// 16 ms, calls on_frame (frames from 1) and moves the script on; a runaway loop ends after 3000 frames.
+// DisplayTest: a headless display (640 x 480 unless asked) in a scratch game folder with the graphics. ScreenTest adds
+// fonts, input, a manual clock: a pump moves it 16 ms, calls on_frame (from 1), steps the script; 3000 frames at most.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -47,9 +46,8 @@ class ScreenTest : public DisplayTest {
   void SetUp() override;
   void TearDown() override;
 
-  // A script step: once `until` holds (asked at each pump; none: at once) `act` runs, and the
-  // next step waits from the next pump. A step still waiting after `limit` frames fails,
-  // naming what it waited for, and closes the screen.
+  // A script step: once `until` holds (asked at each pump; none: at once) `act` runs, and the next step waits from the
+  // next pump. A step still waiting after `limit` frames fails, naming what it waited for, and closes the screen.
   struct Step {
     std::string what;
     std::function<bool()> until = nullptr;
@@ -68,13 +66,11 @@ class ScreenTest : public DisplayTest {
   static void Release() { platform::Post_Event({platform::EventKind::MouseUp, 0, 1}); }
   static void Key_Down(int16_t key) { platform::Post_Event({platform::EventKind::KeyDown, key}); }
   static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
-  // A key pressed now and let go at the next pump (the pump holds a release back behind its own
-  // press), so one frame sees it held.
+  // Pressed now, let go at the next pump (which holds a release back behind its own press): one frame sees it held.
   static void Key(int16_t key) { Key_Down(key), Key_Up(key); }
   // Writes the back buffer to screenshots/<name>.png in the test's working folder.
   static void Screenshot(const std::string& name) { testenv::Save_Screen("screenshots/" + name + ".png"); }
-  // True when every glyph pixel of text in font, drawn alone at (x, y), is on screen there.
-  // Draws over its own cells, so checks of one frame must not overlap.
+  // True if each glyph pixel of text in font, drawn alone at (x, y), shows; it draws there, so checks must not overlap.
   static bool Shows_Text(int x, int y, u8 font, const std::string& text);
 
   int frames = 0;

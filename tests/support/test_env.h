@@ -7,8 +7,7 @@
 
 namespace testenv {
 
-// A fresh empty folder under the system temp dir, removed by the destructor; while it
-// lives the game's application folder points at it.
+// A fresh empty folder in the temp dir, the game's application folder while it lives; removed by the destructor.
 class ScratchAppDir {
  public:
   ScratchAppDir();
@@ -27,13 +26,17 @@ std::string Read_File(const std::string& path);
 void Write_File(const std::string& path, const std::string& bytes);
 // The lines of a CR LF text file, without their terminators.
 std::vector<std::string> Read_Lines_CRLF(const std::string& path);
-// The generated game folder.
 std::string Game_Dir();
-// Runs save() over and over in a child process and kills it (SIGKILL) 0 to 4 ms in, 200
-// times: prepare() runs before each round, check(round) after each kill. Returns the kills.
+// 200 rounds of prepare(), save() looping in a child killed (SIGKILL) 0 to 4 ms in, check(round); returns the kills.
 int Kill_While_Saving(const std::function<void()>& prepare, const std::function<void()>& save,
                       const std::function<void(int round)>& check);
 // Writes 0xRRGGBB pixels, rows top to bottom, as an RGB PNG at path (folders made); returns path.
 std::string Write_Png(const std::string& path, int width, int height, const std::vector<uint32_t>& rgb);
+// Appends each value's low `bytes` bytes, least significant first.
+inline void Put(std::string& s, std::initializer_list<uint32_t> values, int bytes = 4) {
+  for (uint32_t v : values)
+    for (int i = 0; i < bytes; ++i) s += char(v >> (8 * i));
+}
+inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
 
 }  // namespace testenv

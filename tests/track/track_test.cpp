@@ -1,5 +1,4 @@
-// The track file reader and block builder on small hand-made files, then the generated circuit
-// as a race loads it: a closed drivable loop with its scenery ordered for drawing.
+// The track file reader and block builder on small hand-made files, then the generated circuit as a race loads it.
 #include <bit>
 #include <limits>
 #include <set>
@@ -47,8 +46,7 @@ struct FileBytes {
 
 const Points kSquare = {{10, 0}, {0, 0}, {10, 10}, {0, 10}};
 
-// Road: strips of 6 and 4 vertices; one grass strip; no walls (-1 still stores a record);
-// one sector; two texture names.
+// Road: strips of 6 and 4 vertices; a grass strip; no walls (-1 still stores a record); a sector; two texture names.
 std::string Small_Track() {
   FileBytes f;
   f.Text("test header").I32(1).Strip({{10, 0}, {0, 0}, {10, 10}, {0, 10}, {10, 20}, {0, 20}}, 0);
@@ -243,9 +241,8 @@ TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSorted
     for (int j = 0; j < 4; ++j) low = std::min(low, c[j].y), high = std::max(high, c[j].y);
     max_step = std::max({max_step, std::fabs(c[0].y - c[2].y), std::fabs(c[1].y - c[3].y)});
   }
-  // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need
-  // the heading to change only a little from one block to the next, and a corner rubbing
-  // the outer wall slips past the next block's bent-in edge by its move times that kink.
+  // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need little change block to block,
+  // and a corner rubbing the outer wall slips past the next block's bent-in edge by its move times that kink.
   EXPECT_GT(lap, 6000);
   EXPECT_LT(lap, 12000);
   EXPECT_LT(widest_turn, 3.5 * 3.14159265 / 180);

@@ -77,8 +77,6 @@ inline bool Inside(const modTracks::TrackBlockRecord& b, float x, float z) {
   return true;
 }
 
-inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
-
 // A flat road block x0..x1 by z0..z1 at height y, racing toward +z (+x is the right).
 inline modTracks::TrackBlockRecord Block(float x0, float x1, float z0, float z1, float y = 0) {
   return {{{x1, y, z0}, {x0, y, z0}, {x1, y, z1}, {x0, y, z1}}, {{1, 0, 0}, {-1, 0, 0}, {0, 0, 1}, {0, 0, -1}}};

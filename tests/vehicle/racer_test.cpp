@@ -1,5 +1,4 @@
-// One racer's step: forces, integration, steering, footprint, collisions, hover height, laps,
-// wrong way and race position; then the ship catalogue, ship loading and the starting grid.
+// A racer's step (forces, steering, footprint, collisions, hover, laps, wrong way, position), ships and the grid.
 
 #include "mathmesh/modMATH.h"
 #include "racer_fixture.h"
@@ -168,7 +167,7 @@ TEST_F(Collisions, WallBouncePutsTheCrossingCornerOnTheEdgeWithTheShipsGrip) {
     Move(0, -4.5f, 10);  // through the left edge
     const float grip = RA::WallGrip(r) * 1000;
     EXPECT_NEAR(grip, std::round(grip), 1e-3);
-    EXPECT_PRED3(Between, grip, 749.99f, 850.01f);
+    EXPECT_PRED3(testenv::Between, grip, 749.99f, 850.01f);
   }
 }
 
@@ -197,7 +196,6 @@ TEST_F(Collisions, SideWallsAreTestedAgainstTheBlockACornerStartsTheFrameOn) {
 
 TEST_F(Collisions, RacersBounceOnlyWhenCloseOverlappingAndClosing) {
   clsHumanPlayer &a = r, &b = P(1);
-  // A at the origin moving along x at avx, B at (bx, by, bz) at rest; then A's check.
   auto run = [&](float bx, float bz, float avx, float by = 0) {
     a.VelocityX = avx;
     a.VelocityZ = b.VelocityX = b.VelocityZ = 0;
@@ -259,7 +257,6 @@ struct Progress : ::testing::Test {
 };
 
 TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
-  // Lap, finished flag, race time and block after each crossing.
   const auto state = [this] {
     return std::array<int, 4>{r.cOnLap, r.cFinishedRace, r.cRaceTime, r.cCurrentTrackBlock()};
   };
@@ -273,7 +270,6 @@ TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
 }
 
 TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
-  // Laps owed, wrong-way flag and block after each move.
   const auto state = [this] { return std::array<int, 3>{r.cCheatMinusLaps, r.cWRONGWAY, r.cCurrentTrackBlock()}; };
   Place(0, 0, 3);
   Move(0, 0, -1.5f);  // only the rear corners are over the line
@@ -350,7 +346,6 @@ struct Ships : ::testing::Test {
 
 TEST_F(Ships, PlayerShipAndSkinRequestsWrapAndLoadTheirNumbers) {
   r.RacerKind = 1;
-  // Requested ship and skin, then the ones loaded.
   for (const auto& [ship, skin, want_ship, want_skin] : {std::array<i16, 4>{3, 4, 0, 1}, {-1, 0, 2, 3}, {1, 2, 1, 2}}) {
     r.cCurrentlySelectedShip = ship, r.cCurrentlySelectedSkin = skin;
     ASSERT_TRUE(r.Reset_Car_Attributes(0));
@@ -380,7 +375,7 @@ TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
     EXPECT_EQ(
         std::tuple(r.cOrientation, r.cOnLap, r.cFinishedRace, r.cLapTime(2), r.cRaceTime, r.cCurrentlySelectedShip),
         std::tuple(0.0f, 1, 0, 0, 0, 1));
-    EXPECT_PRED3(Between, r.cCurrentlySelectedSkin, 1, 3);
+    EXPECT_PRED3(testenv::Between, r.cCurrentlySelectedSkin, 1, 3);
   }
   r.PositionX = 42;
   r.Reset_Car_Attributes(7);  // no such slot
@@ -403,7 +398,7 @@ std::string Damaged_Catalogue() {
   return text;
 }
 
-TEST(ShipsDat, ReadLineByLineMissingLinesAreEmptyAndNonNumbersZero) {
+TEST_F(Ships, TheCatalogueReadsLineByLineAndShipsWithoutAUsableMassOrInertiaRaceWithoutFaultsAndAreLogged) {
   const shipsdat::Catalogue cat = shipsdat::Parse(Damaged_Catalogue());
   ASSERT_EQ(std::tuple(cat.Count, cat.Ships.size()), std::tuple(4, 4u));
   EXPECT_EQ(std::tuple(cat.Ships[1].BaseName, cat.Ships[1].Mass, cat.Ships[1].Inertia), std::tuple("S1", 0.0, 5.0));
@@ -432,14 +427,11 @@ TEST(ShipsDat, ReadLineByLineMissingLinesAreEmptyAndNonNumbersZero) {
   // Reciprocals the racer can hold: none for 0 or an overflow.
   EXPECT_EQ(std::tuple(shipsdat::Reciprocal(0), shipsdat::Reciprocal(1e-300), shipsdat::Reciprocal(-4)),
             std::tuple(0.0f, 0.0f, -0.25f));
-}
 
-TEST_F(Ships, ShipsWithoutAUsableMassOrInertiaRaceWithoutFaultsAndAreLogged) {
   Write("Data/Ships.Dat", Damaged_Catalogue());
   r.RacerKind = 1;
   modMain::FrameTime = 50;
-  // Ship; loads (mesh and catalogue found); a line the load must write; moves and turns under
-  // thrust and steering.
+  // Ship; loads (mesh and catalogue found); the log line it writes; moves under thrust; turns under steering.
   const std::tuple<i16, bool, const char*, bool, bool> cases[] = {
       {0, true, "", true, true},
       {1, true, "ship 1 (Ship 1) has no usable mass; it will not move", false, true},
