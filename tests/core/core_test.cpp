@@ -91,7 +91,7 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
         EXPECT_TRUE(now == defaults || now == new_bytes) << "round " << round << ": " << now.size() << " bytes";
       });
   EXPECT_EQ(kills, 200);
-  EXPECT_EQ(whole_old + whole_new, 200) << "whole files after the kills: " << whole_old << " old, " << whole_new;
+  EXPECT_EQ(whole_old + whole_new, 200) << "whole after the kills: " << whole_old << " old, " << whole_new << " new";
 }
 
 TEST(TextAndExtras, LogLinesAppendWithCrLfStringsAreCountedNumbersRoundToEvenAndExtrasDropBadLinesAndRoundTrip) {
