@@ -191,29 +191,27 @@ TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCounts) {
 TEST(XFileReader, ReadsForeignExporterFiles) {
   const std::string dir = QUORVAL_TESTDATA_DIR "/x/";
   if (!std::filesystem::exists(dir + "test_cube_text.x")) GTEST_SKIP() << "no shared test data";
-  const std::tuple<const char*, size_t, size_t, size_t, float, float> expected[] = {
-      {"test_cube_text.x", 1, 12, 24, -1.0f, 1.0f},
-      {"test.x", 1, 12, 24, -0.68044f, 0.960307f},
-      {"kwxport_test_cubewithvcolors.x", 3, 12, 24, -0.492126f, 0.492126f},  // frame moves it down
-      {"anim_test.x", 1, 840, 1720, -5.0f, 5.0f},
-      {"malformed_skinweights_oob.x", 1, 12, 24, -1.0f, 1.0f},  // the bad skin data is never used
+  const char* kwx_texture = "C:\\\\code\\\\sourceforge\\\\kwxport\\\\trunkMerged\\\\test\\\\data\\\\bottom.tga";
+  // Triangles per group, vertices, the lowest and highest y, the first group's texture.
+  const std::tuple<const char*, std::vector<size_t>, size_t, float, float, const char*> expected[] = {
+      {"test_cube_text.x", {12}, 24, -1.0f, 1.0f, ""},
+      {"test.x", {12}, 24, -0.68044f, 0.960307f, ".\\\\test.png"},
+      {"kwxport_test_cubewithvcolors.x", {2, 2, 8}, 24, -0.492126f, 0.492126f, kwx_texture},  // frame moves it down
+      {"anim_test.x", {840}, 1720, -5.0f, 5.0f, ""},
+      {"malformed_skinweights_oob.x", {12}, 24, -1.0f, 1.0f, ""},  // the bad skin data is never used
   };
-  for (const auto& [file, groups, triangles, vertices, min_y, max_y] : expected) {
-    SCOPED_TRACE(file);
-    xfile::Model m;
-    ASSERT_EQ(xfile::Read_File(dir + file, m), "");
-    ASSERT_EQ(m.groups.size(), groups);
-    size_t tris = 0, verts = 0;
-    for (const xfile::Group& g : m.groups) tris += Triangles(g), verts += g.vertices.size();
-    EXPECT_EQ(std::pair(tris, verts), std::pair(triangles, vertices));
-    EXPECT_NEAR(std::hypot(m.box_min.y - min_y, m.box_max.y - max_y), 0, 1e-5f);
-    if (triangles == 12) Expect_Box_Normals(m);  // cubes; test_cube_text.x's root frame mirrors y and z
-  }
   xfile::Model m;
-  ASSERT_EQ(xfile::Read_File(dir + "test.x", m), "");
-  EXPECT_EQ(m.groups[0].texture_name, ".\\\\test.png");
-  ASSERT_EQ(xfile::Read_File(dir + "kwxport_test_cubewithvcolors.x", m), "");
-  EXPECT_EQ(std::pair(Triangles(m.groups[0]), Triangles(m.groups[2])), std::pair(size_t{2}, size_t{8}));
+  for (const auto& [file, triangles, vertices, min_y, max_y, texture] : expected) {
+    SCOPED_TRACE(file);
+    ASSERT_EQ(xfile::Read_File(dir + file, m), "");
+    std::vector<size_t> tris;
+    size_t verts = 0;
+    for (const xfile::Group& g : m.groups) tris.push_back(Triangles(g)), verts += g.vertices.size();
+    ASSERT_EQ(std::pair(tris, verts), std::pair(triangles, vertices));
+    EXPECT_EQ(m.groups[0].texture_name, texture);
+    EXPECT_NEAR(std::hypot(m.box_min.y - min_y, m.box_max.y - max_y), 0, 1e-5f);
+    if (vertices == 24) Expect_Box_Normals(m);  // cubes; test_cube_text.x's root frame mirrors y and z
+  }
   for (const char* refused : {"test_cube_binary.x", "test_cube_compressed.x"})
     EXPECT_EQ(xfile::Read_File(dir + refused, m), "binary and compressed .x files are not supported");
   EXPECT_NE(xfile::Read_File(dir + "no_such_file.x", m), "");
