@@ -25,7 +25,7 @@ std::string Ini(std::initializer_list<const char*> lines) {
 }
 }  // namespace
 
-TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndKilledSavesLeaveAWholeFile) {
+TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKillsLogAndExtrasLinesAndNumbers) {
   testenv::ScratchAppDir dir;
   ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
@@ -92,10 +92,7 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
       });
   EXPECT_EQ(kills, 200);
   EXPECT_EQ(whole_old + whole_new, 200) << "whole after the kills: " << whole_old << " old, " << whole_new << " new";
-}
 
-TEST(TextAndExtras, LogLinesAppendWithCrLfStringsAreCountedNumbersRoundToEvenAndExtrasDropBadLinesAndRoundTrip) {
-  testenv::ScratchAppDir dir;
   Create_Log();
   Write_Log("first");
   Write_Log("");
@@ -145,17 +142,10 @@ TEST(TextAndExtras, LogLinesAppendWithCrLfStringsAreCountedNumbersRoundToEvenAnd
             (std::array<std::string, 4>{"007", "1234", "01:05", "123:45"}));
 }
 
-class InputTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    Default_Settings();
-    Reset_Input();
-    Players.clear();
-  }
-  void TearDown() override { Players.clear(); }
-};
-
-TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndOnlyUnboundEnterEscapeShiftRaiseFlags) {
+TEST(Input, BoundKeysDriveThePlayerFirstBindingWinsOnlyUnboundEnterEscapeShiftFlagMouseClicksActOnceAndRoundToEven) {
+  Default_Settings();
+  Reset_Input();
+  Players.clear();
   for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
   EXPECT_EQ((std::array{Pressed(Press::Enter), Pressed(Press::Escape), Is_Set(ShiftPressed)}),
             (std::array{true, true, true}));
@@ -193,9 +183,8 @@ TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndOnlyUnboundEnterEsca
   EXPECT_EQ(p.Thrust, kTrue);
   Form_KeyDown(123, 0);
   EXPECT_EQ(KeyState[123], kTrue);
-}
 
-TEST_F(InputTest, MouseButtonsActOnceAndPointerPositionsRoundHalfToEven) {
+  Reset_Input();
   // Down or up, the button, and the left click after it: the right button never clicks.
   for (const auto& [down, button, clicked] : {std::tuple{1, 2, 0}, {1, 1, 1}, {0, 2, 1}, {0, 1, 0}}) {
     (down ? Form_MouseDown : Form_MouseUp)(i16(button), 0, 10, 10);
@@ -214,6 +203,7 @@ TEST_F(InputTest, MouseButtonsActOnceAndPointerPositionsRoundHalfToEven) {
   EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(320), i16(320)));
   Form_MouseMove(0, 0, 0.49f, 479.51f);
   EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(0), i16(480)));
+  Players.clear();
 }
 
 TEST(Clocks, LongFramesAreCappedAt50BothClocksWrapAndDisplaysAbove60HzStepSixtyASecond) {
