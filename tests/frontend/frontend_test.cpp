@@ -164,30 +164,26 @@ TEST_F(Intro, WithoutInputEachPageStaysFourSecondsAClickOrEnterSkipsAPageAndAHel
 
 using namespace modMouseParticles;
 
-class Particles : public DisplayTest {
- protected:
-  void SetUp() override {
-    DisplayTest::SetUp();
-    frmMain::Reset_Input();
-    Randomize(3);
-  }
-  static void Rest_At(i16 x, i16 y) {
-    frmMain::MouseX = x, frmMain::MouseY = y;
-    ASSERT_TRUE(Init_Particles());
-  }
-  static void Frame(int frame_ms) {
-    FrameTime = frame_ms;
-    mod3Denhance::Clear_Screen();
-    Update_Particles();
-  }
-  static std::pair<float, float> VX_Range() {
-    const auto [lo, hi] = std::minmax_element(modMouseParticles::Particles.begin(), modMouseParticles::Particles.end(),
-                                              [](const Particle& a, const Particle& b) { return a.VX < b.VX; });
-    return {lo->VX, hi->VX};
-  }
-};
+using Particles = DisplayTest;
+
+void Rest_At(i16 x, i16 y) {
+  frmMain::MouseX = x, frmMain::MouseY = y;
+  ASSERT_TRUE(Init_Particles());
+}
+void Frame(int frame_ms) {
+  FrameTime = frame_ms;
+  mod3Denhance::Clear_Screen();
+  Update_Particles();
+}
+std::pair<float, float> VX_Range() {
+  const auto [lo, hi] = std::minmax_element(modMouseParticles::Particles.begin(), modMouseParticles::Particles.end(),
+                                            [](const Particle& a, const Particle& b) { return a.VX < b.VX; });
+  return {lo->VX, hi->VX};
+}
 
 TEST_F(Particles, BirthMotionFadingRebirthThePointersPullAndClippedSprites) {
+  frmMain::Reset_Input();
+  Randomize(3);
   Rest_At(300, 200);
   Frame(16);
   for (const Particle& p : modMouseParticles::Particles)

@@ -196,7 +196,6 @@ TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesid
 using Ship = shipsdat::ShipRecord;
 
 double Top_Speed(const Ship& s) { return 2 * s.Thrust / (s.LinearDrag - s.Thrust); }
-double Pick_Up(const Ship& s) { return s.Thrust / s.Mass; }
 
 // Signed volume of a part's triangles: positive when every closed piece faces outward.
 double Volume(const MeshPart& p) {
@@ -272,9 +271,8 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
       EXPECT_EQ(shadow->Pixel(x, y) >> 24, 0u);
   }
   // A real trade-off: the fastest ship is not also the quickest off the line.
-  const auto by = [](double (*f)(const Ship&)) { return [f](const Ship& a, const Ship& b) { return f(a) < f(b); }; };
-  const auto fastest = std::max_element(ships.begin(), ships.end(), by(Top_Speed));
-  const auto quickest = std::max_element(ships.begin(), ships.end(), by(Pick_Up));
+  const auto fastest = std::ranges::max_element(ships, {}, Top_Speed);
+  const auto quickest = std::ranges::max_element(ships, {}, [](const Ship& s) { return s.Thrust / s.Mass; });
   EXPECT_NE(fastest, quickest);
   EXPECT_GT(Top_Speed(*fastest) - Top_Speed(*quickest), 0.2);
 }
@@ -581,8 +579,7 @@ TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAKeptStripSendsOnlyWhatIsI
   EXPECT_TRUE(Read(0, 0, 640, 480) == whole) << "the kept strip's picture differs";
   EXPECT_LT(platform::Triangles_Sent() - before, 100u) << "pieces out of sight were sent";
 
-  dir_.Copy_From_Game("Objects");
-  dir_.Copy_From_Game("Textures");
+  for (const char* folder : {"Objects", "Textures"}) dir_.Copy_From_Game(folder);
   XFileClass ship;
   ASSERT_EQ(ship.Load_Quiet(dir_.path() + "/Objects/Kestrel.x"), "");
   // The ship from behind and above, as the chase camera sees it, with the given culling.

@@ -96,9 +96,8 @@ TEST(HiScoreFile, BytesAreTheSixFieldsCutFilesReadAsFarAsTheyHoldUnreadableOnesA
     EXPECT_EQ(log[2].rfind("Data\\Hiscores.Dat cannot be read (", 0), 0u) << log[2];
     EXPECT_NE(log[3].find("the new records are not saved"), std::string::npos) << log[3];
   }
-  // A child saving over and over is killed at random: the file holds one whole table or the other.
+  // Saves killed at random leave one whole table or the other; a 256 KiB tail makes kills land inside writes.
   fs::remove_all(path);
-  // A long tail makes every save copy a quarter megabyte, so kills land inside writes.
   const std::string old_bytes = modHiScore::Encode_HiScores(kLong) + std::string(256 * 1024, '\x5A');
   const std::string new_bytes = fresh + old_bytes.substr(fresh.size());
 
@@ -274,27 +273,6 @@ class Options : public ScreenTest {
   }
 };
 
-TEST_F(Options, AnUnnamedKeyShowsAsItsDefaultAClickedRowTakesWAndLeavingStoresBoth) {
-  testenv::Write_File(Settings_Path(),
-                      "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n38\r\n40\r\n37\r\n27\r\n");
-  Read_Settings();
-  ASSERT_EQ(KeyRight, 27);
-  int clicked_at = 0;
-  Run({{"Right Arrow in the Right row", Showing(295, 351, "Right Arrow")},
-       Click(kRowUp, Showing(295, 279, "Up Arrow")),
-       {"capture of the Up row", Capturing(1)},
-       {"----- in the Up row", Showing(295, 279, "-----"), [] { Key(87); }},
-       {"W ends the capture", Capturing(0), [] { EXPECT_EQ(KeyUp, 87); }},
-       {"W in the Up row", Showing(295, 279, "W"), [] { EXPECT_FALSE(Shows_Text(295, 279, 2, "-----")); }},
-       {"click store", nullptr, [&] { Click(kStore).act(), clicked_at = frames; }}});
-  // Seen the frame after the click, acted on at once: the save pumps once between write and read.
-  EXPECT_EQ(frames, clicked_at + 2) << "the store button leaves on the frame it is clicked";
-  EXPECT_EQ(GameState, kStateMainMenu);
-  EXPECT_EQ(Saved(), "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n87\r\n40\r\n37\r\n39\r\n")
-      << "W stored for Up, the unnamed key as Right Arrow";
-  EXPECT_EQ(std::pair(KeyUp, KeyRight), (std::pair<i16, i16>(87, 39))) << "read back after the write";
-}
-
 TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowWaiting) {
   Run({Click(kRowDown),
        {"capture of the Down row", Capturing(2), [] { Key(27); }},  // Escape: cancels, the old key stays
@@ -320,7 +298,7 @@ TEST_F(Options, EscapeCancelsTheLowestHeldCodeDecidesAndUnnamedCodesLeaveTheRowW
   EXPECT_EQ(Saved(), "") << "closing the window stores nothing";
 }
 
-TEST_F(Options, DifficultyStaysInRangeTheTickTogglesThenDefaultsAreStored) {
+TEST_F(Options, DifficultyStaysInRangeTheTickTogglesDefaultsAreStoredThenAClickedRowTakesWAndAnUnnamedKeyItsDefault) {
   Difficulty = 3, SkipSetup = 5;
   KeyUp = 87, KeyDown = 83, KeyLeft = 65, KeyRight = 68;
   PlayerName = "Vex";
@@ -353,6 +331,25 @@ TEST_F(Options, DifficultyStaysInRangeTheTickTogglesThenDefaultsAreStored) {
        Click(kDefaults),
        Click(kStore)});
   EXPECT_EQ(Saved(), "0\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\nVex\r\n0\r\n38\r\n40\r\n37\r\n39\r\n");
+
+  testenv::Write_File(Settings_Path(),
+                      "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n38\r\n40\r\n37\r\n27\r\n");
+  Read_Settings();
+  ASSERT_EQ(KeyRight, 27);
+  int clicked_at = 0;
+  Run({{"Right Arrow in the Right row", Showing(295, 351, "Right Arrow")},
+       Click(kRowUp, Showing(295, 279, "Up Arrow")),
+       {"capture of the Up row", Capturing(1)},
+       {"----- in the Up row", Showing(295, 279, "-----"), [] { Key(87); }},
+       {"W ends the capture", Capturing(0), [] { EXPECT_EQ(KeyUp, 87); }},
+       {"W in the Up row", Showing(295, 279, "W"), [] { EXPECT_FALSE(Shows_Text(295, 279, 2, "-----")); }},
+       {"click store", nullptr, [&] { Click(kStore).act(), clicked_at = frames; }}});
+  // Seen the frame after the click, acted on at once: the save pumps once between write and read.
+  EXPECT_EQ(frames, clicked_at + 2) << "the store button leaves on the frame it is clicked";
+  EXPECT_EQ(GameState, kStateMainMenu);
+  EXPECT_EQ(Saved(), "1\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n2\r\nAce\r\n0\r\n87\r\n40\r\n37\r\n39\r\n")
+      << "W stored for Up, the unnamed key as Right Arrow";
+  EXPECT_EQ(std::pair(KeyUp, KeyRight), (std::pair<i16, i16>(87, 39))) << "read back after the write";
 }
 
 TEST_F(Options, ThePadsStickAndAChooseItItsControlsBindAndTheVolumeIsStoredBesideTheSettings) {
@@ -462,17 +459,15 @@ class ShipSelectionTest : public ScreenTest {
   static Step Choice_Is(Choice c) {
     return {"ship " + std::to_string(c.first) + " skin " + std::to_string(c.second), [c] { return Current() == c; }};
   }
-  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour.
+  // Columns [first, last] in rows [top, bottom) whose pixels differ from the clear colour; none: (right, -1).
   static std::pair<int, int> Drawn_Columns(int left, int top, int right, int bottom) {
     const std::vector<uint32_t> px = Read(left, top, right, bottom);
-    int first = -1, last = -1;
-    for (int x = 0; x < right - left; ++x)
-      for (int y = 0; y < bottom - top; ++y)
-        if (px[size_t(y * (right - left) + x)] != kClear) {
-          if (first < 0) first = left + x;
-          last = left + x;
-        }
-    return {first, last};
+    std::pair<int, int> drawn{right, -1};
+    for (size_t i = 0; i < px.size(); ++i) {
+      const int x = left + int(i) % (right - left);
+      if (px[i] != kClear) drawn = {std::min(drawn.first, x), std::max(drawn.second, x)};
+    }
+    return drawn;
   }
   static bool slid_in() { return modShipSelection::Button_Slide() == 0; }
   static Choice Current() { return {Players[0]->cCurrentlySelectedShip, Players[0]->cCurrentlySelectedSkin}; }
