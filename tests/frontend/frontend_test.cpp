@@ -52,9 +52,7 @@ TEST_F(Menu, ClicksDuringTheSlideDoNothingEachButtonChoosesItsStateAndButtonsSli
                         {"press held from the slide", sliding, Press}});
   // 416 pixels at 0.4 per ms: 1040 ms of 16 ms frames, plus the first frame's zero step.
   EXPECT_NEAR(over, 67, 1);
-  EXPECT_EQ(ended_at, over + 1);
-  EXPECT_EQ(NumOpponents, 4);
-  EXPECT_EQ(GameState, kStateShipSelection);
+  EXPECT_EQ(std::tuple(ended_at - over, int(NumOpponents), int(GameState)), std::tuple(1, 4, int(kStateShipSelection)));
   EXPECT_FALSE(frmMain::Pressed(frmMain::Press::LeftClick)) << "one press acts once";
   const int buttons[][5] = {{226, 150, 3, 0, 1}, {415, 238, 3, 4, 1}, {320, 270, 4, -1, 1}, {320, 338, 0, -1, 0}};
   for (const auto& [x, y, state, opponents, running] : buttons) {
@@ -100,8 +98,7 @@ TEST_F(Menu800, ButtonRectanglesAreScaledAndRoundedHalfToEven) {
   const Rect r = modMainScr::Button_Rect(0), r3 = modMainScr::Button_Rect(3);
   EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), (std::array<int, 4>{281, 188, 520, 236}));
   EXPECT_EQ((std::array<int, 4>{r3.left, r3.top, r3.right, r3.bottom}), (std::array<int, 4>{281, 375, 520, 424}));
-  EXPECT_EQ(ended_at, pressed_at + 1);
-  EXPECT_EQ(NumOpponents, 0);
+  EXPECT_EQ(std::pair(ended_at - pressed_at, int(NumOpponents)), std::pair(1, 0));
   EXPECT_NEAR(over * 16, 1300 + 32, 16) << "520 pixels at 0.4 per ms";
 }
 

@@ -80,7 +80,7 @@ void Expect_Moves(const Matrix4& m, Vector3 p, const Vector3& b) {
   EXPECT_LT(std::hypot(a.x - b.x, a.y - b.y, a.z - b.z), 2e-4f) << a.x << "," << a.y << "," << a.z;
 }
 
-TEST(XFileClass, LoadFansPolygonsIntoPartsOnlyALoadedMeshDrawsAndRenderScalesRotatesMoves) {
+TEST(XFileClass, LoadFansPolygonsIntoPartsRefusesOverrunsFindsTexturesBesideTheMeshDrawsWhenLoadedAndMovesInRender) {
   testenv::ScratchAppDir dir;
   XFileClass x;
   float a = 1, b = 1, c = 1;
@@ -160,9 +160,7 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsOnlyALoadedMeshDrawsAndRenderScalesRot
   x.SpinY = 1.570795f;
   x.Render(&device);
   Expect_Moves(device.worlds.back(), {0, 0, 1}, {10, 0, -2});
-}
 
-TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesideTheMesh) {
   using Fan = std::vector<uint16_t>;
   // Face data, vertices per face (0: each face leads with its count), vertex count, fan (empty: refused).
   const std::tuple<std::vector<int32_t>, int32_t, int32_t, Fan, const char*> fans[] = {
@@ -279,7 +277,7 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
 
 }  // namespace
 
-TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleAroundTheirKeyLargeScreensTakeTheFinerPicture) {
+TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleKeysFillsAndPointsFollowRulesAndBlitsClip) {
   const std::vector<uint32_t> k1234{0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
   // Height, texels, pitch (0: unpadded) and every pixel, rows top to bottom, of an image 2 wide.
   const std::tuple<uint32_t, std::vector<uint16_t>, uint32_t, std::vector<uint32_t>, const char*> images[] = {
@@ -355,10 +353,7 @@ TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleAroundTh
     EXPECT_EQ(s->Pixel(1, 1), argb) << file << " at scale " << scale;
   }
   modMain::ScaleX = modMain::ScaleY = 1.0f;
-}
 
-TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstTheScreenAndSkipKeyPixels) {
-  Surface s;
   for (const auto& [key, argb] : {std::pair<i16, std::optional<uint32_t>>{kKeyMagenta, 0xFFFF00FFu},
                                   {kKeyBlack, 0xFF000000u},
                                   {3, std::nullopt}}) {
@@ -369,7 +364,7 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
   dds->Set_Color_Key(0x00FE01FFu);
   EXPECT_EQ(dds->Color_Key(), 0x00FF00FFu) << "held to 4 bits a channel";
 
-  const Surface t = Create_Texture("", 2, 2, kKeyNone);
+  t = Create_Texture("", 2, 2, kKeyNone);
   ASSERT_TRUE(t);
   Fill_Rect(t, -5, -5, 1, 9, 0x80808080u);
   EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 0)), std::pair(0x80808080u, 0u));
@@ -410,7 +405,7 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
   EXPECT_EQ(dst->Pixel(2, 42), 0xFFFF00FFu);
 }
 
-TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAndBlitsKeyAndClip) {
+TEST_F(DisplayTest, StartUpStateFontsDeviceTextKeyedClippedBlitsWindingDepthTextureBlendingWrapAndLongStrips) {
   std::string missing;
   ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
@@ -469,9 +464,7 @@ TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAnd
   EXPECT_EQ((std::array{At(634, 100), At(635, 100), At(639, 100)}), (std::array{kClear, src_at(0, 0), src_at(4, 0)}));
   Blit(BackBuffer, src, 100, 50, 0);  // unkeyed, the key pixels are copied too
   EXPECT_EQ(At(100, 50), 0u);
-}
 
-TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   ASSERT_EQ(platform::Render_State(d, rs::CullMode), platform::cull::CounterClockwise);
   const uint32_t r = 0xFFFF0000, g = 0xFF00FF00;

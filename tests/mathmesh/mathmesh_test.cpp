@@ -52,7 +52,7 @@ void Expect_Box_Normals(const xfile::Model& m) {
     }
 }
 
-TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOutAndFramesReadOnlyWithoutATopMesh) {
+TEST(XFileReader, CreasesSplitCornersFramesTransformOnlyTheFirstMeshIsReadAndGroupsFollowTheMaterialList) {
   const xfile::Model cube = Read_Ok(kHeader + kSharedCube);
   ASSERT_EQ(cube.groups.size(), 1u);
   EXPECT_EQ(Shape(cube.groups[0]), (std::array<size_t, 4>{4, 24, 24, 12}));  // each corner once per face direction
@@ -71,13 +71,13 @@ TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOu
     }
   }
   // The outer frame swaps y and z (a mirror), the inner one moves by (10, 0, 0).
-  const std::string text = kHeader +
-                           "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
-                           "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
-                           kSharedCube + "} }";
-  const xfile::Model m = Read_Ok(text);
-  EXPECT_EQ((std::array{m.box_min.x, m.box_max.x, m.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
-  Expect_Box_Normals(m);
+  const std::string nested = kHeader +
+                             "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
+                             "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
+                             kSharedCube + "} }";
+  const xfile::Model mirrored = Read_Ok(nested);
+  EXPECT_EQ((std::array{mirrored.box_min.x, mirrored.box_max.x, mirrored.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
+  Expect_Box_Normals(mirrored);
 
   // A frame turning 90 degrees about y takes +x to -z (rows are the images of the axes).
   const xfile::Model turned =
@@ -100,9 +100,7 @@ TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOu
   ASSERT_EQ(first.groups.size(), 1u);
   EXPECT_EQ(Triangles(first.groups[0]), 12u);
   EXPECT_EQ((std::array{first.box_min.x, first.box_max.x}), (std::array{10.0f, 11.0f}));
-}
 
-TEST(XFileReader, GroupsFollowTheMaterialListMixedFacesCarryTheirCountsAndAShortListItsLastIndex) {
   const std::string text = kHeader + R"(
 template Dummy { <11111111-2222-3333-4444-555555555555> DWORD x; [...] }
 // a comment { with braces
@@ -217,7 +215,7 @@ TEST(XFileReader, ReadsForeignExporterFiles) {
   EXPECT_NE(xfile::Read_File(dir + "no_such_file.x", m), "");
 }
 
-TEST(VectorsAndPlanes, AnglesUseTheGamesPiInRangeSegmentsCrossOnlyAlongTheNormalBothEndsCountingATinyMoveIgnored) {
+TEST(Maths, AnglesUseTheGamesPiSegmentsCrossPlanesAlongTheNormalMatricesTakeRowVectorsAndColoursRoundAndSaturate) {
   // x, z and the angle; the diagonals are atan(x / z) put in range with the game's pi, 3.14159.
   const float angles[][3] = {{0, 0, 0},         {1, 0, 1.570795f},    {-1, 0, 4.712385f},
                              {0, -1, 3.14159f}, {-1, 1, 5.49778175f}, {1, -1, 2.35619187f}};
@@ -252,9 +250,7 @@ TEST(VectorsAndPlanes, AnglesUseTheGamesPiInRangeSegmentsCrossOnlyAlongTheNormal
     EXPECT_FLOAT_EQ(hit.x, c.hit_x) << "a miss leaves hit alone";
     EXPECT_FLOAT_EQ(hit.z, c.hit_z);
   }
-}
 
-TEST(Matrices, RowVectorsHeadingSenseLookAtDepthNormaliseOfZeroAndColours) {
   // Row vectors: rotate then translate is R x T; the product may write into an operand.
   Matrix4 t, r, rt;
   Make_Translation_Matrix(t, {1, 2, 3});
@@ -283,10 +279,10 @@ TEST(Matrices, RowVectorsHeadingSenseLookAtDepthNormaliseOfZeroAndColours) {
   EXPECT_NEAR(depth(1.0f), 0.0f, 1e-6);
   EXPECT_NEAR(depth(1500.0f), 1.0f, 1e-6);
   EXPECT_NEAR(proj._11, 1.0f, 1e-5);
-  Vector3 n{3, 0, 4}, zero{};
-  Vector_Normalize(n);
+  Vector3 unit{3, 0, 4}, zero{};
+  Vector_Normalize(unit);
   Vector_Normalize(zero);
-  EXPECT_EQ(std::pair(n.z, zero.x), std::pair(0.8f, 0.0f)) << "no division by zero";
+  EXPECT_EQ(std::pair(unit.z, zero.x), std::pair(0.8f, 0.0f)) << "no division by zero";
   EXPECT_EQ(Create_Color_RGBA(1, 1, 1, 0.7f), 0xB2FFFFFFu);  // 178.5 rounds to even 178
   EXPECT_EQ(Create_Color_RGBA(0, 0, 1, 2.0f), 0xFF0000FFu);  // saturates
   EXPECT_EQ(Create_Color_RGBA(0.4f, 0.2f, -1, 0), 0x00663300u);
