@@ -30,8 +30,7 @@ TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKills
   ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
   Read_Settings();
-  EXPECT_EQ(std::pair(ScreenWidth, KeyUp), std::pair(i16(640), i16(38)));
-  EXPECT_EQ(std::pair(ScaleX, ScaleY), std::pair(1.0f, 1.0f));
+  EXPECT_EQ(std::tuple(ScreenWidth, KeyUp, ScaleX, ScaleY), std::tuple(i16(640), i16(38), 1.0f, 1.0f));
   EXPECT_EQ(testenv::Read_Lines_CRLF(Log_Path()),
             (std::vector<std::string>{"Program Started", " ", "Quorval.ini not found, Using Default Settings"}));
   // The file is only written by the dialogs, never by reading.
@@ -74,8 +73,7 @@ TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKills
   D3DDeviceGuid = "kept", KeyDown = 83;
   Read_Settings();
   EXPECT_EQ((std::array<int, 4>{SkipSetup, ScreenWidth, ScreenBPP, KeyDown}), (std::array<int, 4>{1, 320, 24, 83}));
-  EXPECT_EQ(D3DDeviceGuid, "kept");
-  EXPECT_FLOAT_EQ(ScaleX, 0.5f);
+  EXPECT_EQ(std::pair(D3DDeviceGuid, ScaleX), std::pair(std::string("kept"), 0.5f));
   // New values unlike the defaults in every line, with a long name so a write takes a while.
   SkipSetup = 1, ScreenWidth = 1024, ScreenHeight = 768, Difficulty = 3;
   KeyUp = 87, KeyDown = 83, KeyLeft = 65, KeyRight = 68;

@@ -339,27 +339,6 @@ void Script(std::vector<Step> steps) {
   });
 }
 
-TEST_F(SetupDialog, ShowsTheWindowAndExitWritesNothing) {
-  dir.Copy_From_Game("Gfx");
-  Script({{"lblRes"}, {"lblRes"}, {"lblExit"}, {"lblExit", 0, true}, {"lblExit"}});  // two quiet frames for the picture
-  platform::Keep_Dialog_Frames(true);
-  std::vector<uint32_t> picture;
-  int w = 0, h = 0;
-  frmSetup::Set_Frame_Hook([&](const frmSetup::SetupForm&, int frame) {
-    if (frame == 3) picture = platform::Dialog_Frame(w, h);
-  });
-  EXPECT_FALSE(frmSetup::Show());
-  EXPECT_FALSE(std::filesystem::exists(Settings_Path()));
-  EXPECT_FALSE(platform::Dialog_Open());
-  ASSERT_GT(w, 300);
-  ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
-  const Rect start = frmSetup::Control_Rect("lblStart");
-  const uint32_t px = picture[size_t(start.top + 4) * size_t(w) + size_t(start.left + 4)];
-  const int red = int(px >> 16 & 0xFF), green = int(px >> 8 & 0xFF), blue = int(px & 0xFF);
-  EXPECT_LT(std::abs(red - 0xE8) + std::abs(green - 0x7A) + std::abs(blue - 0x18), 30) << "Start in the accent orange";
-  testenv::Write_Png(testenv::Game_Dir() + "/../setup_dialog.png", w, h, picture);
-}
-
 TEST_F(SetupDialog, DraggingClickingAndStartGoThroughTheWindow) {
   // Drag the resolution thumb from the left end to the right end of its bar, check the box, Start.
   std::vector<Step> steps = {{"HScrollRes", -90}};
@@ -386,8 +365,26 @@ TEST_F(SetupDialog, DraggingClickingAndStartGoThroughTheWindow) {
                                       platform::Device_List().front().identifier}));
 }
 
-TEST_F(SetupDialog, AfterStartWithTheBoxCheckedTheNextStartSkipsTheDialog) {
+TEST_F(SetupDialog, ShowsTheWindowExitWritesNothingAndAfterStartWithTheBoxCheckedTheNextStartSkipsTheDialog) {
   dir.Copy_From_Game("Gfx");
+  Script({{"lblRes"}, {"lblRes"}, {"lblExit"}, {"lblExit", 0, true}, {"lblExit"}});  // two quiet frames for the picture
+  platform::Keep_Dialog_Frames(true);
+  std::vector<uint32_t> picture;
+  int w = 0, h = 0;
+  frmSetup::Set_Frame_Hook([&](const frmSetup::SetupForm&, int frame) {
+    if (frame == 3) picture = platform::Dialog_Frame(w, h);
+  });
+  EXPECT_FALSE(frmSetup::Show());
+  EXPECT_FALSE(std::filesystem::exists(Settings_Path()));
+  EXPECT_FALSE(platform::Dialog_Open());
+  ASSERT_GT(w, 300);
+  ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
+  const Rect start = frmSetup::Control_Rect("lblStart");
+  const uint32_t px = picture[size_t(start.top + 4) * size_t(w) + size_t(start.left + 4)];
+  const int red = int(px >> 16 & 0xFF), green = int(px >> 8 & 0xFF), blue = int(px & 0xFF);
+  EXPECT_LT(std::abs(red - 0xE8) + std::abs(green - 0x7A) + std::abs(blue - 0x18), 30) << "Start in the accent orange";
+  testenv::Write_Png(testenv::Game_Dir() + "/../setup_dialog.png", w, h, picture);
+
   Script({{"Label1"}, {"Label1", 0, true}, {"Label1"}, {"lblStart"}, {"lblStart", 0, true}, {"lblStart"}});
   int frames = 0;
   frmSetup::Set_Frame_Hook([&](const frmSetup::SetupForm&, int) { ++frames; });
