@@ -17,14 +17,6 @@
 using namespace modMain;
 using namespace frmMain;
 
-namespace {
-std::string Ini(std::initializer_list<const char*> lines) {
-  std::string s;
-  for (const char* l : lines) s += std::string(l) + "\r\n";
-  return s;
-}
-}  // namespace
-
 TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKillsLogAndExtrasLinesAndNumbers) {
   testenv::ScratchAppDir dir;
   ScreenWidth = 1024, KeyUp = 65;
@@ -36,7 +28,7 @@ TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKills
   // The file is only written by the dialogs, never by reading.
   EXPECT_TRUE(testenv::Read_File(Settings_Path()).empty());
 
-  const std::string defaults = Ini({"0", "640", "480", "16", "<none>", "<none>", "1", "", "0", "38", "40", "37", "39"});
+  const std::string defaults = "0\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n";
   Default_Settings();
   Write_Settings();
   EXPECT_EQ(testenv::Read_File(Settings_Path()), defaults);
@@ -53,8 +45,9 @@ TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKills
   EXPECT_EQ((std::array{D3DDeviceGuid, PlayerName, SoundDeviceGuid}),
             (std::array<std::string, 3>{"IID_IDirect3DHALDevice", "Ada Vance", "<none>"}));
   EXPECT_EQ(std::pair(ScaleX, ScaleY), std::pair(1.25f, 1.25f));
-  testenv::Write_File(Settings_Path(), Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1",
-                                            "17.5", "40", "99999", "39"}));
+  testenv::Write_File(
+      Settings_Path(),
+      "1 skip it\r\n1024px\r\nabc\r\n16.5\r\ndev\r\nsnd\r\n300\r\nName\r\n-1\r\n17.5\r\n40\r\n99999\r\n39\r\n");
   Default_Settings();
   ScreenHeight = 555, Difficulty = 2, ControlDevice = 5, KeyLeft = 70;
   Read_Settings();
@@ -68,7 +61,7 @@ TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKills
   EXPECT_EQ(KeyLeft, 70) << "99999 does not fit 16 bits";
   EXPECT_EQ(PlayerName, "Name");
 
-  testenv::Write_File(Settings_Path(), Ini({"1", "320", "240", "24"}));
+  testenv::Write_File(Settings_Path(), "1\r\n320\r\n240\r\n24\r\n");
   Default_Settings();
   D3DDeviceGuid = "kept", KeyDown = 83;
   Read_Settings();
