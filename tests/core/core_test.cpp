@@ -17,27 +17,18 @@
 using namespace modMain;
 using namespace frmMain;
 
-namespace {
-std::string Ini(std::initializer_list<const char*> lines) {
-  std::string s;
-  for (const char* l : lines) s += std::string(l) + "\r\n";
-  return s;
-}
-}  // namespace
-
-TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndKilledSavesLeaveAWholeFile) {
+TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKillsLogAndExtrasLinesAndNumbers) {
   testenv::ScratchAppDir dir;
   ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
   Read_Settings();
-  EXPECT_EQ(std::pair(ScreenWidth, KeyUp), std::pair(i16(640), i16(38)));
-  EXPECT_EQ(std::pair(ScaleX, ScaleY), std::pair(1.0f, 1.0f));
+  EXPECT_EQ(std::tuple(ScreenWidth, KeyUp, ScaleX, ScaleY), std::tuple(i16(640), i16(38), 1.0f, 1.0f));
   EXPECT_EQ(testenv::Read_Lines_CRLF(Log_Path()),
             (std::vector<std::string>{"Program Started", " ", "Quorval.ini not found, Using Default Settings"}));
   // The file is only written by the dialogs, never by reading.
   EXPECT_TRUE(testenv::Read_File(Settings_Path()).empty());
 
-  const std::string defaults = Ini({"0", "640", "480", "16", "<none>", "<none>", "1", "", "0", "38", "40", "37", "39"});
+  const std::string defaults = "0\r\n640\r\n480\r\n16\r\n<none>\r\n<none>\r\n1\r\n\r\n0\r\n38\r\n40\r\n37\r\n39\r\n";
   Default_Settings();
   Write_Settings();
   EXPECT_EQ(testenv::Read_File(Settings_Path()), defaults);
@@ -54,8 +45,9 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
   EXPECT_EQ((std::array{D3DDeviceGuid, PlayerName, SoundDeviceGuid}),
             (std::array<std::string, 3>{"IID_IDirect3DHALDevice", "Ada Vance", "<none>"}));
   EXPECT_EQ(std::pair(ScaleX, ScaleY), std::pair(1.25f, 1.25f));
-  testenv::Write_File(Settings_Path(), Ini({"1 skip it", "1024px", "abc", "16.5", "dev", "snd", "300", "Name", "-1",
-                                            "17.5", "40", "99999", "39"}));
+  testenv::Write_File(
+      Settings_Path(),
+      "1 skip it\r\n1024px\r\nabc\r\n16.5\r\ndev\r\nsnd\r\n300\r\nName\r\n-1\r\n17.5\r\n40\r\n99999\r\n39\r\n");
   Default_Settings();
   ScreenHeight = 555, Difficulty = 2, ControlDevice = 5, KeyLeft = 70;
   Read_Settings();
@@ -69,13 +61,12 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
   EXPECT_EQ(KeyLeft, 70) << "99999 does not fit 16 bits";
   EXPECT_EQ(PlayerName, "Name");
 
-  testenv::Write_File(Settings_Path(), Ini({"1", "320", "240", "24"}));
+  testenv::Write_File(Settings_Path(), "1\r\n320\r\n240\r\n24\r\n");
   Default_Settings();
   D3DDeviceGuid = "kept", KeyDown = 83;
   Read_Settings();
   EXPECT_EQ((std::array<int, 4>{SkipSetup, ScreenWidth, ScreenBPP, KeyDown}), (std::array<int, 4>{1, 320, 24, 83}));
-  EXPECT_EQ(D3DDeviceGuid, "kept");
-  EXPECT_FLOAT_EQ(ScaleX, 0.5f);
+  EXPECT_EQ(std::pair(D3DDeviceGuid, ScaleX), std::pair(std::string("kept"), 0.5f));
   // New values unlike the defaults in every line, with a long name so a write takes a while.
   SkipSetup = 1, ScreenWidth = 1024, ScreenHeight = 768, Difficulty = 3;
   KeyUp = 87, KeyDown = 83, KeyLeft = 65, KeyRight = 68;
@@ -92,10 +83,7 @@ TEST(Settings, AMissingFileTakesDefaultsValuesRoundTripBadLinesKeepOldValuesAndK
       });
   EXPECT_EQ(kills, 200);
   EXPECT_EQ(whole_old + whole_new, 200) << "whole after the kills: " << whole_old << " old, " << whole_new << " new";
-}
 
-TEST(TextAndExtras, LogLinesAppendWithCrLfStringsAreCountedNumbersRoundToEvenAndExtrasDropBadLinesAndRoundTrip) {
-  testenv::ScratchAppDir dir;
   Create_Log();
   Write_Log("first");
   Write_Log("");
@@ -145,17 +133,10 @@ TEST(TextAndExtras, LogLinesAppendWithCrLfStringsAreCountedNumbersRoundToEvenAnd
             (std::array<std::string, 4>{"007", "1234", "01:05", "123:45"}));
 }
 
-class InputTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    Default_Settings();
-    Reset_Input();
-    Players.clear();
-  }
-  void TearDown() override { Players.clear(); }
-};
-
-TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndOnlyUnboundEnterEscapeShiftRaiseFlags) {
+TEST(Input, BoundKeysDriveThePlayerFirstBindingWinsOnlyUnboundEnterEscapeShiftFlagMouseClicksActOnceAndRoundToEven) {
+  Default_Settings();
+  Reset_Input();
+  Players.clear();
   for (i16 key : {13, 27, 16}) Form_KeyDown(key, 0);
   EXPECT_EQ((std::array{Pressed(Press::Enter), Pressed(Press::Escape), Is_Set(ShiftPressed)}),
             (std::array{true, true, true}));
@@ -193,9 +174,8 @@ TEST_F(InputTest, BoundKeysDriveThePlayerFirstBindingWinsAndOnlyUnboundEnterEsca
   EXPECT_EQ(p.Thrust, kTrue);
   Form_KeyDown(123, 0);
   EXPECT_EQ(KeyState[123], kTrue);
-}
 
-TEST_F(InputTest, MouseButtonsActOnceAndPointerPositionsRoundHalfToEven) {
+  Reset_Input();
   // Down or up, the button, and the left click after it: the right button never clicks.
   for (const auto& [down, button, clicked] : {std::tuple{1, 2, 0}, {1, 1, 1}, {0, 2, 1}, {0, 1, 0}}) {
     (down ? Form_MouseDown : Form_MouseUp)(i16(button), 0, 10, 10);
@@ -214,9 +194,10 @@ TEST_F(InputTest, MouseButtonsActOnceAndPointerPositionsRoundHalfToEven) {
   EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(320), i16(320)));
   Form_MouseMove(0, 0, 0.49f, 479.51f);
   EXPECT_EQ(std::pair(MouseX, MouseY), std::pair(i16(0), i16(480)));
+  Players.clear();
 }
 
-TEST(Clocks, LongFramesAreCappedAt50BothClocksWrapAndDisplaysAbove60HzStepSixtyASecond) {
+TEST(Clocks, LongFramesAreCappedBothClocksWrapFastDisplaysStepSixtyASecondAndRandomNumbersAreUniformAndSeeded) {
   platform::Use_Manual_Clock(true);
   platform::Set_Manual_Clock(1000);
   Start_Frame_Timer();
@@ -250,9 +231,7 @@ TEST(Clocks, LongFramesAreCappedAt50BothClocksWrapAndDisplaysAbove60HzStepSixtyA
     EXPECT_EQ(std::pair(total, most), std::pair(steps_per_second, 1)) << hz << " Hz: steps, the most in one frame";
   }
   platform::Set_Refresh_Rate(0);
-}
 
-TEST(RandomSource, UniformInUnitIntervalAndSeeded) {
   Randomize(42);
   double sum = 0;
   float lo = 1, hi = 0;

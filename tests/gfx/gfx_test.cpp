@@ -75,13 +75,12 @@ Mesh ship { 7; 0;0;0;, 0;0;1;, 1;0;1;, 1;0;0;, 2;0;1;, 2;0;0;, 3;0;0.5;; 3; 4;0,
     Material { 0.2;0.2;0.2;1;; 0; 0;0;0;; 0;0;0;; TextureFilename { "missing.bmp"; } } } }
 )";
 
-Vector3 Apply(const Matrix4& m, Vector3 p) { return modMATH::Transform_Point(p, m); }
-
-void Expect_Near(const Vector3& a, const Vector3& b) {
+void Expect_Moves(const Matrix4& m, Vector3 p, const Vector3& b) {
+  const Vector3 a = modMATH::Transform_Point(p, m);
   EXPECT_LT(std::hypot(a.x - b.x, a.y - b.y, a.z - b.z), 2e-4f) << a.x << "," << a.y << "," << a.z;
 }
 
-TEST(XFileClass, LoadFansPolygonsIntoPartsOnlyALoadedMeshDrawsAndRenderScalesRotatesMoves) {
+TEST(XFileClass, LoadFansPolygonsIntoPartsRefusesOverrunsFindsTexturesBesideTheMeshDrawsWhenLoadedAndMovesInRender) {
   testenv::ScratchAppDir dir;
   XFileClass x;
   float a = 1, b = 1, c = 1;
@@ -135,15 +134,15 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsOnlyALoadedMeshDrawsAndRenderScalesRot
 
   // A model facing +z faces the heading (-sin h, 0, cos h); the bank rolls the wings, not the nose.
   x.SetRotation(0, 0.7f, 0.4f);
-  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {-std::sin(0.7f), 0, std::cos(0.7f)});
-  EXPECT_NEAR(std::abs(Apply(x.RotationMatrix, {1, 0, 0}).y), std::sin(0.4f), 1e-5f);
+  Expect_Moves(x.RotationMatrix, {0, 0, 1}, {-std::sin(0.7f), 0, std::cos(0.7f)});
+  EXPECT_NEAR(std::abs(modMATH::Transform_Point({1, 0, 0}, x.RotationMatrix).y), std::sin(0.4f), 1e-5f);
   x.SetRotation(0, 1.570795f, 0);
   x.Rotate(0, 1.570795f, 0);
-  Expect_Near(Apply(x.RotationMatrix, {0, 0, 1}), {0, 0, -1});
+  Expect_Moves(x.RotationMatrix, {0, 0, 1}, {0, 0, -1});
 
   x.SetPosition(1, 2, 3);
   x.MoveObject(1, 1, 1);
-  Expect_Near(Apply(x.PositionMatrix, {0, 0, 0}), {2, 3, 4});
+  Expect_Moves(x.PositionMatrix, {0, 0, 0}, {2, 3, 4});
   x.ScaleMatrix._12 = 5;
   x.AdjustScale(2, 2, 2);
   EXPECT_EQ(x.ScaleMatrix._12, 5.0f);
@@ -156,14 +155,12 @@ TEST(XFileClass, LoadFansPolygonsIntoPartsOnlyALoadedMeshDrawsAndRenderScalesRot
   x.Render(&device);
   // (0, 0, 1) scaled to (0, 0, 2), turned to (-2, 0, 0), moved to (8, 0, 0).
   ASSERT_EQ(device.worlds.size(), 1u);
-  Expect_Near(Apply(device.worlds[0], {0, 0, 1}), {8, 0, 0});
+  Expect_Moves(device.worlds[0], {0, 0, 1}, {8, 0, 0});
   // The spin is added on every render.
   x.SpinY = 1.570795f;
   x.Render(&device);
-  Expect_Near(Apply(device.worlds.back(), {0, 0, 1}), {10, 0, -2});
-}
+  Expect_Moves(device.worlds.back(), {0, 0, 1}, {10, 0, -2});
 
-TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesideTheMesh) {
   using Fan = std::vector<uint16_t>;
   // Face data, vertices per face (0: each face leads with its count), vertex count, fan (empty: refused).
   const std::tuple<std::vector<int32_t>, int32_t, int32_t, Fan, const char*> fans[] = {
@@ -197,7 +194,6 @@ TEST(XFileClass, FansFaceDataRefusesDataThatOverrunsAndResolvesTextureNamesBesid
 using Ship = shipsdat::ShipRecord;
 
 double Top_Speed(const Ship& s) { return 2 * s.Thrust / (s.LinearDrag - s.Thrust); }
-double Pick_Up(const Ship& s) { return s.Thrust / s.Mass; }
 
 // Signed volume of a part's triangles: positive when every closed piece faces outward.
 double Volume(const MeshPart& p) {
@@ -273,16 +269,15 @@ TEST(GeneratedShips, RaceableShipsThatFeelDifferentWithMeshesSkinsAndShadowsThat
       EXPECT_EQ(shadow->Pixel(x, y) >> 24, 0u);
   }
   // A real trade-off: the fastest ship is not also the quickest off the line.
-  const auto by = [](double (*f)(const Ship&)) { return [f](const Ship& a, const Ship& b) { return f(a) < f(b); }; };
-  const auto fastest = std::max_element(ships.begin(), ships.end(), by(Top_Speed));
-  const auto quickest = std::max_element(ships.begin(), ships.end(), by(Pick_Up));
+  const auto fastest = std::ranges::max_element(ships, {}, Top_Speed);
+  const auto quickest = std::ranges::max_element(ships, {}, [](const Ship& s) { return s.Thrust / s.Mass; });
   EXPECT_NE(fastest, quickest);
   EXPECT_GT(Top_Speed(*fastest) - Top_Speed(*quickest), 0.2);
 }
 
 }  // namespace
 
-TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleAroundTheirKeyLargeScreensTakeTheFinerPicture) {
+TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleKeysFillsAndPointsFollowRulesAndBlitsClip) {
   const std::vector<uint32_t> k1234{0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
   // Height, texels, pitch (0: unpadded) and every pixel, rows top to bottom, of an image 2 wide.
   const std::tuple<uint32_t, std::vector<uint16_t>, uint32_t, std::vector<uint32_t>, const char*> images[] = {
@@ -358,10 +353,7 @@ TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleAroundTh
     EXPECT_EQ(s->Pixel(1, 1), argb) << file << " at scale " << scale;
   }
   modMain::ScaleX = modMain::ScaleY = 1.0f;
-}
 
-TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstTheScreenAndSkipKeyPixels) {
-  Surface s;
   for (const auto& [key, argb] : {std::pair<i16, std::optional<uint32_t>>{kKeyMagenta, 0xFFFF00FFu},
                                   {kKeyBlack, 0xFF000000u},
                                   {3, std::nullopt}}) {
@@ -372,7 +364,7 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
   dds->Set_Color_Key(0x00FE01FFu);
   EXPECT_EQ(dds->Color_Key(), 0x00FF00FFu) << "held to 4 bits a channel";
 
-  const Surface t = Create_Texture("", 2, 2, kKeyNone);
+  t = Create_Texture("", 2, 2, kKeyNone);
   ASSERT_TRUE(t);
   Fill_Rect(t, -5, -5, 1, 9, 0x80808080u);
   EXPECT_EQ(std::pair(t->Pixel(0, 1), t->Pixel(1, 0)), std::pair(0x80808080u, 0u));
@@ -413,7 +405,7 @@ TEST(SurfaceTest, ColourKeysFillsAndPointsFollowTheirRulesAndBlitsClipAgainstThe
   EXPECT_EQ(dst->Pixel(2, 42), 0xFFFF00FFu);
 }
 
-TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAndBlitsKeyAndClip) {
+TEST_F(DisplayTest, StartUpStateFontsDeviceTextKeyedClippedBlitsWindingDepthTextureBlendingWrapAndLongStrips) {
   std::string missing;
   ASSERT_TRUE(modText::Load_Fonts(missing)) << missing;
   EXPECT_EQ(std::pair(ScreenRect.right, ScreenRect.bottom), std::pair(640, 480));
@@ -472,9 +464,7 @@ TEST_F(DisplayTest, StartUpSetsTheScreenFontsAndDeviceTextFillsEachGlyphsCellAnd
   EXPECT_EQ((std::array{At(634, 100), At(635, 100), At(639, 100)}), (std::array{kClear, src_at(0, 0), src_at(4, 0)}));
   Blit(BackBuffer, src, 100, 50, 0);  // unkeyed, the key pixels are copied too
   EXPECT_EQ(At(100, 50), 0u);
-}
 
-TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
   platform::Device3D& d = Unlit_On_Clear_Screen();
   ASSERT_EQ(platform::Render_State(d, rs::CullMode), platform::cull::CounterClockwise);
   const uint32_t r = 0xFFFF0000, g = 0xFF00FF00;
@@ -506,8 +496,7 @@ TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
   Quad(500, 100, 600, 200, 0.5f, 0xFF00FFFF);
   EXPECT_EQ((std::array{At(150, 150), At(350, 150), At(550, 150)}), (std::array{0xFF0000u, 0xFF0000u, 0x00FFFFu}));
   Unlit_On_Clear_Screen();
-  Surface dds = platform::Image::Create(2, 2, PixelFormat::A4R4G4B4);
-  for (int i = 0; i < 4; ++i) dds->Set_Pixel(i % 2, i / 2, 0x88FF0000u);
+  const Surface dds = Decode(Dds(2, 2, {0x8F00, 0x8F00, 0x8F00, 0x8F00}));
   Surface two = Create_Texture("", 2, 1, kKeyNone);
   two->Set_Pixel(0, 0, 0xFFFFFFFF);
   two->Set_Pixel(1, 0, 0xFF00FF00);
@@ -542,35 +531,8 @@ TEST_F(DisplayTest, WindingDepthTextureBlendingWrapAndLongStrips) {
             (std::array{0u, 0x400000u, 0x400000u, 0x400000u, 0x400000u, 0u}));
 }
 
-TEST_F(DisplayTest, AKeptStripSendsOnlyThePiecesInSightAndLooksAsDrawnWhole) {
-  platform::Device3D& d = Unlit_On_Clear_Screen();
-  Matrix4 view, projection;
-  modMATH::View_Matrix(view, Vector3{0, 0, 0}, Vector3{0, 0, 1}, Vector3{0, 1, 0}, 0);
-  modMATH::Projection_Matrix(projection, 1, 1000, 0.8f);
-  d.SetTransform(platform::TransformKind::View, view);
-  d.SetTransform(platform::TransformKind::Projection, projection);
-  d.SetTexture(0, nullptr);
-  d.SetRenderState(rs::CullMode, platform::cull::None);
-  std::vector<LitVertex> strip;  // 300 triangles from x = -300 to 300, 20 ahead, each rung its own colour
-  for (int i = 0; i <= 150; ++i)
-    for (const float y : {-2.0f, 2.0f})
-      strip.push_back({4.0f * i - 300, y, 20, 0, 0xFF000000u | uint32_t(i * 0x010305)});
-  d.DrawPrimitive(platform::Primitive::TriangleStrip, strip.data(), int(strip.size()));
-  const std::vector<uint32_t> whole = Read(0, 0, 640, 480);
-  EXPECT_GT(whole.size() - size_t(std::ranges::count(whole, whole[0])), 640u * 60) << "the strip crosses the view";
-  Clear_Screen();
-  const platform::GeometryRef kept = d.MakeGeometry(strip.data(), std::array{int(strip.size())}.data(), 1);
-  const uint64_t before = platform::Triangles_Sent();
-  d.DrawGeometry(*kept, 0, 1);
-  EXPECT_TRUE(Read(0, 0, 640, 480) == whole) << "the kept strip's picture differs";
-  EXPECT_LT(platform::Triangles_Sent() - before, 100u) << "pieces out of sight were sent";
-}
-
-TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAndCullingAShipKeepsTheOutsideOfEveryPart) {
+TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAKeptStripSendsOnlyWhatIsInSightAndCullingKeepsAShipsOutside) {
   platform::Device3D& d = *D3DDevice;
-  Matrix4 view;
-  modMATH::Identity_Matrix(view);
-  d.SetTransform(platform::TransformKind::View, view);
   Clear_Screen();
   // Two triangles in front of the eye (+z), one facing up towards the light, one down.
   const MeshVertex v[] = {{-4, 0, 10, 0, 1, 0, 0, 0}, {-1, 2, 10, 0, 1, 0, 0, 0}, {-1, -2, 10, 0, 1, 0, 0, 0},
@@ -590,17 +552,33 @@ TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAndCullingAShipKeepsTheOut
   d.DrawGeometry(*mesh, 0, 1);
   EXPECT_NEAR(Red(At(240, 240)), 193, 3);
   EXPECT_NEAR(Red(At(400, 240)), 75, 2);
-  dir_.Copy_From_Game("Objects");
-  dir_.Copy_From_Game("Textures");
+
+  // Still looking from the origin along +z, now through a narrower lens (the chase camera's, kept for the ship).
+  Matrix4 view, projection;
+  modMATH::Projection_Matrix(projection, 1, 1000, 0.8f);
+  d.SetTransform(platform::TransformKind::Projection, projection);
+  Unlit_On_Clear_Screen();
+  std::vector<LitVertex> strip;  // 300 triangles from x = -300 to 300, 20 ahead, each rung its own colour
+  for (int i = 0; i <= 150; ++i)
+    for (const float y : {-2.0f, 2.0f})
+      strip.push_back({4.0f * i - 300, y, 20, 0, 0xFF000000u | uint32_t(i * 0x010305)});
+  d.DrawPrimitive(platform::Primitive::TriangleStrip, strip.data(), int(strip.size()));
+  const std::vector<uint32_t> whole = Read(0, 0, 640, 480);
+  EXPECT_GT(whole.size() - size_t(std::ranges::count(whole, whole[0])), 640u * 60) << "the strip crosses the view";
+  Clear_Screen();
+  const platform::GeometryRef kept = d.MakeGeometry(strip.data(), std::array{int(strip.size())}.data(), 1);
+  const uint64_t before = platform::Triangles_Sent();
+  d.DrawGeometry(*kept, 0, 1);
+  EXPECT_TRUE(Read(0, 0, 640, 480) == whole) << "the kept strip's picture differs";
+  EXPECT_LT(platform::Triangles_Sent() - before, 100u) << "pieces out of sight were sent";
+
+  for (const char* folder : {"Objects", "Textures"}) dir_.Copy_From_Game(folder);
   XFileClass ship;
   ASSERT_EQ(ship.Load_Quiet(dir_.path() + "/Objects/Kestrel.x"), "");
   // The ship from behind and above, as the chase camera sees it, with the given culling.
   const auto draw = [&](uint32_t cull) {
-    Matrix4 projection;
     modMATH::View_Matrix(view, Vector3{4, 6, -16}, Vector3{0, 0, 0}, Vector3{0, 1, 0}, 0);
-    modMATH::Projection_Matrix(projection, 1, 1000, 0.8f);
     d.SetTransform(platform::TransformKind::View, view);
-    d.SetTransform(platform::TransformKind::Projection, projection);
     d.SetRenderState(rs::Lighting, uint32_t(-1));
     d.SetRenderState(rs::CullMode, cull);
     Clear_Screen();

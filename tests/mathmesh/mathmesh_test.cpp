@@ -52,7 +52,7 @@ void Expect_Box_Normals(const xfile::Model& m) {
     }
 }
 
-TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOutAndFramesReadOnlyWithoutATopMesh) {
+TEST(XFileReader, CreasesSplitCornersFramesTransformOnlyTheFirstMeshIsReadAndGroupsFollowTheMaterialList) {
   const xfile::Model cube = Read_Ok(kHeader + kSharedCube);
   ASSERT_EQ(cube.groups.size(), 1u);
   EXPECT_EQ(Shape(cube.groups[0]), (std::array<size_t, 4>{4, 24, 24, 12}));  // each corner once per face direction
@@ -71,13 +71,13 @@ TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOu
     }
   }
   // The outer frame swaps y and z (a mirror), the inner one moves by (10, 0, 0).
-  const std::string text = kHeader +
-                           "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
-                           "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
-                           kSharedCube + "} }";
-  const xfile::Model m = Read_Ok(text);
-  EXPECT_EQ((std::array{m.box_min.x, m.box_max.x, m.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
-  Expect_Box_Normals(m);
+  const std::string nested = kHeader +
+                             "Frame outer { FrameTransformMatrix { 1,0,0,0, 0,0,1,0, 0,1,0,0, 0,0,0,1;; }\n"
+                             "Frame inner { FrameTransformMatrix { 1,0,0,0, 0,1,0,0, 0,0,1,0, 10,0,0,1;; }\n" +
+                             kSharedCube + "} }";
+  const xfile::Model mirrored = Read_Ok(nested);
+  EXPECT_EQ((std::array{mirrored.box_min.x, mirrored.box_max.x, mirrored.box_max.y}), (std::array{10.0f, 11.0f, 1.0f}));
+  Expect_Box_Normals(mirrored);
 
   // A frame turning 90 degrees about y takes +x to -z (rows are the images of the axes).
   const xfile::Model turned =
@@ -100,9 +100,7 @@ TEST(XFileReader, CreaseAngleSplitsCornersFrameTransformsApplyMirrorsKeepFacesOu
   ASSERT_EQ(first.groups.size(), 1u);
   EXPECT_EQ(Triangles(first.groups[0]), 12u);
   EXPECT_EQ((std::array{first.box_min.x, first.box_max.x}), (std::array{10.0f, 11.0f}));
-}
 
-TEST(XFileReader, GroupsFollowTheMaterialListMixedFacesCarryTheirCountsAndAShortListItsLastIndex) {
   const std::string text = kHeader + R"(
 template Dummy { <11111111-2222-3333-4444-555555555555> DWORD x; [...] }
 // a comment { with braces
@@ -144,7 +142,7 @@ AnimationSet run { Animation { { m } AnimationKey { 0; 1; 0; 3; 1,2,3;;; } } }
   EXPECT_EQ(std::pair(Triangles(mixed.groups[0]), Triangles(mixed.groups[1])), std::pair(size_t{1}, size_t{2}));
 }
 
-TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCounts) {
+TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCountsAndReadsForeignExporterFiles) {
   xfile::Model m;
   for (const char* head : {"xof 0303bin 0032", "xof 0303tzip0032", "xof 0303bzip0032"}) {
     EXPECT_EQ(xfile::Read(head + kSharedCube, m), "binary and compressed .x files are not supported") << head;
@@ -186,40 +184,35 @@ TEST(XFileReader, RefusesForeignHeadersAndDataThatDisagreesWithItsCounts) {
   for (const std::string& text :
        {std::string("xof 0303txt"), "MZ not a mesh at all" + kSharedCube, "xof 0303abc 0032" + kSharedCube})
     EXPECT_NE(xfile::Read(text, m), "") << text;
-}
 
-TEST(XFileReader, ReadsForeignExporterFiles) {
   const std::string dir = QUORVAL_TESTDATA_DIR "/x/";
   if (!std::filesystem::exists(dir + "test_cube_text.x")) GTEST_SKIP() << "no shared test data";
-  const std::tuple<const char*, size_t, size_t, size_t, float, float> expected[] = {
-      {"test_cube_text.x", 1, 12, 24, -1.0f, 1.0f},
-      {"test.x", 1, 12, 24, -0.68044f, 0.960307f},
-      {"kwxport_test_cubewithvcolors.x", 3, 12, 24, -0.492126f, 0.492126f},  // frame moves it down
-      {"anim_test.x", 1, 840, 1720, -5.0f, 5.0f},
-      {"malformed_skinweights_oob.x", 1, 12, 24, -1.0f, 1.0f},  // the bad skin data is never used
+  const char* kwx_texture = "C:\\\\code\\\\sourceforge\\\\kwxport\\\\trunkMerged\\\\test\\\\data\\\\bottom.tga";
+  // Triangles per group, vertices, the lowest and highest y, the first group's texture.
+  const std::tuple<const char*, std::vector<size_t>, size_t, float, float, const char*> expected[] = {
+      {"test_cube_text.x", {12}, 24, -1.0f, 1.0f, ""},
+      {"test.x", {12}, 24, -0.68044f, 0.960307f, ".\\\\test.png"},
+      {"kwxport_test_cubewithvcolors.x", {2, 2, 8}, 24, -0.492126f, 0.492126f, kwx_texture},  // frame moves it down
+      {"anim_test.x", {840}, 1720, -5.0f, 5.0f, ""},
+      {"malformed_skinweights_oob.x", {12}, 24, -1.0f, 1.0f, ""},  // the bad skin data is never used
   };
-  for (const auto& [file, groups, triangles, vertices, min_y, max_y] : expected) {
+  for (const auto& [file, triangles, vertices, min_y, max_y, texture] : expected) {
     SCOPED_TRACE(file);
-    xfile::Model m;
     ASSERT_EQ(xfile::Read_File(dir + file, m), "");
-    ASSERT_EQ(m.groups.size(), groups);
-    size_t tris = 0, verts = 0;
-    for (const xfile::Group& g : m.groups) tris += Triangles(g), verts += g.vertices.size();
-    EXPECT_EQ(std::pair(tris, verts), std::pair(triangles, vertices));
+    std::vector<size_t> tris;
+    size_t verts = 0;
+    for (const xfile::Group& g : m.groups) tris.push_back(Triangles(g)), verts += g.vertices.size();
+    ASSERT_EQ(std::pair(tris, verts), std::pair(triangles, vertices));
+    EXPECT_EQ(m.groups[0].texture_name, texture);
     EXPECT_NEAR(std::hypot(m.box_min.y - min_y, m.box_max.y - max_y), 0, 1e-5f);
-    if (triangles == 12) Expect_Box_Normals(m);  // cubes; test_cube_text.x's root frame mirrors y and z
+    if (vertices == 24) Expect_Box_Normals(m);  // cubes; test_cube_text.x's root frame mirrors y and z
   }
-  xfile::Model m;
-  ASSERT_EQ(xfile::Read_File(dir + "test.x", m), "");
-  EXPECT_EQ(m.groups[0].texture_name, ".\\\\test.png");
-  ASSERT_EQ(xfile::Read_File(dir + "kwxport_test_cubewithvcolors.x", m), "");
-  EXPECT_EQ(std::pair(Triangles(m.groups[0]), Triangles(m.groups[2])), std::pair(size_t{2}, size_t{8}));
   for (const char* refused : {"test_cube_binary.x", "test_cube_compressed.x"})
     EXPECT_EQ(xfile::Read_File(dir + refused, m), "binary and compressed .x files are not supported");
   EXPECT_NE(xfile::Read_File(dir + "no_such_file.x", m), "");
 }
 
-TEST(VectorsAndPlanes, AnglesUseTheGamesPiInRangeSegmentsCrossOnlyAlongTheNormalBothEndsCountingATinyMoveIgnored) {
+TEST(Maths, AnglesUseTheGamesPiSegmentsCrossPlanesAlongTheNormalMatricesTakeRowVectorsAndColoursRoundAndSaturate) {
   // x, z and the angle; the diagonals are atan(x / z) put in range with the game's pi, 3.14159.
   const float angles[][3] = {{0, 0, 0},         {1, 0, 1.570795f},    {-1, 0, 4.712385f},
                              {0, -1, 3.14159f}, {-1, 1, 5.49778175f}, {1, -1, 2.35619187f}};
@@ -254,9 +247,7 @@ TEST(VectorsAndPlanes, AnglesUseTheGamesPiInRangeSegmentsCrossOnlyAlongTheNormal
     EXPECT_FLOAT_EQ(hit.x, c.hit_x) << "a miss leaves hit alone";
     EXPECT_FLOAT_EQ(hit.z, c.hit_z);
   }
-}
 
-TEST(Matrices, RowVectorsHeadingSenseLookAtDepthNormaliseOfZeroAndColours) {
   // Row vectors: rotate then translate is R x T; the product may write into an operand.
   Matrix4 t, r, rt;
   Make_Translation_Matrix(t, {1, 2, 3});
@@ -285,10 +276,10 @@ TEST(Matrices, RowVectorsHeadingSenseLookAtDepthNormaliseOfZeroAndColours) {
   EXPECT_NEAR(depth(1.0f), 0.0f, 1e-6);
   EXPECT_NEAR(depth(1500.0f), 1.0f, 1e-6);
   EXPECT_NEAR(proj._11, 1.0f, 1e-5);
-  Vector3 n{3, 0, 4}, zero{};
-  Vector_Normalize(n);
+  Vector3 unit{3, 0, 4}, zero{};
+  Vector_Normalize(unit);
   Vector_Normalize(zero);
-  EXPECT_EQ(std::pair(n.z, zero.x), std::pair(0.8f, 0.0f)) << "no division by zero";
+  EXPECT_EQ(std::pair(unit.z, zero.x), std::pair(0.8f, 0.0f)) << "no division by zero";
   EXPECT_EQ(Create_Color_RGBA(1, 1, 1, 0.7f), 0xB2FFFFFFu);  // 178.5 rounds to even 178
   EXPECT_EQ(Create_Color_RGBA(0, 0, 1, 2.0f), 0xFF0000FFu);  // saturates
   EXPECT_EQ(Create_Color_RGBA(0.4f, 0.2f, -1, 0), 0x00663300u);

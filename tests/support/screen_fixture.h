@@ -68,7 +68,6 @@ class ScreenTest : public DisplayTest {
   static void Key_Up(int16_t key) { platform::Post_Event({platform::EventKind::KeyUp, key}); }
   // Pressed now, let go at the next pump (which holds a release back behind its own press): one frame sees it held.
   static void Key(int16_t key) { Key_Down(key), Key_Up(key); }
-  // Writes the back buffer to screenshots/<name>.png in the test's working folder.
   static void Screenshot(const std::string& name) { testenv::Save_Screen("screenshots/" + name + ".png"); }
   // True if each glyph pixel of text in font, drawn alone at (x, y), shows; it draws there, so checks must not overlap.
   static bool Shows_Text(int x, int y, u8 font, const std::string& text);
