@@ -1,5 +1,4 @@
-// The whole game on the manual clock. Two recorded runs (16 ms and uneven 7-40 ms frames) replay from their journals to
-// the log, Hiscores.Dat, Ghost.Dat and places they left; when the race changes on purpose, record them again with
+// The whole game on the manual clock. When the race changes on purpose, record the replays in tests/app/replays again:
 //   build/tests/tests_app --gtest_also_run_disabled_tests --gtest_filter='*Record*'
 #include <cstdio>
 

@@ -34,7 +34,6 @@ std::string Make_Wave(const WaveLayout& w) {
                "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data);
 }
 
-// Hands out the bytes, failing the test on any request outside them.
 class StrictSource final : public wave::ByteSource {
  public:
   explicit StrictSource(const std::string& bytes) : bytes_(bytes) {}
@@ -191,8 +190,7 @@ TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain)
   }
 }
 
-// Shutdown while refills run on the sound thread: a fault shows here only as a crash, or under `make tsan` as a touch
-// of the music's state that the stream's lock does not order against the refill.
+// Shutdown mid-refill: a fault shows as a crash, or under `make tsan` as music state the lock leaves unordered.
 TEST_F(MusicStream, ShuttingDownWhileTheRefillRunsIsSafe) {
   const std::string device = Disk_Driver("1");  // lets shutdown win SDL's unfair lock between refills
   // 16000-byte buffers: a refill every 8000 bytes played.
@@ -270,7 +268,6 @@ TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkippedCutsAndLyin
     EXPECT_EQ(cut.format.FormatTag, 0) << n;
   }
 
-  // So is every chunk whose size lies.
   const size_t fmt_at = 16, list_at = 42, data_at = 76;  // offsets of the chunks' sizes
   ASSERT_EQ(good.substr(data_at - 4, 4), "data");
   const std::pair<size_t, std::uint32_t> lies[] = {{fmt_at, 15},    {fmt_at, 0xFFFFFFF0u},

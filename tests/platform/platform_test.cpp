@@ -96,7 +96,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::detail::Window_To_Backbuffer(float(ww + 10), float(wh - 1), bx, by);  // bottom band
   EXPECT_EQ(std::pair(bx, by), std::pair(float(bw - 1), float(bh - 1)));
 
-  // A new back-buffer size is seen at once.
   platform::detail::Set_Backbuffer_Size(ww / 2, wh / 2);
   EXPECT_EQ(platform::detail::Current_Letterbox().width, ww);
   platform::detail::Set_Backbuffer_Size(0, 0);
@@ -113,7 +112,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Test Pad");
 
-  // Moves a control and returns what the next pump reports.
   const auto set = [&](int16_t control, float amount) {
     platform::Set_Virtual_Pad(control, amount);
     return step();
@@ -152,10 +150,9 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::Close_Window();
 }
 
-// A model display: swaps wait for the next refresh (or, without vsync, return at once), 600 frames of 40-75 % of a
-// refresh of work, sleeps wake a little late. Each missed refresh is the pacer's (sleeping to a deadline misses some).
+// A model display: swaps wait for the refresh (without vsync, return at once), work 40-75 % of one, sleeps wake late.
 struct Paced {
-  int missed = 0;      // refreshes that showed no new frame
+  int missed = 0;      // refreshes that showed no new frame: the pacer's (sleeping to a deadline misses some)
   double mean_ms = 0;  // mean time between swaps
 };
 
@@ -204,7 +201,6 @@ class WindowTest : public ScreenTest {
       platform::Pump_Messages();
     }
   }
-  // Draws the buttons picture at (10, 20) and returns what the back buffer then shows there.
   std::vector<uint32_t> Draw_Buttons() {
     Rect all{0, 0, 382, 156};
     i16 x = 10, y = 20;
@@ -265,7 +261,6 @@ TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) 
   EXPECT_EQ(Draw_Buttons(), before);
   EXPECT_FALSE(std::filesystem::exists(modMain::Settings_Path())) << "Quorval.ini is not written";
 
-  // The next run opens the way the player left it.
   testenv::Write_File(extras::Path(), "window=1\n");
   extras::Load();
   ASSERT_TRUE(frmMain::Show());

@@ -40,29 +40,12 @@ class PassDevice : public RecordingDevice {
  public:
   std::vector<std::string> passes;  // as Pass writes them
   std::map<platform::ImageRef, std::string> names;
-  void SetRenderState(uint32_t s, uint32_t v) override { RecordingDevice::SetRenderState(s, now_[s] = v); }
-  void SetTexture(int stage, const platform::ImageRef& t) override { RecordingDevice::SetTexture(stage, bound_ = t); }
-  void DrawPrimitive(platform::Primitive p, const ScreenVertex* v, int n) override {
-    Log(), RecordingDevice::DrawPrimitive(p, v, n);
-  }
-  void DrawPrimitive(platform::Primitive p, const LitVertex* v, int n) override {
-    Log(), RecordingDevice::DrawPrimitive(p, v, n);
-  }
-  void DrawGeometry(const platform::Geometry& g, int first, int count) override {
-    const size_t before = draws.size();
-    RecordingDevice::DrawGeometry(g, first, count);
-    if (draws.size() > before) Log("body");
-  }
+  void Drawn(const char* what) override { passes.push_back(States(what ? what : names[bound])); }
   std::string States(const std::string& what) {
     namespace rs = platform::rs;
-    return Pass(what, now_[rs::Lighting], now_[rs::AlphaBlendEnable], now_[rs::ZWriteEnable], now_[rs::CullMode],
-                now_[rs::SrcBlend], now_[rs::DestBlend]);
+    return Pass(what, states[rs::Lighting], states[rs::AlphaBlendEnable], states[rs::ZWriteEnable],
+                states[rs::CullMode], states[rs::SrcBlend], states[rs::DestBlend]);
   }
-
- private:
-  void Log(const char* what = nullptr) { passes.push_back(States(what ? what : names[bound_])); }
-  std::map<uint32_t, uint32_t> now_;
-  platform::ImageRef bound_;
 };
 
 class FramePasses : public ::testing::Test {
@@ -119,7 +102,6 @@ TEST_F(FramePasses, TexturesBindOnlyOnANameChangeAndSeeThroughWallsWaitForTheRac
   EXPECT_EQ(bound, (std::vector<std::string>{"Road.bmp", "Glass.dds", "Wall.bmp", "sky", "flame", "flame", "Fence.DDS",
                                              "map"}));
   EXPECT_EQ(modGameLoop::TransparentWalls.Items(), (std::vector<i16>{1, 2}));
-  // No walls at all: no wall pass.
   TrackWalls.Resize(-1, -1);
   device_.lit_first_x.clear();
   modGameLoop::Render_Race_Frame();
@@ -253,8 +235,7 @@ TEST_F(Simulation, FourComputerRacersAndThePlayerFinishThreeLapsOnTheGeneratedTr
   std::printf("16 ms frames: frames off the blocks in a row, at most: player %d, computer %d\n", off[1], off[2]);
 }
 
-// A slow machine's 50 ms frames run as three steps: racers keep to the road as at 60 Hz. All steer themselves: the
-// test's autopilot decides once a frame, and deciding 20 times a second drifts wide whatever the physics does.
+// 50 ms frames run as three steps and keep to the road as 60 Hz does; all self-steered (a 20 Hz autopilot drifts wide).
 TEST_F(Simulation, FiftyMillisecondFramesStayOnTheBlocksAsSixtyHertzDoes) {
   const auto off = Race(50, kSeeds, 2);
   EXPECT_LE(off[2], kMaxFramesOff);

@@ -69,6 +69,7 @@ void Expect_Torn_Down() {
   EXPECT_TRUE(Track(0).Vertices.Items().empty()) << "road";
   EXPECT_TRUE(TrackWalls(0).Vertices.Items().empty()) << "walls";
   EXPECT_FALSE(TrackTexture(0).Texture) << "textures";
+  EXPECT_EQ(modMain::Players.size(), 5u) << "the racers are kept for the next screen";
 }
 
 // The start lamps, top down: R red, G green, - neither; each read 8 pixels right of its centre (319, 70 + 36 k).
@@ -99,12 +100,10 @@ TEST_F(RaceTest, AnUnreadableTrackIsToldToThePlayerAndReturnsToTheMenu) {
     ASSERT_LT(at + 2, log.end());
     EXPECT_EQ(at[1].rfind("   Track file ", 0), 0u) << at[1];
     EXPECT_NE(at[1].find("test.MXT"), std::string::npos) << at[1];
-    // The player reads the same: which file, and what is wrong with it.
     EXPECT_EQ(shown, std::vector<std::string>{"The race cannot start. " + at[1].substr(3)});
     EXPECT_EQ(at[2], "Destroying Race Objects...");
     EXPECT_EQ(log[log.size() - 2], "...Done");
     Expect_Torn_Down();
-    EXPECT_EQ(modMain::Players.size(), 5u);
   }
   platform::Set_Message_Box_Hook(nullptr);
 }
@@ -134,9 +133,7 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
     }
     if (drawn == 1008) Screenshot("race_countdown");
     for (const auto& [at, lamps] : {std::pair{992, "R--"}, {1008, "RR-"}, {3008, "GGG"}, {4016, "---"}})
-      if (drawn == at) {
-        EXPECT_EQ(Lamps(), lamps) << "at " << drawn;
-      }
+      When(drawn, at, [&] { EXPECT_EQ(Lamps(), lamps) << "at " << drawn; });
     When(t, 3600, [] { EXPECT_FALSE(Is_Set(modGameLoop::Paused)) << "Escape in the countdown is ignored"; });
     if (Reached(t, 6000)) {
       EXPECT_GT(modMain::GameClock, 2800);
@@ -163,10 +160,9 @@ TEST_F(RaceTest, CountdownHoldsTheRaceThenThePauseMenuBlinksFreezesItAndQuitsLea
   EXPECT_EQ(clock_after_start, kFrameMs);
   // Selection 0 over 22 paused frames: "Resume" lit 6 of every 11, "Quit Race" always.
   EXPECT_EQ(std::tuple(resume_lit, quit_lit), std::tuple(12, 22)) << "frames lit: Resume, Quit Race";
-  // Quit: nothing left but the racers (kept for the next screen) and the sky (until the next race).
+  // Quit: nothing left but the racers and the sky (until the next race).
   EXPECT_EQ(modMain::GameState, modMain::kStateMainMenu);
   Expect_Torn_Down();
-  EXPECT_EQ(modMain::Players.size(), 5u);
   EXPECT_TRUE(modGameLoop::SkySurf);
 }
 
@@ -430,7 +426,6 @@ TEST(Ghost, FileRoundTripsEveryDamagedFormIsRefusedAndItFliesBetweenItsSamples) 
   std::string error;
   ASSERT_TRUE(Decode(bytes, back, error)) << error;
   EXPECT_EQ(ghost::Encode(back), bytes);
-  // Every cut of the file, and one byte too many, is refused.
   for (size_t n = 0; n <= bytes.size(); ++n)
     EXPECT_FALSE(Decode(n < bytes.size() ? bytes.substr(0, n) : bytes + '\0', back, error)) << n;
   const size_t samples = bytes.size() - 2 * 24;
@@ -515,7 +510,6 @@ TEST_F(RaceTest, ARecordRaceIsKeptASlowerOneLeavesItTheNextSplitsAgainstItAndSee
   }
   EXPECT_GT(splits.back().ghost_diff, 0) << "behind the ghost at the finish";
 
-  // A ghost of another track is ignored with one line.
   const std::string bytes = testenv::Read_File(track);
   testenv::Write_File(track, bytes + "x");
   Race(false, track, nullptr);

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <sstream>
 
 #include "support/screen_fixture.h"
 
@@ -41,9 +40,7 @@ void ScratchAppDir::Copy_From_Game(const std::string& relative) const {
 
 std::string Read_File(const std::string& path) {
   std::ifstream f(path, std::ios::binary);
-  std::ostringstream s;
-  s << f.rdbuf();
-  return s.str();
+  return {std::istreambuf_iterator<char>(f), {}};
 }
 
 void Write_File(const std::string& path, const std::string& bytes) {

@@ -241,8 +241,7 @@ TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSorted
     for (int j = 0; j < 4; ++j) low = std::min(low, c[j].y), high = std::max(high, c[j].y);
     max_step = std::max({max_step, std::fabs(c[0].y - c[2].y), std::fabs(c[1].y - c[3].y)});
   }
-  // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need little change block to block,
-  // and a corner rubbing the outer wall slips past the next block's bent-in edge by its move times that kink.
+  // A lap of 30-60 s at 2 units per 10 ms; small turns and steps, as racers steer by block heading and walls kink.
   EXPECT_GT(lap, 6000);
   EXPECT_LT(lap, 12000);
   EXPECT_LT(widest_turn, 3.5 * 3.14159265 / 180);
@@ -251,7 +250,6 @@ TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSorted
   EXPECT_TRUE(banked);
   EXPECT_TRUE(level_curve);
 
-  // Scenery sorted by texture; the walls see-through and solid.
   EXPECT_TRUE(Grouped(TrackWalls));
   EXPECT_TRUE(Grouped(Grass));
   const std::vector<TrackStrip>& road = Track.Items();

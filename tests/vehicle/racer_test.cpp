@@ -86,7 +86,7 @@ TEST_F(Physics, ComputerTurnsTheShortWayRoundAndWeaves) {
   auto block = Block(-5, 5, 0, 10);
   const float tau = static_cast<float>(-3.0 + 2 * modMATH::kPi);
   block.EdgeNormal[2] = {-std::sin(tau), 0, std::cos(tau)};
-  Set_Track({block});
+  Fill(modTracks::TrackBlock, {block});
   modMain::Randomize(7);
   auto left_share = [&](float heading) {
     r.cOrientation = heading;
@@ -137,7 +137,7 @@ TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
 
 struct Collisions : ::testing::Test {
   clsHumanPlayer& r = Make_Players(2);
-  void SetUp() override { Set_Track({Block(-5, 5, 0, 20)}); }
+  void SetUp() override { Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 20)}); }
 };
 
 TEST_F(Collisions, WallBouncePutsTheCrossingCornerOnTheEdgeWithTheShipsGrip) {
@@ -176,7 +176,7 @@ TEST_F(Collisions, SideWallsAreTestedAgainstTheBlockACornerStartsTheFrameOn) {
   auto bend = Block(-5, 5, 10, 20);
   bend.Corner[2] = {7, 0, 20}, bend.Corner[3] = {-3, 0, 20};
   bend.EdgeNormal[0] = {0.98058f, 0, -0.19612f}, bend.EdgeNormal[1] = {-0.98058f, 0, 0.19612f};
-  Set_Track({Block(-5, 5, 0, 10), bend});
+  Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 10), bend});
   RA::WallGrip(r) = 0.8f;
 
   // Through block 0's left side and its front edge at once: bounced back onto block 0's side.
@@ -222,7 +222,7 @@ TEST_F(Collisions, RacersBounceOnlyWhenCloseOverlappingAndClosing) {
 }
 
 TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
-  Set_Track({Block(-5, 5, 0, 20, 3)});
+  Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 20, 3)});
   Place(0, 0, 10);
   // Height and climb before and after: a hard landing bounces, a soft one settles, in the air gravity rules.
   for (const auto& [y, vy, want_y, want_vy] :
@@ -234,7 +234,7 @@ TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
   }
   EXPECT_FLOAT_EQ(RA::Shadow(r)[2].y, 3 + 1.5f);  // over the road, however high the racer
 
-  Set_Track({Block(0, 0, 0, 0, 4)});  // a block shrunk to a point
+  Fill(modTracks::TrackBlock, {Block(0, 0, 0, 0, 4)});  // a block shrunk to a point
   Place(0, 0, 0);
   r.Get_Track_Height();
   EXPECT_FLOAT_EQ(RA::Shadow(r)[0].y, 4 + 1.5f);
@@ -244,7 +244,7 @@ TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
 struct Progress : ::testing::Test {
   clsHumanPlayer& r = Make_Players(3);
   void SetUp() override {
-    Set_Track({Block(-5, 5, 0, 10), Block(-5, 5, 10, 20), Block(-5, 5, -10, 0)});
+    Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 10), Block(-5, 5, 10, 20), Block(-5, 5, -10, 0)});
     RA::WallGrip(r) = 0.8f;
   }
   // Drives racer 0 from the last block over the line with GameClock at clock.
@@ -338,7 +338,7 @@ struct Ships : ::testing::Test {
   void SetUp() override {
     for (int k = 0; k < 3; ++k) Write("Objects/S" + std::to_string(k) + ".x", Box_Mesh(k + 1));
     Write("Data/Ships.Dat", Catalogue(3, "3 ships, more text"));
-    Set_Track({Block(-4, 6, 0, 10), Block(-4, 6, 10, 20)});
+    Fill(modTracks::TrackBlock, {Block(-4, 6, 0, 10), Block(-4, 6, 10, 20)});
     modMain::Difficulty = 1;
   }
   void Write(const std::string& rel, const std::string& bytes) { testenv::Write_File(dir.path() + "/" + rel, bytes); }
