@@ -66,8 +66,7 @@ inline void Run_Main(std::function<void(uint64_t)> hook) {
   platform::Use_Manual_Clock(false);
 }
 
-// A new player's way through the game, a Pump() a frame: intro pages, the menu buttons given, ship selection's start,
-// a race on the bound keys, "ace" on the hi-score table and back to the menu.
+// A new player's way, a Pump() a frame: intro pages, the menu buttons given, ship selection's start, race, "ace", menu.
 class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on

@@ -37,7 +37,7 @@ struct Recorder {
   ~Recorder() { platform::Set_Input_Handlers({}); }
 };
 
-TEST(Pump, KeysMapToGameCodesEventsKeepTheirShiftTheHookCountsFromItsStartAndAQuickPressIsSeenForOneFrame) {
+TEST(Input, KeysMapKeepShiftAndShowAQuickPressOneFramePointersLandOnLetterboxEdgesPadsPressPastDeadZonesAndLetGo) {
   const std::pair<SDL_Keycode, int16_t> cases[] = {
       {SDLK_a, 65},       {SDLK_z, 90},     {SDLK_0, 48},        {SDLK_9, 57},          {SDLK_RETURN, 13},
       {SDLK_ESCAPE, 27},  {SDLK_SPACE, 32}, {SDLK_BACKSPACE, 8}, {SDLK_SEMICOLON, 186}, {SDLK_QUOTE, 222},
@@ -77,9 +77,7 @@ TEST(Pump, KeysMapToGameCodesEventsKeepTheirShiftTheHookCountsFromItsStartAndAQu
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
   platform::Pump_Messages();
   EXPECT_EQ(r.seen.back(), "release 1");
-}
 
-TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZonesAndLetsGoOnUnplug) {
   ASSERT_TRUE(platform::Open_Window("letterbox"));
   int ww = 0, wh = 0;
   SDL_GetWindowSize(platform::detail::Window(), &ww, &wh);
@@ -100,7 +98,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   EXPECT_EQ(platform::detail::Current_Letterbox().width, ww);
   platform::detail::Set_Backbuffer_Size(0, 0);
 
-  Recorder r;
   auto& [seen, stick_x, stick_y] = r;
   const auto step = [&] {
     seen.clear();

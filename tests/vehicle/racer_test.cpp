@@ -344,21 +344,7 @@ struct Ships : ::testing::Test {
   void Write(const std::string& rel, const std::string& bytes) { testenv::Write_File(dir.path() + "/" + rel, bytes); }
 };
 
-TEST_F(Ships, PlayerShipAndSkinRequestsWrapAndLoadTheirNumbers) {
-  r.RacerKind = 1;
-  for (const auto& [ship, skin, want_ship, want_skin] : {std::array<i16, 4>{3, 4, 0, 1}, {-1, 0, 2, 3}, {1, 2, 1, 2}}) {
-    r.cCurrentlySelectedShip = ship, r.cCurrentlySelectedSkin = skin;
-    ASSERT_TRUE(r.Reset_Car_Attributes(0));
-    EXPECT_EQ(std::pair(r.cCurrentlySelectedShip, r.cCurrentlySelectedSkin), std::pair(want_ship, want_skin));
-    EXPECT_FLOAT_EQ(RA::HalfWidth(r), want_ship + 1.0f);
-    EXPECT_FLOAT_EQ(RA::InvMass(r), 1.0f / (10 * (want_ship + 1)));
-  }
-  EXPECT_EQ(std::tuple(RA::HalfLength(r), r.HalfHeight, RA::InvInertia(r)), std::tuple(2.0f, 0.5f, 0.2f));
-  EXPECT_FLOAT_EQ(RA::WallGrip(r), 0.8f);
-  EXPECT_FLOAT_EQ(r.PositionY, 0 + 0.5f + 1.9f);  // the mesh's lowest point 1.9 over the road
-}
-
-TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
+TEST_F(Ships, GridSlotsWallGripAFreshRaceRecordAndThePlayersShipAndSkinRequestsWrapping) {
   // x, z and block of each slot; the back rows wrap round to the last block.
   const float want[7][3] = {{2.6f, 5.4f, 0}, {-0.6f, 5, 0},     {2.6f, 4.6f, 0}, {-0.6f, 4.2f, 0},
                             {2.6f, 3.8f, 0}, {-0.6f, 19.2f, 1}, {2.6f, 18, 1}};
@@ -388,6 +374,18 @@ TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
     EXPECT_FLOAT_EQ(RA::WallGrip(r), 4 / 40.0f + base) << int(level);
     EXPECT_EQ(modMain::Difficulty, level > 3 ? 1 : level);
   }
+
+  r.RacerKind = 1;
+  for (const auto& [ship, skin, want_ship, want_skin] : {std::array<i16, 4>{3, 4, 0, 1}, {-1, 0, 2, 3}, {1, 2, 1, 2}}) {
+    r.cCurrentlySelectedShip = ship, r.cCurrentlySelectedSkin = skin;
+    ASSERT_TRUE(r.Reset_Car_Attributes(0));
+    EXPECT_EQ(std::pair(r.cCurrentlySelectedShip, r.cCurrentlySelectedSkin), std::pair(want_ship, want_skin));
+    EXPECT_FLOAT_EQ(RA::HalfWidth(r), want_ship + 1.0f);
+    EXPECT_FLOAT_EQ(RA::InvMass(r), 1.0f / (10 * (want_ship + 1)));
+  }
+  EXPECT_EQ(std::tuple(RA::HalfLength(r), r.HalfHeight, RA::InvInertia(r)), std::tuple(2.0f, 0.5f, 0.2f));
+  EXPECT_FLOAT_EQ(RA::WallGrip(r), 0.8f);
+  EXPECT_FLOAT_EQ(r.PositionY, 0 + 0.5f + 1.9f);  // the mesh's lowest point 1.9 over the road
 }
 
 // Catalogue 3 with ship 1's mass blank, ship 2's inertia not a number, and a count of 4.
