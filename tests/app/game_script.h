@@ -150,7 +150,6 @@ class Tour {
   bool started_ = false, race_over_ = false, named_ = false;
 };
 
-// Runs the whole game on the tour at 16 ms a frame.
 inline void Run_Tour(Tour& tour) {
   Run_Main([&](uint64_t pump) {
     platform::Advance_Manual_Clock(16);

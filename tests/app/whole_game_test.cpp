@@ -43,8 +43,7 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
 }
 
 TEST(WholeGame, MissingFontPictureIsNamedAndTheGameEndsInOrder) {
-  testenv::ScratchAppDir dir;
-  dir.Copy_From_Game("Gfx");
+  testenv::ScratchAppDir dir{"Gfx"};
   std::filesystem::remove(dir.path() + "/Gfx/Font1.bmp");
   testenv::Write_File(modMain::Settings_Path(), kDefaultIni);
   bool looped = false;

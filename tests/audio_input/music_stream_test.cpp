@@ -108,7 +108,7 @@ class MusicStream : public testing::Test {
 
 }  // namespace
 
-TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastByte) {
+TEST_F(MusicStream, BuffersHoldTwiceTheRateNotifiedAtMiddleAndEndAFileThatCannotPlayLeavesOneLineSayingWhy) {
   for (const auto& [channels, rate, buffer] : {std::tuple{1, 22050u, 44100}, std::tuple{2, 44100u, 88200}}) {
     const WaveLayout layout{.channels = uint16_t(channels), .rate = rate, .data = Pattern(size_t(buffer) * 3 + 100)};
     ASSERT_TRUE(Play(Make_Wave(layout))) << rate;
@@ -121,9 +121,7 @@ TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastBy
     EXPECT_EQ(notes[1].event, shape.events[1]);
     frmMain::Kill_DSound();
   }
-}
 
-TEST_F(MusicStream, EveryFileThatCannotPlayPlaysNothingAndLeavesOneLineSayingWhy) {
   const auto wave = [](uint16_t tag, uint16_t channels, uint16_t bits, uint32_t rate, size_t bytes) {
     return Make_Wave({.tag = tag, .channels = channels, .bits = bits, .rate = rate, .data = Pattern(bytes)});
   };

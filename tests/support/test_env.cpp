@@ -17,13 +17,14 @@ namespace fs = std::filesystem;
 
 namespace testenv {
 
-ScratchAppDir::ScratchAppDir() {
+ScratchAppDir::ScratchAppDir(std::initializer_list<const char*> game_folders) {
   static int counter = 0;
   path_ = (fs::temp_directory_path() / ("quorval-test-" + std::to_string(::getpid()) + "-" + std::to_string(counter++)))
               .string();
   fs::remove_all(path_);
   fs::create_directories(path_);
   platform::Set_App_Dir(path_);
+  for (const char* folder : game_folders) Copy_From_Game(folder);
 }
 
 ScratchAppDir::~ScratchAppDir() {

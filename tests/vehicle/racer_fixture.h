@@ -67,11 +67,10 @@ void Fill(IndexedArray<T>& list, std::vector<T> items) {
   list.Items() = std::move(items);
 }
 
-// Inside a block: behind each of its four edges (normals point out).
+// Inside a block: behind each of its four edges (normals point out; edge j runs through corner j % 3).
 inline bool Inside(const modTracks::TrackBlockRecord& b, float x, float z) {
-  const int through[4] = {0, 1, 2, 0};
   for (int j = 0; j < 4; ++j) {
-    const Vector3 &c = b.Corner[through[j]], &n = b.EdgeNormal[j];
+    const Vector3 &c = b.Corner[j % 3], &n = b.EdgeNormal[j];
     if ((x - c.x) * n.x + (z - c.z) * n.z >= 0) return false;
   }
   return true;
