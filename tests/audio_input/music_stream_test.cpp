@@ -152,8 +152,21 @@ TEST_F(MusicStream, BuffersHoldTwiceTheRateNotifiedAtMiddleAndEndAFileThatCannot
   }
 }
 
-// Other programs write 24-bit music, as plain or as extensible PCM: it plays as 16-bit.
-TEST_F(MusicStream, TwentyFourBitMusicPlaysAsItsHighSixteenBits) {
+TEST_F(MusicStream, TheDevicePlaysTheSamplesThenSilenceThenTheMusicAgain24BitAsItsHigh16AndAtTheVolumeSet) {
+  // 8000 Hz: 16000-byte buffers; the refill silences what follows the samples in the last one.
+  for (const size_t samples : {size_t(2 * 16000 + 10002), size_t(2 * 16000), size_t(6000)}) {
+    const WaveLayout layout{.rate = 8000,
+                            .before_data = Chunk("LIST", std::string(20, 'l')),
+                            .data = Pattern(samples),
+                            .after_data = Chunk("LIST", std::string(30000, 'z'))};
+    const std::string pass = layout.data + std::string(16000 - samples % 16000, '\0');
+    const std::string played = Capture(Make_Wave(layout), 2 * pass.size());
+    EXPECT_EQ(std::mismatch(played.begin(), played.end(), (pass + pass).begin()).first - played.begin(),
+              std::ptrdiff_t(2 * pass.size()))
+        << samples << ": first byte that differs";
+  }
+
+  // Other programs write 24-bit music, as plain or as extensible PCM: it plays as its high 16 bits.
   WaveLayout layout{.channels = 2, .bits = 24, .rate = 8000, .data = Pattern(3 * 2 * 4000)};  // half a second
   std::string want;
   for (size_t i = 0; i < layout.data.size(); i += 3) want += layout.data.substr(i + 1, 2);
@@ -171,21 +184,23 @@ TEST_F(MusicStream, TwentyFourBitMusicPlaysAsItsHighSixteenBits) {
                                 << std::mismatch(played.begin(), played.end(), want.begin()).first - played.begin();
     EXPECT_FALSE(std::filesystem::exists(modMain::Log_Path())) << testenv::Read_File(modMain::Log_Path());
   }
-}
 
-TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain) {
-  // 8000 Hz: 16000-byte buffers; the refill silences what follows the samples in the last one.
-  for (const size_t samples : {size_t(2 * 16000 + 10002), size_t(2 * 16000), size_t(6000)}) {
-    const WaveLayout layout{.rate = 8000,
-                            .before_data = Chunk("LIST", std::string(20, 'l')),
-                            .data = Pattern(samples),
-                            .after_data = Chunk("LIST", std::string(30000, 'z'))};
-    const std::string pass = layout.data + std::string(16000 - samples % 16000, '\0');
-    const std::string played = Capture(Make_Wave(layout), 2 * pass.size());
-    EXPECT_EQ(std::mismatch(played.begin(), played.end(), (pass + pass).begin()).first - played.begin(),
-              std::ptrdiff_t(2 * pass.size()))
-        << samples << ": first byte that differs";
+  // 16-bit samples, the first loud in both bytes so the device's leading silence ends there.
+  WaveLayout sixteen{.rate = 8000};
+  std::vector<int16_t> samples(16000);
+  for (size_t i = 0; i < samples.size(); ++i) samples[i] = i == 0 ? 0x7F7F : int16_t(int(i * 977 % 60000) - 30000);
+  sixteen.data.assign(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
+  frmMain::Set_Music_Volume(5);  // a quarter of the amplitude
+  const std::string played = Capture(Make_Wave(sixteen), 4000);
+  frmMain::Set_Music_Volume(10);
+  ASSERT_EQ(played.size(), 4000u);
+  int off = 0;
+  for (size_t i = 0; i < played.size() / 2; ++i) {
+    int16_t s = 0;
+    std::memcpy(&s, played.data() + 2 * i, 2);
+    off += std::abs(s - samples[i] / 4.0) > 1.0;
   }
+  EXPECT_EQ(off, 0) << "samples not played at a quarter of their amplitude";
 }
 
 // Shutdown mid-refill: a fault shows as a crash, or under `make tsan` as music state the lock leaves unordered.
@@ -226,25 +241,6 @@ TEST_F(MusicStream, TheGamePlaysItsGeneratedMusicAndLogsTheSameWithoutSound) {
   setenv("SDL_AUDIODRIVER", "no-such-driver", 1);
   EXPECT_EQ(run(playing), with_sound);
   EXPECT_FALSE(playing);
-}
-
-TEST_F(MusicStream, TheVolumeScalesEverySampleTheDevicePlays) {
-  // 16-bit samples, the first loud in both bytes so the device's leading silence ends there.
-  WaveLayout layout{.rate = 8000};
-  std::vector<int16_t> samples(16000);
-  for (size_t i = 0; i < samples.size(); ++i) samples[i] = i == 0 ? 0x7F7F : int16_t(int(i * 977 % 60000) - 30000);
-  layout.data.assign(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
-  frmMain::Set_Music_Volume(5);  // a quarter of the amplitude
-  const std::string played = Capture(Make_Wave(layout), 4000);
-  frmMain::Set_Music_Volume(10);
-  ASSERT_EQ(played.size(), 4000u);
-  int off = 0;
-  for (size_t i = 0; i < played.size() / 2; ++i) {
-    int16_t s = 0;
-    std::memcpy(&s, played.data() + 2 * i, 2);
-    off += std::abs(s - samples[i] / 4.0) > 1.0;
-  }
-  EXPECT_EQ(off, 0) << "samples not played at a quarter of their amplitude";
 }
 
 TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkippedCutsAndLyingSizesAreRefused) {

@@ -35,7 +35,7 @@ TEST_F(Physics, ThrustBrakeAndDragSettleAtTheirBalanceAlongTheNose) {
   EXPECT_NEAR(std::hypot(r.VelocityX + 1, r.VelocityZ), 0, 1e-3);
 }
 
-TEST_F(Physics, SteeringNeedsSpeedAndTurnDampingIsLopsided) {
+TEST_F(Physics, SteeringNeedsSpeedTurnDampingIsLopsidedAndTheComputerTurnsTheShortWayRoundAndWeaves) {
   r.SteerLeft = kTrue;
   r.ComputeForces();
   EXPECT_EQ(RA::Torque(r), 0.0f);
@@ -50,6 +50,26 @@ TEST_F(Physics, SteeringNeedsSpeedAndTurnDampingIsLopsided) {
     r.ComputeForces();
     EXPECT_NEAR(RA::Torque(r), torque, 1e-3) << spin;
   }
+
+  // Block whose forward normal gives a target heading of -3.0 after the wrap.
+  auto block = Block(-5, 5, 0, 10);
+  const float tau = static_cast<float>(-3.0 + 2 * modMATH::kPi);
+  block.EdgeNormal[2] = {-std::sin(tau), 0, std::cos(tau)};
+  Fill(modTracks::TrackBlock, {block});
+  modMain::Randomize(7);
+  auto left_share = [&](float heading) {
+    r.cOrientation = heading;
+    int left = 0;
+    for (int i = 0; i < 4000; ++i) {
+      r.Thrust = kFalse;
+      RA::Steer(r);
+      EXPECT_EQ(std::tuple(r.SteerLeft != r.SteerRight, r.Thrust, r.Brake), std::tuple(true, kTrue, kFalse));
+      left += r.SteerLeft == kTrue;
+    }
+    return left / 4000.0;
+  };
+  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);          // gap 6.0 > pi: left, unless forced right
+  EXPECT_NEAR(left_share(-2.5f), 0.89 * 0.11, 0.02);  // target to the right: only weaving goes left
 }
 
 TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
@@ -77,28 +97,6 @@ TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
   const auto before = state();
   r.ApplyForces();
   EXPECT_EQ(state(), before);
-}
-
-TEST_F(Physics, ComputerTurnsTheShortWayRoundAndWeaves) {
-  // Block whose forward normal gives a target heading of -3.0 after the wrap.
-  auto block = Block(-5, 5, 0, 10);
-  const float tau = static_cast<float>(-3.0 + 2 * modMATH::kPi);
-  block.EdgeNormal[2] = {-std::sin(tau), 0, std::cos(tau)};
-  Fill(modTracks::TrackBlock, {block});
-  modMain::Randomize(7);
-  auto left_share = [&](float heading) {
-    r.cOrientation = heading;
-    int left = 0;
-    for (int i = 0; i < 4000; ++i) {
-      r.Thrust = kFalse;
-      RA::Steer(r);
-      EXPECT_EQ(std::tuple(r.SteerLeft != r.SteerRight, r.Thrust, r.Brake), std::tuple(true, kTrue, kFalse));
-      left += r.SteerLeft == kTrue;
-    }
-    return left / 4000.0;
-  };
-  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);          // gap 6.0 > pi: left, unless forced right
-  EXPECT_NEAR(left_share(-2.5f), 0.89 * 0.11, 0.02);  // target to the right: only weaving goes left
 }
 
 TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
