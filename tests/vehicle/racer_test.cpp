@@ -250,7 +250,7 @@ struct Progress : ::testing::Test {
   }
 };
 
-TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
+TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossingAndPositionByLapsThenBlockThenDistance) {
   const auto state = [this] {
     return std::array<int, 4>{r.cOnLap, r.cFinishedRace, r.cRaceTime, r.cCurrentTrackBlock()};
   };
@@ -261,29 +261,7 @@ TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
     EXPECT_EQ(state(), (std::array{lap, done, time, 0})) << clock;
   }
   EXPECT_EQ((std::array{r.cLapTime(1), r.cLapTime(2), r.cLapTime(3)}), (std::array<i32, 3>{300, 350, 340}));
-}
 
-TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
-  const auto state = [this] { return std::array<int, 3>{r.cCheatMinusLaps, r.cWRONGWAY, r.cCurrentTrackBlock()}; };
-  Place(0, 0, 3);
-  Move(0, 0, -1.5f);  // only the rear corners are over the line
-  EXPECT_EQ(state(), (std::array{0, int{kTrue}, 0}));
-  Move(0, 0, -3);
-  EXPECT_EQ(state(), (std::array{-1, int{kTrue}, 2}));
-  Move(0, 0, 3);
-  EXPECT_EQ(state(), (std::array{0, int{kFalse}, 0}));
-  EXPECT_EQ(std::pair(int(r.cOnLap), int(r.cLapTime(1))), std::pair(1, 0));
-
-  auto& behind = modTracks::TrackBlock(2);
-  behind.Corner[0].y = behind.Corner[1].y = 8.5f;  // a steep step up behind the line throws the racer forward
-  Place(0, 0, 2.5f);
-  Move(0, 0, 1);  // the rear corners go from z 0.5 to -1, into block 2
-  EXPECT_EQ(std::pair(RA::Corners(r)[2].z, r.PositionZ), std::pair(0.0f, 2.0f));
-  EXPECT_GT(r.VelocityZ, 0);
-  EXPECT_EQ(r.cWRONGWAY, kTrue);
-}
-
-TEST_F(Progress, RacePositionByLapsThenBlockThenDistance) {
   clsHumanPlayer &a = r, &b = P(1), &c = P(2);
   auto put = [](clsHumanPlayer& q, i16 lap, i16 block, float x, float z) {
     q.cOnLap = lap, q.PositionX = x, q.PositionZ = z;
@@ -307,6 +285,26 @@ TEST_F(Progress, RacePositionByLapsThenBlockThenDistance) {
   modMain::NumOpponents = 0;
   b.cCheatMinusLaps = 0;
   EXPECT_EQ(position(a), 1);
+}
+
+TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
+  const auto state = [this] { return std::array<int, 3>{r.cCheatMinusLaps, r.cWRONGWAY, r.cCurrentTrackBlock()}; };
+  Place(0, 0, 3);
+  Move(0, 0, -1.5f);  // only the rear corners are over the line
+  EXPECT_EQ(state(), (std::array{0, int{kTrue}, 0}));
+  Move(0, 0, -3);
+  EXPECT_EQ(state(), (std::array{-1, int{kTrue}, 2}));
+  Move(0, 0, 3);
+  EXPECT_EQ(state(), (std::array{0, int{kFalse}, 0}));
+  EXPECT_EQ(std::pair(int(r.cOnLap), int(r.cLapTime(1))), std::pair(1, 0));
+
+  auto& behind = modTracks::TrackBlock(2);
+  behind.Corner[0].y = behind.Corner[1].y = 8.5f;  // a steep step up behind the line throws the racer forward
+  Place(0, 0, 2.5f);
+  Move(0, 0, 1);  // the rear corners go from z 0.5 to -1, into block 2
+  EXPECT_EQ(std::pair(RA::Corners(r)[2].z, r.PositionZ), std::pair(0.0f, 2.0f));
+  EXPECT_GT(r.VelocityZ, 0);
+  EXPECT_EQ(r.cWRONGWAY, kTrue);
 }
 
 // A flat two-triangle mesh spanning the box +-hw, +-0.5, +-2.
