@@ -66,38 +66,7 @@ inline void Run_Main(std::function<void(uint64_t)> hook) {
   platform::Use_Manual_Clock(false);
 }
 
-// Steps one pumped frame apart: a screen's script queues some once it sees its screen ready.
-class Script {
- public:
-  void Key(int16_t key, bool down) {
-    steps_.push_back([=] { platform::Post_Event({down ? EventKind::KeyDown : EventKind::KeyUp, key}); });
-  }
-  void Tap(int16_t key) {
-    Key(key, true);
-    Key(key, false);
-  }
-  void Click(const Rect& r) {
-    const float x = (r.left + r.right) / 2.0f, y = (r.top + r.bottom) / 2.0f;
-    for (EventKind kind : {EventKind::MouseMove, EventKind::MouseDown, EventKind::MouseUp})
-      steps_.push_back([=] {
-        platform::Post_Event({.kind = kind, .button = int16_t(kind == EventKind::MouseMove ? 0 : 1), .x = x, .y = y});
-      });
-  }
-  void Wait(int frames) {
-    for (int i = 0; i < frames; ++i) steps_.push_back([] {});
-  }
-  bool Busy() const { return next_ < steps_.size(); }
-  void Step() {
-    if (Busy()) steps_[next_++]();
-  }
-
- private:
-  std::vector<std::function<void()>> steps_;
-  size_t next_ = 0;
-};
-
-// A new player's way through the game, a Pump() a frame: each intro page a while then Enter, the menu's buttons in the
-// order given, ship selection's start, a race on the bound keys, "ace" on the hi-score table and back to the menu.
+// A new player's way, a Pump() a frame: intro pages, the menu buttons given, ship selection's start, race, "ace", menu.
 class Tour {
  public:
   std::vector<int> menu_buttons;                        // clicked at each visit, the last one from then on
@@ -115,57 +84,72 @@ class Tour {
       states.push_back(state);
       menu_visits_ += state == modMain::kStateMainMenu;
     }
-    if (script_.Busy()) return script_.Step();
+    if (next_ < steps_.size()) return steps_[next_++]();  // queued steps go one pumped frame apart
     if (state == modMain::kStateIntro && (intro_pages.empty() || intro_pages.back() != modIntro::Page())) {
       intro_pages.push_back(modIntro::Page());
-      script_.Wait(10);
-      script_.Tap(13);
+      Wait(10);
+      Tap(13);
     } else if (state == modMain::kStateMainMenu && modMainScr::Button_Slide() == 0.0f) {
-      script_.Click(modMainScr::Button_Rect(menu_buttons[std::min(size_t(menu_visits_), menu_buttons.size()) - 1]));
-      script_.Wait(5);
+      Click(modMainScr::Button_Rect(menu_buttons[std::min(size_t(menu_visits_), menu_buttons.size()) - 1]));
+      Wait(5);
     } else if (state == modMain::kStateShipSelection && !started_ && modShipSelection::Button_Slide() == 0.0f) {
-      script_.Click(modShipSelection::Button_Rect(1));  // start
+      Click(modShipSelection::Button_Rect(1));  // start
       started_ = true;
     } else if (state == modMain::kStateRace && !race_over_ && !modMain::Players.empty() &&
                modTracks::TrackBlock.Count() >= 3) {
       const clsHumanPlayer& p = *modMain::Players[0];
       if (p.cFinishedRace == 0) return Drive(p);
       if (finished) finished(p);
-      for (int16_t k : {modMain::KeyUp, modMain::KeyLeft, modMain::KeyRight}) script_.Key(k, false);
-      script_.Wait(20);  // the results
-      script_.Tap(13);
+      for (int16_t k : {modMain::KeyUp, modMain::KeyLeft, modMain::KeyRight}) Key(k, false);
+      Wait(20);  // the results
+      Tap(13);
       race_over_ = true;
     } else if (state == modMain::kStateHiScore && !named_) {
-      script_.Wait(3);
-      for (int16_t k : {65, 67, 69}) script_.Tap(k);
-      script_.Tap(13);  // save
-      script_.Wait(10);
-      script_.Tap(13);  // back to the menu
+      Wait(3);
+      for (int16_t k : {65, 67, 69}) Tap(k);
+      Tap(13);  // save
+      Wait(10);
+      Tap(13);  // back to the menu
       named_ = true;
     }
   }
 
  private:
+  void Key(int16_t key, bool down) {
+    steps_.push_back([=] { platform::Post_Event({down ? EventKind::KeyDown : EventKind::KeyUp, key}); });
+  }
+  void Tap(int16_t key) {
+    Key(key, true);
+    Key(key, false);
+  }
+  void Click(const Rect& r) {
+    const float x = (r.left + r.right) / 2.0f, y = (r.top + r.bottom) / 2.0f;
+    for (EventKind kind : {EventKind::MouseMove, EventKind::MouseDown, EventKind::MouseUp})
+      steps_.push_back([=] {
+        platform::Post_Event({.kind = kind, .button = int16_t(kind == EventKind::MouseMove ? 0 : 1), .x = x, .y = y});
+      });
+  }
+  void Wait(int frames) {
+    steps_.resize(steps_.size() + size_t(frames), [] {});
+  }
   // Holds the bound keys as a steady player would: full thrust, the autopilot's steering, on changes.
   void Drive(const clsHumanPlayer& r) {
     const float turn = vehicle_test::Turn_To_Road(r);
-    Hold(modMain::KeyUp, true, held_[0]);
-    Hold(modMain::KeyLeft, turn > 0.02f, held_[1]);
-    Hold(modMain::KeyRight, turn < -0.02f, held_[2]);
-  }
-  static void Hold(int16_t key, bool want, bool& held) {
-    if (want == held) return;
-    platform::Post_Event({want ? EventKind::KeyDown : EventKind::KeyUp, key});
-    held = want;
+    const bool want[3] = {true, turn > 0.02f, turn < -0.02f};
+    const int16_t keys[3] = {modMain::KeyUp, modMain::KeyLeft, modMain::KeyRight};
+    for (int i = 0; i < 3; ++i) {
+      if (want[i] != held_[i]) platform::Post_Event({want[i] ? EventKind::KeyDown : EventKind::KeyUp, keys[i]});
+      held_[i] = want[i];
+    }
   }
 
-  Script script_;
+  std::vector<std::function<void()>> steps_;
+  size_t next_ = 0;
   bool held_[3] = {};
   int menu_visits_ = 0;
   bool started_ = false, race_over_ = false, named_ = false;
 };
 
-// Runs the whole game on the tour at 16 ms a frame.
 inline void Run_Tour(Tour& tour) {
   Run_Main([&](uint64_t pump) {
     platform::Advance_Manual_Clock(16);

@@ -1,8 +1,9 @@
-// The whole game on the manual clock. Two recorded runs (16 ms and uneven 7-40 ms frames) replay from their journals to
-// the log, Hiscores.Dat, Ghost.Dat and places they left; when the race changes on purpose, record them again with
+// The whole game on the manual clock. When the race changes on purpose, record the replays in tests/app/replays again:
 //   build/tests/tests_app --gtest_also_run_disabled_tests --gtest_filter='*Record*'
 #include <cstdio>
+#include <map>
 
+#include "../../tools/assetgen/track_params.h"
 #include "core/extras.h"
 #include "core/hiscore_file.h"
 #include "game_script.h"
@@ -12,12 +13,6 @@ namespace {
 TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
   testenv::ScratchAppDir dir;
   New_Player(dir);
-  // The generated track's texture count decides the teardown's release lines.
-  std::string error;
-  ASSERT_TRUE(modTracks::Load_Track(&error)) << error;
-  const int track_textures = modTracks::TrackTexture.Upper() + 1;
-  modTracks::Clear_Track();
-
   Tour tour;
   tour.menu_buttons = {1, 3};  // race four ships, then quit
   int16_t top_speed = 0;
@@ -39,7 +34,7 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
   EXPECT_FALSE(std::filesystem::exists(extras::Path())) << "nothing of the additions changed: no Quorval.cfg";
 
   std::vector<std::string> expected = kStartUpLines;
-  for (const auto& part : {Race_Log_Lines(track_textures),
+  for (const auto& part : {Race_Log_Lines(trackgen::kTexCount),
                            Lines("Initialising HiScores...|   Loading Surfaces...|   ...Surfaces Loaded||"
                                  "   Reading Scores...|   ...Done"),
                            kShutdownLines})
@@ -48,8 +43,7 @@ TEST(WholeGame, IntroMenuShipsRaceHiScoresAndQuit) {
 }
 
 TEST(WholeGame, MissingFontPictureIsNamedAndTheGameEndsInOrder) {
-  testenv::ScratchAppDir dir;
-  dir.Copy_From_Game("Gfx");
+  testenv::ScratchAppDir dir{"Gfx"};
   std::filesystem::remove(dir.path() + "/Gfx/Font1.bmp");
   testenv::Write_File(modMain::Settings_Path(), kDefaultIni);
   bool looped = false;
@@ -70,9 +64,9 @@ TEST(WholeGame, MissingFontPictureIsNamedAndTheGameEndsInOrder) {
 
 const std::filesystem::path kReplays = std::filesystem::path(__FILE__).parent_path() / "replays";
 
-struct Outcome {
-  std::string log, hiscores, ghost, places;
-};
+// What a run leaves, by the replay file that keeps it.
+using Outcome = std::map<std::string, std::string>;
+const char* const kKept[] = {".places", ".log", ".hiscores", ".ghost"};
 
 // Where every racer stands when the race hands over to the hi-score table.
 std::string Places() {
@@ -97,13 +91,13 @@ Outcome Play(const std::function<void(uint64_t)>& drive) {
   platform::Set_Manual_Clock(0);
   Run_Main([&](uint64_t pump) {
     ASSERT_LT(pump, 40000u) << "the run is stuck in state " << int(modMain::GameState);
-    if (last_state == modMain::kStateRace && modMain::GameState != last_state) out.places = Places();
+    if (last_state == modMain::kStateRace && modMain::GameState != last_state) out[".places"] = Places();
     last_state = modMain::GameState;
     drive(pump);
   });
-  out.log = testenv::Read_File(modMain::Log_Path());
-  out.hiscores = testenv::Read_File(dir.path() + "/Data/Hiscores.Dat");
-  out.ghost = testenv::Read_File(dir.path() + "/Data/Ghost.Dat");
+  out[".log"] = testenv::Read_File(modMain::Log_Path());
+  out[".hiscores"] = testenv::Read_File(dir.path() + "/Data/Hiscores.Dat");
+  out[".ghost"] = testenv::Read_File(dir.path() + "/Data/Ghost.Dat");
   extras::Reset();
   return out;
 }
@@ -125,12 +119,9 @@ void Replay(const Recorded& run) {
   std::string error;
   ASSERT_TRUE(platform::Parse_Journal(testenv::Read_File(Path(run.name, ".journal")), journal, error)) << error;
   platform::Replay_Journal(std::move(journal));
-  const Outcome out = Play([](uint64_t) {});
+  Outcome out = Play([](uint64_t) {});
   platform::Replay_Journal({});
-  EXPECT_EQ(out.places, testenv::Read_File(Path(run.name, ".places")));
-  EXPECT_EQ(out.log, testenv::Read_File(Path(run.name, ".log")));
-  EXPECT_EQ(out.hiscores, testenv::Read_File(Path(run.name, ".hiscores")));
-  EXPECT_TRUE(out.ghost == testenv::Read_File(Path(run.name, ".ghost"))) << "Ghost.Dat differs";
+  for (const char* file : kKept) EXPECT_EQ(out[file], testenv::Read_File(Path(run.name, file))) << file;
 }
 
 // Two tests, so that the two runs may go side by side.
@@ -144,21 +135,18 @@ TEST(Replay, DISABLED_RecordBoth) {
     Tour tour;
     tour.menu_buttons = {1, 3};  // race four ships, then quit
     platform::Start_Journal();
-    const Outcome out = Play([&](uint64_t pump) {
+    Outcome out = Play([&](uint64_t pump) {
       platform::Advance_Manual_Clock(run.frame_ms(pump));
       tour.Pump(pump);
     });
     const std::string text = platform::Journal_Text(platform::Stop_Journal());
-    ASSERT_FALSE(out.ghost.empty()) << "the record race keeps its ghost";
+    ASSERT_FALSE(out[".ghost"].empty()) << "the record race keeps its ghost";
     platform::Journal back;
     std::string error;
     ASSERT_TRUE(platform::Parse_Journal(text, back, error)) << error;
     EXPECT_EQ(platform::Journal_Text(back), text);
     testenv::Write_File(Path(run.name, ".journal"), text);
-    testenv::Write_File(Path(run.name, ".places"), out.places);
-    testenv::Write_File(Path(run.name, ".log"), out.log);
-    testenv::Write_File(Path(run.name, ".hiscores"), out.hiscores);
-    testenv::Write_File(Path(run.name, ".ghost"), out.ghost);
+    for (const char* file : kKept) testenv::Write_File(Path(run.name, file), out[file]);
   }
 }
 

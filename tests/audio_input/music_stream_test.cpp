@@ -34,7 +34,6 @@ std::string Make_Wave(const WaveLayout& w) {
                "WAVE" + Chunk("fmt ", format + w.format_extra) + w.before_data + Chunk("data", w.data) + w.after_data);
 }
 
-// Hands out the bytes, failing the test on any request outside them.
 class StrictSource final : public wave::ByteSource {
  public:
   explicit StrictSource(const std::string& bytes) : bytes_(bytes) {}
@@ -109,7 +108,7 @@ class MusicStream : public testing::Test {
 
 }  // namespace
 
-TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastByte) {
+TEST_F(MusicStream, BuffersHoldTwiceTheRateNotifiedAtMiddleAndEndAFileThatCannotPlayLeavesOneLineSayingWhy) {
   for (const auto& [channels, rate, buffer] : {std::tuple{1, 22050u, 44100}, std::tuple{2, 44100u, 88200}}) {
     const WaveLayout layout{.channels = uint16_t(channels), .rate = rate, .data = Pattern(size_t(buffer) * 3 + 100)};
     ASSERT_TRUE(Play(Make_Wave(layout))) << rate;
@@ -122,9 +121,7 @@ TEST_F(MusicStream, BufferHoldsTwiceTheRateWithNotificationsAtItsMiddleAndLastBy
     EXPECT_EQ(notes[1].event, shape.events[1]);
     frmMain::Kill_DSound();
   }
-}
 
-TEST_F(MusicStream, EveryFileThatCannotPlayPlaysNothingAndLeavesOneLineSayingWhy) {
   const auto wave = [](uint16_t tag, uint16_t channels, uint16_t bits, uint32_t rate, size_t bytes) {
     return Make_Wave({.tag = tag, .channels = channels, .bits = bits, .rate = rate, .data = Pattern(bytes)});
   };
@@ -155,8 +152,21 @@ TEST_F(MusicStream, EveryFileThatCannotPlayPlaysNothingAndLeavesOneLineSayingWhy
   }
 }
 
-// Other programs write 24-bit music, as plain or as extensible PCM: it plays as 16-bit.
-TEST_F(MusicStream, TwentyFourBitMusicPlaysAsItsHighSixteenBits) {
+TEST_F(MusicStream, TheDevicePlaysTheSamplesThenSilenceThenTheMusicAgain24BitAsItsHigh16AndAtTheVolumeSet) {
+  // 8000 Hz: 16000-byte buffers; the refill silences what follows the samples in the last one.
+  for (const size_t samples : {size_t(2 * 16000 + 10002), size_t(2 * 16000), size_t(6000)}) {
+    const WaveLayout layout{.rate = 8000,
+                            .before_data = Chunk("LIST", std::string(20, 'l')),
+                            .data = Pattern(samples),
+                            .after_data = Chunk("LIST", std::string(30000, 'z'))};
+    const std::string pass = layout.data + std::string(16000 - samples % 16000, '\0');
+    const std::string played = Capture(Make_Wave(layout), 2 * pass.size());
+    EXPECT_EQ(std::mismatch(played.begin(), played.end(), (pass + pass).begin()).first - played.begin(),
+              std::ptrdiff_t(2 * pass.size()))
+        << samples << ": first byte that differs";
+  }
+
+  // Other programs write 24-bit music, as plain or as extensible PCM: it plays as its high 16 bits.
   WaveLayout layout{.channels = 2, .bits = 24, .rate = 8000, .data = Pattern(3 * 2 * 4000)};  // half a second
   std::string want;
   for (size_t i = 0; i < layout.data.size(); i += 3) want += layout.data.substr(i + 1, 2);
@@ -174,25 +184,26 @@ TEST_F(MusicStream, TwentyFourBitMusicPlaysAsItsHighSixteenBits) {
                                 << std::mismatch(played.begin(), played.end(), want.begin()).first - played.begin();
     EXPECT_FALSE(std::filesystem::exists(modMain::Log_Path())) << testenv::Read_File(modMain::Log_Path());
   }
-}
 
-TEST_F(MusicStream, DevicePlaysTheSamplesThenTheRefillsSilenceThenTheMusicAgain) {
-  // 8000 Hz: 16000-byte buffers; the refill silences what follows the samples in the last one.
-  for (const size_t samples : {size_t(2 * 16000 + 10002), size_t(2 * 16000), size_t(6000)}) {
-    const WaveLayout layout{.rate = 8000,
-                            .before_data = Chunk("LIST", std::string(20, 'l')),
-                            .data = Pattern(samples),
-                            .after_data = Chunk("LIST", std::string(30000, 'z'))};
-    const std::string pass = layout.data + std::string(16000 - samples % 16000, '\0');
-    const std::string played = Capture(Make_Wave(layout), 2 * pass.size());
-    EXPECT_EQ(std::mismatch(played.begin(), played.end(), (pass + pass).begin()).first - played.begin(),
-              std::ptrdiff_t(2 * pass.size()))
-        << samples << ": first byte that differs";
+  // 16-bit samples, the first loud in both bytes so the device's leading silence ends there.
+  WaveLayout sixteen{.rate = 8000};
+  std::vector<int16_t> samples(16000);
+  for (size_t i = 0; i < samples.size(); ++i) samples[i] = i == 0 ? 0x7F7F : int16_t(int(i * 977 % 60000) - 30000);
+  sixteen.data.assign(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
+  frmMain::Set_Music_Volume(5);  // a quarter of the amplitude
+  const std::string played = Capture(Make_Wave(sixteen), 4000);
+  frmMain::Set_Music_Volume(10);
+  ASSERT_EQ(played.size(), 4000u);
+  int off = 0;
+  for (size_t i = 0; i < played.size() / 2; ++i) {
+    int16_t s = 0;
+    std::memcpy(&s, played.data() + 2 * i, 2);
+    off += std::abs(s - samples[i] / 4.0) > 1.0;
   }
+  EXPECT_EQ(off, 0) << "samples not played at a quarter of their amplitude";
 }
 
-// Shutdown while refills run on the sound thread: a fault shows here only as a crash, or under `make tsan` as a touch
-// of the music's state that the stream's lock does not order against the refill.
+// Shutdown mid-refill: a fault shows as a crash, or under `make tsan` as music state the lock leaves unordered.
 TEST_F(MusicStream, ShuttingDownWhileTheRefillRunsIsSafe) {
   const std::string device = Disk_Driver("1");  // lets shutdown win SDL's unfair lock between refills
   // 16000-byte buffers: a refill every 8000 bytes played.
@@ -232,25 +243,6 @@ TEST_F(MusicStream, TheGamePlaysItsGeneratedMusicAndLogsTheSameWithoutSound) {
   EXPECT_FALSE(playing);
 }
 
-TEST_F(MusicStream, TheVolumeScalesEverySampleTheDevicePlays) {
-  // 16-bit samples, the first loud in both bytes so the device's leading silence ends there.
-  WaveLayout layout{.rate = 8000};
-  std::vector<int16_t> samples(16000);
-  for (size_t i = 0; i < samples.size(); ++i) samples[i] = i == 0 ? 0x7F7F : int16_t(int(i * 977 % 60000) - 30000);
-  layout.data.assign(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
-  frmMain::Set_Music_Volume(5);  // a quarter of the amplitude
-  const std::string played = Capture(Make_Wave(layout), 4000);
-  frmMain::Set_Music_Volume(10);
-  ASSERT_EQ(played.size(), 4000u);
-  int off = 0;
-  for (size_t i = 0; i < played.size() / 2; ++i) {
-    int16_t s = 0;
-    std::memcpy(&s, played.data() + 2 * i, 2);
-    off += std::abs(s - samples[i] / 4.0) > 1.0;
-  }
-  EXPECT_EQ(off, 0) << "samples not played at a quarter of their amplitude";
-}
-
 TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkippedCutsAndLyingSizesAreRefused) {
   // An 18-byte format chunk (cbSize only), then a LIST chunk.
   const std::string good = Make_Wave({.channels = 2,
@@ -270,7 +262,6 @@ TEST(WaveHeader, ListBeforeDataAndAnEighteenByteFormatChunkAreSkippedCutsAndLyin
     EXPECT_EQ(cut.format.FormatTag, 0) << n;
   }
 
-  // So is every chunk whose size lies.
   const size_t fmt_at = 16, list_at = 42, data_at = 76;  // offsets of the chunks' sizes
   ASSERT_EQ(good.substr(data_at - 4, 4), "data");
   const std::pair<size_t, std::uint32_t> lies[] = {{fmt_at, 15},    {fmt_at, 0xFFFFFFF0u},

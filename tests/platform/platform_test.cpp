@@ -37,7 +37,7 @@ struct Recorder {
   ~Recorder() { platform::Set_Input_Handlers({}); }
 };
 
-TEST(Pump, KeysMapToGameCodesEventsKeepTheirShiftTheHookCountsFromItsStartAndAQuickPressIsSeenForOneFrame) {
+TEST(Input, KeysMapKeepShiftAndShowAQuickPressOneFramePointersLandOnLetterboxEdgesPadsPressPastDeadZonesAndLetGo) {
   const std::pair<SDL_Keycode, int16_t> cases[] = {
       {SDLK_a, 65},       {SDLK_z, 90},     {SDLK_0, 48},        {SDLK_9, 57},          {SDLK_RETURN, 13},
       {SDLK_ESCAPE, 27},  {SDLK_SPACE, 32}, {SDLK_BACKSPACE, 8}, {SDLK_SEMICOLON, 186}, {SDLK_QUOTE, 222},
@@ -77,9 +77,7 @@ TEST(Pump, KeysMapToGameCodesEventsKeepTheirShiftTheHookCountsFromItsStartAndAQu
   EXPECT_EQ(r.seen, (std::vector<std::string>{"down 13", "up 13", "down 27", "press 1"}));
   platform::Pump_Messages();
   EXPECT_EQ(r.seen.back(), "release 1");
-}
 
-TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZonesAndLetsGoOnUnplug) {
   ASSERT_TRUE(platform::Open_Window("letterbox"));
   int ww = 0, wh = 0;
   SDL_GetWindowSize(platform::detail::Window(), &ww, &wh);
@@ -96,12 +94,10 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::detail::Window_To_Backbuffer(float(ww + 10), float(wh - 1), bx, by);  // bottom band
   EXPECT_EQ(std::pair(bx, by), std::pair(float(bw - 1), float(bh - 1)));
 
-  // A new back-buffer size is seen at once.
   platform::detail::Set_Backbuffer_Size(ww / 2, wh / 2);
   EXPECT_EQ(platform::detail::Current_Letterbox().width, ww);
   platform::detail::Set_Backbuffer_Size(0, 0);
 
-  Recorder r;
   auto& [seen, stick_x, stick_y] = r;
   const auto step = [&] {
     seen.clear();
@@ -113,7 +109,6 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   EXPECT_EQ(step(), V{"plug"});
   EXPECT_EQ(platform::Pad_Name(), "Test Pad");
 
-  // Moves a control and returns what the next pump reports.
   const auto set = [&](int16_t control, float amount) {
     platform::Set_Virtual_Pad(control, amount);
     return step();
@@ -152,10 +147,9 @@ TEST(Letterbox, PointerOverLetterboxBordersLandsOnTheEdgeAndAPadPressesPastDeadZ
   platform::Close_Window();
 }
 
-// A model display: swaps wait for the next refresh (or, without vsync, return at once), 600 frames of 40-75 % of a
-// refresh of work, sleeps wake a little late. Each missed refresh is the pacer's (sleeping to a deadline misses some).
+// A model display: swaps wait for the refresh (without vsync, return at once), work 40-75 % of one, sleeps wake late.
 struct Paced {
-  int missed = 0;      // refreshes that showed no new frame
+  int missed = 0;      // refreshes that showed no new frame: the pacer's (sleeping to a deadline misses some)
   double mean_ms = 0;  // mean time between swaps
 };
 
@@ -204,7 +198,6 @@ class WindowTest : public ScreenTest {
       platform::Pump_Messages();
     }
   }
-  // Draws the buttons picture at (10, 20) and returns what the back buffer then shows there.
   std::vector<uint32_t> Draw_Buttons() {
     Rect all{0, 0, 382, 156};
     i16 x = 10, y = 20;
@@ -265,7 +258,6 @@ TEST_F(WindowTest, SwitchKeepsTexturesLetterboxesMapsThePointerAndIsRemembered) 
   EXPECT_EQ(Draw_Buttons(), before);
   EXPECT_FALSE(std::filesystem::exists(modMain::Settings_Path())) << "Quorval.ini is not written";
 
-  // The next run opens the way the player left it.
   testenv::Write_File(extras::Path(), "window=1\n");
   extras::Load();
   ASSERT_TRUE(frmMain::Show());

@@ -1,5 +1,5 @@
 #pragma once
-// A device that draws nothing and records transforms, textures and draws: frame passes and meshes without a display.
+// Draws nothing; records transforms, states, textures and draws: frame passes and meshes without a display.
 #include <algorithm>
 #include <map>
 #include <vector>
@@ -19,6 +19,8 @@ class RecordingDevice : public platform::Device3D {
   std::vector<float> lit_first_x;            // the first vertex's x of each lit draw
   std::vector<Draw> draws;                   // kept meshes
   int calls = 0;                             // transforms, materials, textures and draws
+  std::map<uint32_t, uint32_t> states;       // each render state as last set
+  platform::ImageRef bound;                  // the texture bound now
 
   void SetTransform(platform::TransformKind k, const Matrix4& m) override {
     ++calls;
@@ -27,16 +29,20 @@ class RecordingDevice : public platform::Device3D {
   }
   void SetMaterial(const D3DMaterial& m) override { ++calls, material_ = m; }
   void SetTexture(int, const platform::ImageRef& t) override {
-    ++calls, texture_ = t;
+    ++calls, bound = t;
     textures.push_back(t);
   }
-  void SetRenderState(uint32_t, uint32_t) override {}
+  void SetRenderState(uint32_t s, uint32_t v) override { states[s] = v; }
   void SetLight(int, const platform::D3DLight&) override {}
   void Clear(const Rect*, int, uint32_t, uint32_t, float, uint32_t) override {}
-  void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override { ++calls; }
+  void DrawPrimitive(platform::Primitive, const ScreenVertex*, int) override {
+    ++calls;
+    Drawn(nullptr);
+  }
   void DrawPrimitive(platform::Primitive, const LitVertex* v, int) override {
     ++calls;
     lit_first_x.push_back(v[0].x);
+    Drawn(nullptr);
   }
   platform::GeometryRef MakeGeometry(const MeshVertex* v, int vertex_count, const uint16_t* indices,
                                      int index_count) override {
@@ -51,11 +57,12 @@ class RecordingDevice : public platform::Device3D {
     if (mesh == meshes_.end()) return Device3D::DrawGeometry(g, first, count);
     ++calls;
     draws.push_back(mesh->second);
-    draws.back().texture = texture_, draws.back().material = material_;
+    draws.back().texture = bound, draws.back().material = material_;
+    Drawn("body");
   }
+  virtual void Drawn(const char* /*"body" for a kept mesh, else null*/) {}
 
  private:
   D3DMaterial material_{};
-  platform::ImageRef texture_;
   std::map<const platform::Geometry*, Draw> meshes_;  // what each mesh made here holds
 };

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <sstream>
 
 #include "support/screen_fixture.h"
 
@@ -18,13 +17,14 @@ namespace fs = std::filesystem;
 
 namespace testenv {
 
-ScratchAppDir::ScratchAppDir() {
+ScratchAppDir::ScratchAppDir(std::initializer_list<const char*> game_folders) {
   static int counter = 0;
   path_ = (fs::temp_directory_path() / ("quorval-test-" + std::to_string(::getpid()) + "-" + std::to_string(counter++)))
               .string();
   fs::remove_all(path_);
   fs::create_directories(path_);
   platform::Set_App_Dir(path_);
+  for (const char* folder : game_folders) Copy_From_Game(folder);
 }
 
 ScratchAppDir::~ScratchAppDir() {
@@ -41,9 +41,7 @@ void ScratchAppDir::Copy_From_Game(const std::string& relative) const {
 
 std::string Read_File(const std::string& path) {
   std::ifstream f(path, std::ios::binary);
-  std::ostringstream s;
-  s << f.rdbuf();
-  return s.str();
+  return {std::istreambuf_iterator<char>(f), {}};
 }
 
 void Write_File(const std::string& path, const std::string& bytes) {

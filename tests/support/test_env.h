@@ -7,10 +7,10 @@
 
 namespace testenv {
 
-// A fresh empty folder in the temp dir, the game's application folder while it lives; removed by the destructor.
+// A fresh temp folder holding the game folders given: the game's application folder while it lives, removed after.
 class ScratchAppDir {
  public:
-  ScratchAppDir();
+  explicit ScratchAppDir(std::initializer_list<const char*> game_folders = {});
   ~ScratchAppDir();
   ScratchAppDir(const ScratchAppDir&) = delete;
   ScratchAppDir& operator=(const ScratchAppDir&) = delete;

@@ -70,12 +70,6 @@ std::string Left_Over() {
 
 bool Same_Point(const LitVertex& a, const LitVertex& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
-// Turn across one block, back edge to front edge; positive to the right (+z toward +x).
-float Heading_Change(int k) {
-  const Vector3 &back = TrackBlock(k).EdgeNormal[3], &b = TrackBlock(k).EdgeNormal[2];
-  return std::atan2(b.z * back.x - back.z * b.x, -back.x * b.x - back.z * b.z);
-}
-
 // Strips of one texture sit together, so drawing switches texture once per texture.
 bool Grouped(const IndexedArray<TrackStrip>& strips) {
   std::vector<int> runs;
@@ -86,7 +80,7 @@ bool Grouped(const IndexedArray<TrackStrip>& strips) {
 
 }  // namespace
 
-TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcrossStrips) {
+TEST(TrackFile, CountsAreUpperIndicesBlocksNumberAcrossStripsAndBrokenOrCutFilesAreRefusedNamingTheFault) {
   std::string error;
   ASSERT_TRUE(Load_Track_From_Bytes(Small_Track(), "mem.MXT", &error)) << error;
   EXPECT_EQ(std::tuple(Track.Lower(), Track.Upper(), Grass.Upper()), std::tuple(0, 1, 0));  // a count of 0: one record
@@ -113,6 +107,41 @@ TEST(TrackFile, CountsAreUpperIndicesListsStartAnywhereAndBlocksAreNumberedAcros
   ASSERT_TRUE(Load_Track_From_Bytes(f.b, "mem.MXT", &error)) << error;
   for (int i : {0, 1}) EXPECT_LT(Sectors()(0).Lists[i].Upper(), Sectors()(0).Lists[i].Lower()) << i;
   EXPECT_EQ(Sectors()(0).Lists[2](-9), 42);
+
+  Points long_road;  // more blocks than a racer's 16-bit block number can count
+  for (int r = 0; r <= kMaxTrackBlocks + 1; ++r) long_road.insert(long_road.end(), {{10, float(r)}, {0, float(r)}});
+  const auto h = [] { return FileBytes().Text("h"); };
+  const std::tuple<const char*, std::string, const char*> cases[] = {
+      {"odd road count", Road({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0, 2}}).End().b, ""},
+      {"road of one rung", Road({{0, 0}, {1, 0}}).End().b, ""},
+      {"texture index past the table", Road(kSquare, 1).End().b, ""},
+      {"two-dimensional strip", Road(kSquare, 0, 2).End().b, ""},
+      {"vertices not from 0", Road(kSquare, 0, 1, 1).End().b, ""},
+      {"NaN coordinate", Road({{0, 0}, {1, 0}, {0, std::nanf("")}, {1, 1}}).End().b, ""},
+      {"too many blocks", Road(long_road).End().b, "32768 blocks"},
+      {"huge section count", h().I32(0x7FFFFFFF).Strip(kSquare, 0).b, ""},
+      {"huge vertex count", h().I32(0).I16(1).I32(0x7FFFFFFF).I32(0).I16(0).b, ""},
+      {"grass count -1", h().I32(0).Strip(kSquare, 0).I32(-1).Strip(kSquare, 0).b, ""},
+      {"wall count -2", h().I32(0).Strip(kSquare, 0).I32(0).Strip({}, 0).I32(-2).b, ""},
+      // Enough bytes left for a sector's smallest size, so the list itself is what fails.
+      {"huge sector list", Road().I32(0).Fill(16, 0).I16(1).I32(0x40000000).I32(0).Fill(40, 0).b, "list of"},
+      {"sector index overflow", Road().I32(0).Fill(16, 0).I16(1).I32(2).I32(0x7FFFFFFF).Fill(44, 0).b, "overflows"},
+      {"name longer than the file", Road().I32(0).Sector().I32(0).I16(200).Text("x").b, ""},
+  };
+  for (const auto& [fault, bytes, says] : cases) {
+    ASSERT_TRUE(Load_Track_From_Bytes(Small_Track(), "mem.MXT"));
+    std::string error;
+    EXPECT_FALSE(Load_Track_From_Bytes(bytes, "mem.MXT", &error)) << fault;
+    EXPECT_EQ(error.rfind("Track file mem.MXT: ", 0), 0u) << fault << ": " << error;
+    EXPECT_NE(error.find(says), std::string::npos) << fault << ": " << error;
+    EXPECT_EQ(Left_Over(), "") << fault << ": nothing of the earlier track may survive";
+  }
+  const std::string whole = Small_Track();
+  for (size_t n = 0; n < whole.size(); ++n) {
+    std::string error;
+    ASSERT_FALSE(Load_Track_From_Bytes(std::string_view(whole).substr(0, n), "cut.MXT", &error)) << n;
+    EXPECT_NE(error.find("left"), std::string::npos) << n << ": " << error;
+  }
 }
 
 TEST(TrackBlocks, NormalsPointOutAndExtremeCornersKeepTheLowerIndexOnTies) {
@@ -131,9 +160,8 @@ TEST(TrackBlocks, NormalsPointOutAndExtremeCornersKeepTheLowerIndexOnTies) {
     EXPECT_LT(std::fabs(sq.EdgeNormal[j].x - want[j][0]) + std::fabs(sq.EdgeNormal[j].z - want[j][1]), 1e-6f) << j;
   // Every normal is a unit vector pointing away from the quad's centre (2, 0).
   const TrackBlockRecord& sk = TrackBlock(1);
-  const int on_edge[4] = {0, 1, 2, 0};
   for (int j = 0; j < 4; ++j) {
-    const Vector3 &n = sk.EdgeNormal[j], &c = sk.Corner[on_edge[j]];
+    const Vector3 &n = sk.EdgeNormal[j], &c = sk.Corner[j % 3];  // corner on edge j
     EXPECT_NEAR(std::hypot(n.x, n.z), 1.0, 1e-6) << j;
     EXPECT_GT((c.x - 2) * n.x + c.z * n.z, 0) << j;
   }
@@ -142,47 +170,6 @@ TEST(TrackBlocks, NormalsPointOutAndExtremeCornersKeepTheLowerIndexOnTies) {
   Track.Items() = {Strip({{5, 5}, {3, 5}})};  // no block at all: the list keeps one zeroed element
   Build_Track_Blocks();
   EXPECT_EQ(std::pair(TrackBlock.Count(), TrackBlock(0).Corner[3].x), std::pair(1, 0.0f));
-}
-
-TEST(TrackFile, BrokenOrCutFilesAreRefusedWithTheFileAndFaultNamed) {
-  Points long_road;  // more blocks than a racer's 16-bit block number can count
-  for (int r = 0; r <= kMaxTrackBlocks + 1; ++r) long_road.insert(long_road.end(), {{10, float(r)}, {0, float(r)}});
-  const auto h = [] { return FileBytes().Text("h"); };
-  const struct {
-    const char* fault;
-    std::string bytes;
-    const char* says = "";
-  } cases[] = {
-      {"odd road count", Road({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0, 2}}).End().b},
-      {"road of one rung", Road({{0, 0}, {1, 0}}).End().b},
-      {"texture index past the table", Road(kSquare, 1).End().b},
-      {"two-dimensional strip", Road(kSquare, 0, 2).End().b},
-      {"vertices not from 0", Road(kSquare, 0, 1, 1).End().b},
-      {"NaN coordinate", Road({{0, 0}, {1, 0}, {0, std::nanf("")}, {1, 1}}).End().b},
-      {"too many blocks", Road(long_road).End().b, "32768 blocks"},
-      {"huge section count", h().I32(0x7FFFFFFF).Strip(kSquare, 0).b},
-      {"huge vertex count", h().I32(0).I16(1).I32(0x7FFFFFFF).I32(0).I16(0).b},
-      {"grass count -1", h().I32(0).Strip(kSquare, 0).I32(-1).Strip(kSquare, 0).b},
-      {"wall count -2", h().I32(0).Strip(kSquare, 0).I32(0).Strip({}, 0).I32(-2).b},
-      // Enough bytes left for a sector's smallest size, so the list itself is what fails.
-      {"huge sector list", Road().I32(0).Fill(16, 0).I16(1).I32(0x40000000).I32(0).Fill(40, 0).b, "list of"},
-      {"sector index overflow", Road().I32(0).Fill(16, 0).I16(1).I32(2).I32(0x7FFFFFFF).Fill(44, 0).b, "overflows"},
-      {"name longer than the file", Road().I32(0).Sector().I32(0).I16(200).Text("x").b},
-  };
-  for (const auto& c : cases) {
-    ASSERT_TRUE(Load_Track_From_Bytes(Small_Track(), "mem.MXT"));
-    std::string error;
-    EXPECT_FALSE(Load_Track_From_Bytes(c.bytes, "mem.MXT", &error)) << c.fault;
-    EXPECT_EQ(error.rfind("Track file mem.MXT: ", 0), 0u) << c.fault << ": " << error;
-    EXPECT_NE(error.find(c.says), std::string::npos) << c.fault << ": " << error;
-    EXPECT_EQ(Left_Over(), "") << c.fault << ": nothing of the earlier track may survive";
-  }
-  const std::string whole = Small_Track();
-  for (size_t n = 0; n < whole.size(); ++n) {
-    std::string error;
-    ASSERT_FALSE(Load_Track_From_Bytes(std::string_view(whole).substr(0, n), "cut.MXT", &error)) << n;
-    EXPECT_NE(error.find("left"), std::string::npos) << n << ": " << error;
-  }
 }
 
 TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
@@ -210,8 +197,7 @@ TEST(TrackFile, LoadsFromTheGameFolderAndTeardownReleasesAndLogs) {
 }
 
 TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSortedAndEveryTextureLoads) {
-  testenv::ScratchAppDir app;
-  for (const char* folder : {"Tracks", "Textures"}) app.Copy_From_Game(folder);
+  testenv::ScratchAppDir app{"Tracks", "Textures"};
   std::string error;
   ASSERT_TRUE(Load_Track(&error)) << error;
   Build_Track_Blocks();
@@ -230,7 +216,10 @@ TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSorted
     EXPECT_NEAR(std::hypot(c[0].x - c[1].x, c[0].z - c[1].z), 2 * trackgen::kHalfWidth, 0.01) << k;
     EXPECT_TRUE(Inside(TrackBlock(k), (c[0].x + c[3].x) / 2, (c[0].z + c[3].z) / 2)) << k;
     const float run = std::hypot(c[2].x + c[3].x - c[0].x - c[1].x, c[2].z + c[3].z - c[0].z - c[1].z) / 2;
-    const float rise = (c[2].y + c[3].y - c[0].y - c[1].y) / 2, bank = c[1].y - c[0].y, turn = Heading_Change(k);
+    // The turn from the back edge to the front; positive to the right (+z toward +x).
+    const Vector3 &back = TrackBlock(k).EdgeNormal[3], &front = TrackBlock(k).EdgeNormal[2];
+    const float turn = std::atan2(front.z * back.x - back.z * front.x, -back.x * front.x - back.z * front.z);
+    const float rise = (c[2].y + c[3].y - c[0].y - c[1].y) / 2, bank = c[1].y - c[0].y;
     EXPECT_LE(std::fabs(rise) / run, trackgen::kMaxGrade + 0.005) << k;
     // Banks raise the outside of the curve: the left edge on a right-hander.
     EXPECT_TRUE(std::fabs(bank) <= 0.5f || bank * turn > 0) << k;
@@ -241,19 +230,14 @@ TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSorted
     for (int j = 0; j < 4; ++j) low = std::min(low, c[j].y), high = std::max(high, c[j].y);
     max_step = std::max({max_step, std::fabs(c[0].y - c[2].y), std::fabs(c[1].y - c[3].y)});
   }
-  // A lap takes 30 to 60 s at 2 units per 10 ms; racers steering by block heading need little change block to block,
-  // and a corner rubbing the outer wall slips past the next block's bent-in edge by its move times that kink.
+  // A lap of 30-60 s at 2 units per 10 ms; small turns and steps, as racers steer by block heading and walls kink.
   EXPECT_GT(lap, 6000);
   EXPECT_LT(lap, 12000);
   EXPECT_LT(widest_turn, 3.5 * 3.14159265 / 180);
   EXPECT_LT(max_step, trackgen::kStepGuard / 2);
   EXPECT_GT(high - low, 30) << "the circuit has hills";
-  EXPECT_TRUE(banked);
-  EXPECT_TRUE(level_curve);
-
-  // Scenery sorted by texture; the walls see-through and solid.
-  EXPECT_TRUE(Grouped(TrackWalls));
-  EXPECT_TRUE(Grouped(Grass));
+  EXPECT_EQ(std::pair(banked, level_curve), std::pair(true, true)) << "curves banked, curves level";
+  EXPECT_EQ(std::pair(Grouped(TrackWalls), Grouped(Grass)), std::pair(true, true)) << "sorted by texture: walls, grass";
   const std::vector<TrackStrip>& road = Track.Items();
   EXPECT_EQ(std::ranges::count(road, road[0].TextureIndex, &TrackStrip::TextureIndex), 1)
       << "the start strip has its own texture";
@@ -261,8 +245,7 @@ TEST(GeneratedTrack, RoadIsOneClosedLoopOfShortEvenDrivableBlocksSceneryIsSorted
   bool glass = false, opaque = false;
   for (const TrackStrip& w : TrackWalls.Items())
     (TrackTexture(w.TextureIndex).TextureName.ends_with(".dds") ? glass : opaque) = true;
-  EXPECT_TRUE(glass) << "some walls are see-through";
-  EXPECT_TRUE(opaque) << "some are not";
+  EXPECT_EQ(std::pair(glass, opaque), std::pair(true, true)) << "walls see-through, walls solid";
 
   for (const TextureEntry& t : TrackTexture.Items()) {
     ASSERT_TRUE(t.Texture) << t.TextureName;

@@ -48,30 +48,29 @@ inline float Turn_To_Road(const clsHumanPlayer& r) {
   return std::remainder(std::atan2(-dx, dz) - r.cOrientation, 2 * 3.14159265f);
 }
 
-// Full throttle, steering at the middle of the front edge two blocks ahead.
 inline void Autopilot(clsHumanPlayer& r) {
   const float turn = Turn_To_Road(r);
   r.SteerLeft = turn > 0.02f ? kTrue : kFalse, r.SteerRight = turn < -0.02f ? kTrue : kFalse;
   r.Thrust = kTrue, r.Brake = kFalse;
 }
 
-// A road strip through the given (x, z) points, and a list (road, grass, walls) of such strips.
+// A road strip through the given (x, z) points; a track list (strips, blocks) set to the items given.
 inline modTracks::TrackStrip Strip(std::vector<std::pair<float, float>> xz, i16 texture = 0) {
   modTracks::TrackStrip s;
   s.TextureIndex = texture;
   for (auto [x, z] : xz) s.Vertices.Items().push_back(LitVertex{x, 0, z});
   return s;
 }
-inline void Fill(IndexedArray<modTracks::TrackStrip>& list, std::vector<modTracks::TrackStrip> strips) {
-  list.Resize(0, static_cast<int>(strips.size()) - 1);
-  list.Items() = std::move(strips);
+template <class T>
+void Fill(IndexedArray<T>& list, std::vector<T> items) {
+  list.Resize(0, static_cast<int>(items.size()) - 1);
+  list.Items() = std::move(items);
 }
 
-// Inside a block: behind each of its four edges (normals point out).
+// Inside a block: behind each of its four edges (normals point out; edge j runs through corner j % 3).
 inline bool Inside(const modTracks::TrackBlockRecord& b, float x, float z) {
-  const int through[4] = {0, 1, 2, 0};
   for (int j = 0; j < 4; ++j) {
-    const Vector3 &c = b.Corner[through[j]], &n = b.EdgeNormal[j];
+    const Vector3 &c = b.Corner[j % 3], &n = b.EdgeNormal[j];
     if ((x - c.x) * n.x + (z - c.z) * n.z >= 0) return false;
   }
   return true;
@@ -80,11 +79,6 @@ inline bool Inside(const modTracks::TrackBlockRecord& b, float x, float z) {
 // A flat road block x0..x1 by z0..z1 at height y, racing toward +z (+x is the right).
 inline modTracks::TrackBlockRecord Block(float x0, float x1, float z0, float z1, float y = 0) {
   return {{{x1, y, z0}, {x0, y, z0}, {x1, y, z1}, {x0, y, z1}}, {{1, 0, 0}, {-1, 0, 0}, {0, 0, 1}, {0, 0, -1}}};
-}
-
-inline void Set_Track(const std::vector<modTracks::TrackBlockRecord>& blocks) {
-  modTracks::TrackBlock.Resize(0, static_cast<int>(blocks.size()) - 1);
-  for (size_t i = 0; i < blocks.size(); ++i) modTracks::TrackBlock(static_cast<int>(i)) = blocks[i];
 }
 
 // n computer racers with no ship (2 x 4, unit mass and inertia) and RacerBoxes; returns racer 0.

@@ -35,7 +35,7 @@ TEST_F(Physics, ThrustBrakeAndDragSettleAtTheirBalanceAlongTheNose) {
   EXPECT_NEAR(std::hypot(r.VelocityX + 1, r.VelocityZ), 0, 1e-3);
 }
 
-TEST_F(Physics, SteeringNeedsSpeedAndTurnDampingIsLopsided) {
+TEST_F(Physics, SteeringNeedsSpeedTurnDampingIsLopsidedAndTheComputerTurnsTheShortWayRoundAndWeaves) {
   r.SteerLeft = kTrue;
   r.ComputeForces();
   EXPECT_EQ(RA::Torque(r), 0.0f);
@@ -44,14 +44,32 @@ TEST_F(Physics, SteeringNeedsSpeedAndTurnDampingIsLopsided) {
   r.ComputeForces();
   EXPECT_FLOAT_EQ(RA::Torque(r), 0.1f);
   r.SteerLeft = r.SteerRight = kFalse;
-  for (const auto& [spin, torque] : {std::pair{-0.5f, 0.5556f * 2}, {0.5f, -0.2632f * 2}}) {
+  // -1.4: the damping's pole, where it is skipped rather than made infinite.
+  for (const auto& [spin, torque] : {std::pair{-0.5f, 0.5556f * 2}, {0.5f, -0.2632f * 2}, {-1.4f, 0.0f}}) {
     RA::AngularVelocity(r) = spin;
     r.ComputeForces();
     EXPECT_NEAR(RA::Torque(r), torque, 1e-3) << spin;
   }
-  RA::AngularVelocity(r) = -1.4f;  // the damping's pole: skipped, never infinite
-  r.ComputeForces();
-  EXPECT_TRUE(std::isfinite(RA::Torque(r)));
+
+  // Block whose forward normal gives a target heading of -3.0 after the wrap.
+  auto block = Block(-5, 5, 0, 10);
+  const float tau = static_cast<float>(-3.0 + 2 * modMATH::kPi);
+  block.EdgeNormal[2] = {-std::sin(tau), 0, std::cos(tau)};
+  Fill(modTracks::TrackBlock, {block});
+  modMain::Randomize(7);
+  auto left_share = [&](float heading) {
+    r.cOrientation = heading;
+    int left = 0;
+    for (int i = 0; i < 4000; ++i) {
+      r.Thrust = kFalse;
+      RA::Steer(r);
+      EXPECT_EQ(std::tuple(r.SteerLeft != r.SteerRight, r.Thrust, r.Brake), std::tuple(true, kTrue, kFalse));
+      left += r.SteerLeft == kTrue;
+    }
+    return left / 4000.0;
+  };
+  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);          // gap 6.0 > pi: left, unless forced right
+  EXPECT_NEAR(left_share(-2.5f), 0.89 * 0.11, 0.02);  // target to the right: only weaving goes left
 }
 
 TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
@@ -79,29 +97,6 @@ TEST_F(Physics, IntegrationWrapsHeadingKeepsTopSpeedAndNeedsTime) {
   const auto before = state();
   r.ApplyForces();
   EXPECT_EQ(state(), before);
-}
-
-TEST_F(Physics, ComputerTurnsTheShortWayRoundAndWeaves) {
-  // Block whose forward normal gives a target heading of -3.0 after the wrap.
-  auto block = Block(-5, 5, 0, 10);
-  const float tau = static_cast<float>(-3.0 + 2 * modMATH::kPi);
-  block.EdgeNormal[2] = {-std::sin(tau), 0, std::cos(tau)};
-  Set_Track({block});
-  modMain::Randomize(7);
-  auto left_share = [&](float heading) {
-    r.cOrientation = heading;
-    int left = 0;
-    for (int i = 0; i < 4000; ++i) {
-      r.Thrust = kFalse;
-      RA::Steer(r);
-      // One way or the other, always at full thrust.
-      EXPECT_EQ(std::tuple(r.SteerLeft != r.SteerRight, r.Thrust, r.Brake), std::tuple(true, kTrue, kFalse));
-      left += r.SteerLeft == kTrue;
-    }
-    return left / 4000.0;
-  };
-  EXPECT_NEAR(left_share(3.0f), 0.89, 0.02);          // gap 6.0 > pi: left, unless forced right
-  EXPECT_NEAR(left_share(-2.5f), 0.89 * 0.11, 0.02);  // target to the right: only weaving goes left
 }
 
 TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
@@ -137,7 +132,7 @@ TEST_F(Physics, FootprintRacerBoxFlameAndShadow) {
 
 struct Collisions : ::testing::Test {
   clsHumanPlayer& r = Make_Players(2);
-  void SetUp() override { Set_Track({Block(-5, 5, 0, 20)}); }
+  void SetUp() override { Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 20)}); }
 };
 
 TEST_F(Collisions, WallBouncePutsTheCrossingCornerOnTheEdgeWithTheShipsGrip) {
@@ -176,7 +171,7 @@ TEST_F(Collisions, SideWallsAreTestedAgainstTheBlockACornerStartsTheFrameOn) {
   auto bend = Block(-5, 5, 10, 20);
   bend.Corner[2] = {7, 0, 20}, bend.Corner[3] = {-3, 0, 20};
   bend.EdgeNormal[0] = {0.98058f, 0, -0.19612f}, bend.EdgeNormal[1] = {-0.98058f, 0, 0.19612f};
-  Set_Track({Block(-5, 5, 0, 10), bend});
+  Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 10), bend});
   RA::WallGrip(r) = 0.8f;
 
   // Through block 0's left side and its front edge at once: bounced back onto block 0's side.
@@ -222,7 +217,7 @@ TEST_F(Collisions, RacersBounceOnlyWhenCloseOverlappingAndClosing) {
 }
 
 TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
-  Set_Track({Block(-5, 5, 0, 20, 3)});
+  Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 20, 3)});
   Place(0, 0, 10);
   // Height and climb before and after: a hard landing bounces, a soft one settles, in the air gravity rules.
   for (const auto& [y, vy, want_y, want_vy] :
@@ -234,7 +229,7 @@ TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
   }
   EXPECT_FLOAT_EQ(RA::Shadow(r)[2].y, 3 + 1.5f);  // over the road, however high the racer
 
-  Set_Track({Block(0, 0, 0, 0, 4)});  // a block shrunk to a point
+  Fill(modTracks::TrackBlock, {Block(0, 0, 0, 0, 4)});  // a block shrunk to a point
   Place(0, 0, 0);
   r.Get_Track_Height();
   EXPECT_FLOAT_EQ(RA::Shadow(r)[0].y, 4 + 1.5f);
@@ -244,10 +239,9 @@ TEST_F(Collisions, HoverHeightLandsWithABounceAndLiftsTheShadow) {
 struct Progress : ::testing::Test {
   clsHumanPlayer& r = Make_Players(3);
   void SetUp() override {
-    Set_Track({Block(-5, 5, 0, 10), Block(-5, 5, 10, 20), Block(-5, 5, -10, 0)});
+    Fill(modTracks::TrackBlock, {Block(-5, 5, 0, 10), Block(-5, 5, 10, 20), Block(-5, 5, -10, 0)});
     RA::WallGrip(r) = 0.8f;
   }
-  // Drives racer 0 from the last block over the line with GameClock at clock.
   void Cross_Line(i32 clock) {
     RA::Set_Blocks(r, 2);
     Place(0, 0, -4);
@@ -256,7 +250,7 @@ struct Progress : ::testing::Test {
   }
 };
 
-TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
+TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossingAndPositionByLapsThenBlockThenDistance) {
   const auto state = [this] {
     return std::array<int, 4>{r.cOnLap, r.cFinishedRace, r.cRaceTime, r.cCurrentTrackBlock()};
   };
@@ -267,29 +261,7 @@ TEST_F(Progress, LapTimesAndRaceTimeFromTheClockAtEachCrossing) {
     EXPECT_EQ(state(), (std::array{lap, done, time, 0})) << clock;
   }
   EXPECT_EQ((std::array{r.cLapTime(1), r.cLapTime(2), r.cLapTime(3)}), (std::array<i32, 3>{300, 350, 340}));
-}
 
-TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
-  const auto state = [this] { return std::array<int, 3>{r.cCheatMinusLaps, r.cWRONGWAY, r.cCurrentTrackBlock()}; };
-  Place(0, 0, 3);
-  Move(0, 0, -1.5f);  // only the rear corners are over the line
-  EXPECT_EQ(state(), (std::array{0, int{kTrue}, 0}));
-  Move(0, 0, -3);
-  EXPECT_EQ(state(), (std::array{-1, int{kTrue}, 2}));
-  Move(0, 0, 3);
-  EXPECT_EQ(state(), (std::array{0, int{kFalse}, 0}));
-  EXPECT_EQ(std::pair(int(r.cOnLap), int(r.cLapTime(1))), std::pair(1, 0));
-
-  auto& behind = modTracks::TrackBlock(2);
-  behind.Corner[0].y = behind.Corner[1].y = 8.5f;  // a steep step up behind the line throws the racer forward
-  Place(0, 0, 2.5f);
-  Move(0, 0, 1);  // the rear corners go from z 0.5 to -1, into block 2
-  EXPECT_EQ(std::pair(RA::Corners(r)[2].z, r.PositionZ), std::pair(0.0f, 2.0f));
-  EXPECT_GT(r.VelocityZ, 0);
-  EXPECT_EQ(r.cWRONGWAY, kTrue);
-}
-
-TEST_F(Progress, RacePositionByLapsThenBlockThenDistance) {
   clsHumanPlayer &a = r, &b = P(1), &c = P(2);
   auto put = [](clsHumanPlayer& q, i16 lap, i16 block, float x, float z) {
     q.cOnLap = lap, q.PositionX = x, q.PositionZ = z;
@@ -315,6 +287,26 @@ TEST_F(Progress, RacePositionByLapsThenBlockThenDistance) {
   EXPECT_EQ(position(a), 1);
 }
 
+TEST_F(Progress, ReversingOverTheLineAndBackCountsNoLapAndASteepStepStopsIt) {
+  const auto state = [this] { return std::array<int, 3>{r.cCheatMinusLaps, r.cWRONGWAY, r.cCurrentTrackBlock()}; };
+  Place(0, 0, 3);
+  Move(0, 0, -1.5f);  // only the rear corners are over the line
+  EXPECT_EQ(state(), (std::array{0, int{kTrue}, 0}));
+  Move(0, 0, -3);
+  EXPECT_EQ(state(), (std::array{-1, int{kTrue}, 2}));
+  Move(0, 0, 3);
+  EXPECT_EQ(state(), (std::array{0, int{kFalse}, 0}));
+  EXPECT_EQ(std::pair(int(r.cOnLap), int(r.cLapTime(1))), std::pair(1, 0));
+
+  auto& behind = modTracks::TrackBlock(2);
+  behind.Corner[0].y = behind.Corner[1].y = 8.5f;  // a steep step up behind the line throws the racer forward
+  Place(0, 0, 2.5f);
+  Move(0, 0, 1);  // the rear corners go from z 0.5 to -1, into block 2
+  EXPECT_EQ(std::pair(RA::Corners(r)[2].z, r.PositionZ), std::pair(0.0f, 2.0f));
+  EXPECT_GT(r.VelocityZ, 0);
+  EXPECT_EQ(r.cWRONGWAY, kTrue);
+}
+
 // A flat two-triangle mesh spanning the box +-hw, +-0.5, +-2.
 std::string Box_Mesh(int hw) {
   const std::string w = std::to_string(hw);
@@ -338,27 +330,13 @@ struct Ships : ::testing::Test {
   void SetUp() override {
     for (int k = 0; k < 3; ++k) Write("Objects/S" + std::to_string(k) + ".x", Box_Mesh(k + 1));
     Write("Data/Ships.Dat", Catalogue(3, "3 ships, more text"));
-    Set_Track({Block(-4, 6, 0, 10), Block(-4, 6, 10, 20)});
+    Fill(modTracks::TrackBlock, {Block(-4, 6, 0, 10), Block(-4, 6, 10, 20)});
     modMain::Difficulty = 1;
   }
   void Write(const std::string& rel, const std::string& bytes) { testenv::Write_File(dir.path() + "/" + rel, bytes); }
 };
 
-TEST_F(Ships, PlayerShipAndSkinRequestsWrapAndLoadTheirNumbers) {
-  r.RacerKind = 1;
-  for (const auto& [ship, skin, want_ship, want_skin] : {std::array<i16, 4>{3, 4, 0, 1}, {-1, 0, 2, 3}, {1, 2, 1, 2}}) {
-    r.cCurrentlySelectedShip = ship, r.cCurrentlySelectedSkin = skin;
-    ASSERT_TRUE(r.Reset_Car_Attributes(0));
-    EXPECT_EQ(std::pair(r.cCurrentlySelectedShip, r.cCurrentlySelectedSkin), std::pair(want_ship, want_skin));
-    EXPECT_FLOAT_EQ(RA::HalfWidth(r), want_ship + 1.0f);
-    EXPECT_FLOAT_EQ(RA::InvMass(r), 1.0f / (10 * (want_ship + 1)));
-  }
-  EXPECT_EQ(std::tuple(RA::HalfLength(r), r.HalfHeight, RA::InvInertia(r)), std::tuple(2.0f, 0.5f, 0.2f));
-  EXPECT_FLOAT_EQ(RA::WallGrip(r), 0.8f);
-  EXPECT_FLOAT_EQ(r.PositionY, 0 + 0.5f + 1.9f);  // the mesh's lowest point 1.9 over the road
-}
-
-TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
+TEST_F(Ships, GridSlotsWallGripAFreshRaceRecordAndThePlayersShipAndSkinRequestsWrapping) {
   // x, z and block of each slot; the back rows wrap round to the last block.
   const float want[7][3] = {{2.6f, 5.4f, 0}, {-0.6f, 5, 0},     {2.6f, 4.6f, 0}, {-0.6f, 4.2f, 0},
                             {2.6f, 3.8f, 0}, {-0.6f, 19.2f, 1}, {2.6f, 18, 1}};
@@ -388,6 +366,18 @@ TEST_F(Ships, GridSlotsWallGripAndAFreshRaceRecord) {
     EXPECT_FLOAT_EQ(RA::WallGrip(r), 4 / 40.0f + base) << int(level);
     EXPECT_EQ(modMain::Difficulty, level > 3 ? 1 : level);
   }
+
+  r.RacerKind = 1;
+  for (const auto& [ship, skin, want_ship, want_skin] : {std::array<i16, 4>{3, 4, 0, 1}, {-1, 0, 2, 3}, {1, 2, 1, 2}}) {
+    r.cCurrentlySelectedShip = ship, r.cCurrentlySelectedSkin = skin;
+    ASSERT_TRUE(r.Reset_Car_Attributes(0));
+    EXPECT_EQ(std::pair(r.cCurrentlySelectedShip, r.cCurrentlySelectedSkin), std::pair(want_ship, want_skin));
+    EXPECT_FLOAT_EQ(RA::HalfWidth(r), want_ship + 1.0f);
+    EXPECT_FLOAT_EQ(RA::InvMass(r), 1.0f / (10 * (want_ship + 1)));
+  }
+  EXPECT_EQ(std::tuple(RA::HalfLength(r), r.HalfHeight, RA::InvInertia(r)), std::tuple(2.0f, 0.5f, 0.2f));
+  EXPECT_FLOAT_EQ(RA::WallGrip(r), 0.8f);
+  EXPECT_FLOAT_EQ(r.PositionY, 0 + 0.5f + 1.9f);  // the mesh's lowest point 1.9 over the road
 }
 
 // Catalogue 3 with ship 1's mass blank, ship 2's inertia not a number, and a count of 4.
