@@ -53,7 +53,6 @@ Blitted Blit(const Surface& dst, const Surface& src, int x, int y, u8 transparen
 }
 
 ScreenVertex SV(float x, float y, float z, uint32_t c, float u = 0, float v = 0) { return {x, y, z, 1.0f, c, 0, u, v}; }
-int Red(uint32_t rgb) { return int(rgb >> 16 & 0xFF); }
 
 // An upright quad drawn as a strip, the texture's u running 0..u across it.
 void Quad(float l, float t, float r, float b, float z, uint32_t c, float u = 1) {

@@ -72,16 +72,12 @@ void Expect_Torn_Down() {
   EXPECT_EQ(modMain::Players.size(), 5u) << "the racers are kept for the next screen";
 }
 
-int R(uint32_t p) { return int(p >> 16 & 0xFF); }
-int G(uint32_t p) { return int(p >> 8 & 0xFF); }
-int B(uint32_t p) { return int(p & 0xFF); }
-
 // The start lamps, top down: R red, G green, - neither; each read 8 pixels right of its centre (319, 70 + 36 k).
 std::string Lamps() {
   std::string lamps;
   for (int y = 70; y < 70 + 3 * 36; y += 36) {
     const uint32_t p = testenv::At(327, y);
-    lamps += R(p) > 200 && G(p) < 120 ? 'R' : G(p) > 200 && R(p) < 150 ? 'G' : '-';
+    lamps += Red(p) > 200 && Green(p) < 120 ? 'R' : Green(p) > 200 && Red(p) < 150 ? 'G' : '-';
   }
   return lamps;
 }
@@ -330,12 +326,12 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHudThenTheFinishItsResult
 
     // Sky above, grey road under the ship, white map road in a black square.
     const auto frame = Scene();
-    EXPECT_GT(B(frame[2 * 640 + 320]), R(frame[2 * 640 + 320]) + 30);
+    EXPECT_GT(Blue(frame[2 * 640 + 320]), Red(frame[2 * 640 + 320]) + 30);
     const uint32_t road = frame[470 * 640 + 320];
-    EXPECT_LT(std::abs(R(road) - B(road)), 40) << "grey road " << std::hex << road;
-    EXPECT_LT(R(road), 160) << "dark road " << std::hex << road;
+    EXPECT_LT(std::abs(Red(road) - Blue(road)), 40) << "grey road " << std::hex << road;
+    EXPECT_LT(Red(road), 160) << "dark road " << std::hex << road;
     int map_white = 0;
-    for (const uint32_t m : Read(500, 300, 628, 428)) map_white += R(m) > 235 && B(m) > 235;  // the scene's map square
+    for (const uint32_t m : Read(500, 300, 628, 428)) map_white += Red(m) > 235 && Blue(m) > 235;  // the scene's map square
     EXPECT_PRED3(testenv::Between, map_white, 301, 128 * 64 - 1);
     // Without the ships the view differs round the player's; each redraw steps the camera 0.05 in, so start 0.05 out.
     auto redraw = [d = modGameLoop::CameraDistance + 0.05f](i16 opponents) {
@@ -524,8 +520,8 @@ TEST_F(RaceTest, ARecordRaceIsKeptASlowerOneLeavesItTheNextSplitsAgainstItAndSee
       // The digits are drawn in green when ahead of the ghost, in red when behind.
       int green = 0, red = 0;
       for (const uint32_t p : Read(415 + 12 * 9, 40, 415 + 12 * 18, 55)) {
-        green += G(p) > 150 && R(p) < 120;
-        red += R(p) > 150 && G(p) < 120;
+        green += Green(p) > 150 && Red(p) < 120;
+        red += Red(p) > 150 && Green(p) < 120;
       }
       EXPECT_GT(split.ghost_diff <= 0 ? green : red, 20) << "diff " << split.ghost_diff;
       EXPECT_EQ(split.ghost_diff <= 0 ? red : green, 0);

@@ -561,8 +561,8 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentre
   // Thrust 0.25 -> 100 units, drawn 98 pixels wide; mass 8.5 -> 62 (62.5 to even) -> 60.
   EXPECT_EQ(std::make_pair(bar1, bar3), std::make_pair(std::make_pair(415, 512), std::make_pair(415, 474)));
   // Highlighted cells are orange, normal ones steel blue.
-  EXPECT_GT(lit_button >> 16 & 0xFF, lit_button & 0xFF);
-  EXPECT_LT(plain_button >> 16 & 0xFF, plain_button & 0xFF);
+  EXPECT_GT(Red(lit_button), Blue(lit_button));
+  EXPECT_LT(Red(plain_button), Blue(plain_button));
   // The ship: shaded by the light (not one flat colour).
   int lo = 255, hi = 0;
   for (uint32_t p : ship_a)

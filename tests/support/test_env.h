@@ -38,5 +38,9 @@ inline void Put(std::string& s, std::initializer_list<uint32_t> values, int byte
     for (int i = 0; i < bytes; ++i) s += char(v >> (8 * i));
 }
 inline bool Between(double v, double lo, double hi) { return v >= lo && v <= hi; }
+// The channels of an 0xAARRGGBB pixel.
+inline int Red(uint32_t p) { return int(p >> 16 & 0xFF); }
+inline int Green(uint32_t p) { return int(p >> 8 & 0xFF); }
+inline int Blue(uint32_t p) { return int(p & 0xFF); }
 
 }  // namespace testenv
