@@ -17,7 +17,7 @@
 using namespace modMain;
 using namespace frmMain;
 
-TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKillsLogAndExtrasLinesAndNumbers) {
+TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKillsLogAndExtrasLines) {
   testenv::ScratchAppDir dir;
   ScreenWidth = 1024, KeyUp = 65;
   Create_Log();
@@ -123,7 +123,9 @@ TEST(PlayerFiles, SettingsDefaultRoundTripKeepOldValuesOnBadLinesAndSurviveKills
   EXPECT_EQ(testenv::Read_File(extras::Path()), "ghost=0\nvolume=99\nwindow=0\n") << "unknown values kept";
   EXPECT_FALSE(std::filesystem::exists(extras::Path() + ".new"));
   extras::Reset();
+}
 
+TEST(Numbers, RoundingParsingAndFormats) {
   using namespace numbers;
   EXPECT_EQ((std::array{Round_Half_Even(0.5), Round_Half_Even(1.5), Round_Half_Even(-2.5)}),
             (std::array{0.0, 2.0, -2.0}));
@@ -197,7 +199,7 @@ TEST(Input, BoundKeysDriveThePlayerFirstBindingWinsOnlyUnboundEnterEscapeShiftFl
   Players.clear();
 }
 
-TEST(Clocks, LongFramesAreCappedBothClocksWrapFastDisplaysStepSixtyASecondAndRandomNumbersAreUniformAndSeeded) {
+TEST(Clocks, LongFramesAreCappedBothClocksWrapAndFastDisplaysStepSixtyASecond) {
   platform::Use_Manual_Clock(true);
   platform::Set_Manual_Clock(1000);
   Start_Frame_Timer();
@@ -231,7 +233,9 @@ TEST(Clocks, LongFramesAreCappedBothClocksWrapFastDisplaysStepSixtyASecondAndRan
     EXPECT_EQ(std::pair(total, most), std::pair(steps_per_second, 1)) << hz << " Hz: steps, the most in one frame";
   }
   platform::Set_Refresh_Rate(0);
+}
 
+TEST(RandomSource, UniformInUnitIntervalAndSeeded) {
   Randomize(42);
   double sum = 0;
   float lo = 1, hi = 0;
