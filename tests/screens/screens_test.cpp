@@ -566,7 +566,7 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentre
   // The ship: shaded by the light (not one flat colour).
   int lo = 255, hi = 0;
   for (uint32_t p : ship_a)
-    if (p != kClear) lo = std::min(lo, int(p >> 8 & 0xFF)), hi = std::max(hi, int(p >> 8 & 0xFF));
+    if (p != kClear) lo = std::min(lo, Green(p)), hi = std::max(hi, Green(p));
   EXPECT_GT(hi - lo, 60);
   EXPECT_NE(ship_a, ship_b) << "the ship turns: 16 frames later it looks different";
 }
