@@ -200,9 +200,9 @@ TEST_F(Particles, BirthMotionFadingRebirthThePointersPullAndClippedSprites) {
   }
   // Nearly opaque yellow-white sprites pile up on the pointer; blending is off again.
   const uint32_t centre = At(300, 200);
-  EXPECT_GT(Red(centre), 0xC0) << "red";
-  EXPECT_GT(Green(centre), 0x80) << "green";
-  EXPECT_LT(Blue(centre), 0x40) << "blue";
+  EXPECT_GT(testenv::Red(centre), 0xC0) << "red";
+  EXPECT_GT(testenv::Green(centre), 0x80) << "green";
+  EXPECT_LT(testenv::Blue(centre), 0x40) << "blue";
   EXPECT_EQ(At(300, 100), kClear) << "the sprite is 20 x 20, unscaled";
   EXPECT_EQ(platform::Render_State(*mod3Denhance::D3DDevice, platform::rs::AlphaBlendEnable), 0u);
   Rest_At(100, 100);
@@ -378,7 +378,9 @@ TEST_F(SetupDialog, ShowsTheWindowExitWritesNothingAndAfterStartWithTheBoxChecke
   ASSERT_EQ(picture.size(), size_t(w) * size_t(h));
   const Rect start = frmSetup::Control_Rect("lblStart");
   const uint32_t px = picture[size_t(start.top + 4) * size_t(w) + size_t(start.left + 4)];
-  EXPECT_LT(std::abs(Red(px) - 0xE8) + std::abs(Green(px) - 0x7A) + std::abs(Blue(px) - 0x18), 30) << "Start in the accent orange";
+  const int off_orange =
+      std::abs(testenv::Red(px) - 0xE8) + std::abs(testenv::Green(px) - 0x7A) + std::abs(testenv::Blue(px) - 0x18);
+  EXPECT_LT(off_orange, 30) << "Start in the accent orange";
   testenv::Write_Png(testenv::Game_Dir() + "/../setup_dialog.png", w, h, picture);
 
   Script({{"Label1"}, {"Label1", 0, true}, {"Label1"}, {"lblStart"}, {"lblStart", 0, true}, {"lblStart"}});

@@ -337,7 +337,7 @@ TEST(SurfaceTest, DdsDecodesWithinBoundsFilesLoadByExtensionBitmapsScaleKeysFill
     const uint32_t c = s->Pixel(x, 0);
     EXPECT_EQ((c & 0xFFFFFFu) == 0, key) << "x " << x;
     if (!key) {
-      EXPECT_GE(Red(c) + Green(c), 254) << "red and green undarkened, x " << x;
+      EXPECT_GE(testenv::Red(c) + testenv::Green(c), 254) << "red and green undarkened, x " << x;
     }
   }
   EXPECT_FALSE(Create_Surface(s, 0, 0, dir.path() + "/Gfx/none.bmp", kKeyNone, kFalse));
@@ -507,9 +507,9 @@ TEST_F(DisplayTest, StartUpStateFontsDeviceTextKeyedClippedBlitsWindingDepthText
   d.SetTexture(0, two);
   Quad(0, 200, 400, 220, 0, 0xFF808080, 4);  // the two texels repeat every 100 pixels
   const uint32_t p = At(50, 50);             // alpha 0x88 of red over blue
-  EXPECT_NEAR(Red(p), 0x88, 1);
-  EXPECT_NEAR(Blue(p), 0x77, 1);
-  EXPECT_EQ(Green(p), 0);
+  EXPECT_NEAR(testenv::Red(p), 0x88, 1);
+  EXPECT_NEAR(testenv::Blue(p), 0x77, 1);
+  EXPECT_EQ(testenv::Green(p), 0);
   EXPECT_EQ((std::array{At(25, 210), At(75, 210), At(325, 210), At(375, 210)}),
             (std::array{0x808080u, 0x008000u, 0x808080u, 0x008000u}));
 
@@ -542,15 +542,15 @@ TEST_F(DisplayTest, LitMeshesAreBrighterFacingTheLightAKeptStripSendsOnlyWhatIsI
   d.DrawGeometry(*mesh, 0, 1);
   // x / z maps to the screen with cot(fov / 2) = 1: -2.5 / 10 -> 240, 2.5 / 10 -> 400.
   // Ambient 150 alone lights the far side; the light's 0.93 on top saturates the near side.
-  EXPECT_NEAR(Red(At(400, 240)), 150, 2);
-  EXPECT_EQ(Red(At(240, 240)), 255);
+  EXPECT_NEAR(testenv::Red(At(400, 240)), 150, 2);
+  EXPECT_EQ(testenv::Red(At(240, 240)), 255);
   // Halving the material shows the light's share: 0.5 * (150/255 + 0.928) of full scale.
   D3DMaterial half = Material;
   half.diffuse = half.ambient = ColorValue{0.5f, 0.5f, 0.5f, 0};
   d.SetMaterial(half);
   d.DrawGeometry(*mesh, 0, 1);
-  EXPECT_NEAR(Red(At(240, 240)), 193, 3);
-  EXPECT_NEAR(Red(At(400, 240)), 75, 2);
+  EXPECT_NEAR(testenv::Red(At(240, 240)), 193, 3);
+  EXPECT_NEAR(testenv::Red(At(400, 240)), 75, 2);
 
   // Still looking from the origin along +z, now through a narrower lens (the chase camera's, kept for the ship).
   Matrix4 view, projection;

@@ -77,7 +77,8 @@ std::string Lamps() {
   std::string lamps;
   for (int y = 70; y < 70 + 3 * 36; y += 36) {
     const uint32_t p = testenv::At(327, y);
-    lamps += Red(p) > 200 && Green(p) < 120 ? 'R' : Green(p) > 200 && Red(p) < 150 ? 'G' : '-';
+    const int red = testenv::Red(p), green = testenv::Green(p);
+    lamps += red > 200 && green < 120 ? 'R' : green > 200 && red < 150 ? 'G' : '-';
   }
   return lamps;
 }
@@ -326,12 +327,13 @@ TEST_F(RaceTest, MidRaceFrameShowsSkyRoadShipsMapAndTheHudThenTheFinishItsResult
 
     // Sky above, grey road under the ship, white map road in a black square.
     const auto frame = Scene();
-    EXPECT_GT(Blue(frame[2 * 640 + 320]), Red(frame[2 * 640 + 320]) + 30);
+    EXPECT_GT(testenv::Blue(frame[2 * 640 + 320]), testenv::Red(frame[2 * 640 + 320]) + 30);
     const uint32_t road = frame[470 * 640 + 320];
-    EXPECT_LT(std::abs(Red(road) - Blue(road)), 40) << "grey road " << std::hex << road;
-    EXPECT_LT(Red(road), 160) << "dark road " << std::hex << road;
+    EXPECT_LT(std::abs(testenv::Red(road) - testenv::Blue(road)), 40) << "grey road " << std::hex << road;
+    EXPECT_LT(testenv::Red(road), 160) << "dark road " << std::hex << road;
     int map_white = 0;
-    for (const uint32_t m : Read(500, 300, 628, 428)) map_white += Red(m) > 235 && Blue(m) > 235;  // the scene's map square
+    // The scene's map square.
+    for (const uint32_t m : Read(500, 300, 628, 428)) map_white += testenv::Red(m) > 235 && testenv::Blue(m) > 235;
     EXPECT_PRED3(testenv::Between, map_white, 301, 128 * 64 - 1);
     // Without the ships the view differs round the player's; each redraw steps the camera 0.05 in, so start 0.05 out.
     auto redraw = [d = modGameLoop::CameraDistance + 0.05f](i16 opponents) {
@@ -520,8 +522,8 @@ TEST_F(RaceTest, ARecordRaceIsKeptASlowerOneLeavesItTheNextSplitsAgainstItAndSee
       // The digits are drawn in green when ahead of the ghost, in red when behind.
       int green = 0, red = 0;
       for (const uint32_t p : Read(415 + 12 * 9, 40, 415 + 12 * 18, 55)) {
-        green += Green(p) > 150 && Red(p) < 120;
-        red += Red(p) > 150 && Green(p) < 120;
+        green += testenv::Green(p) > 150 && testenv::Red(p) < 120;
+        red += testenv::Red(p) > 150 && testenv::Green(p) < 120;
       }
       EXPECT_GT(split.ghost_diff <= 0 ? green : red, 20) << "diff " << split.ghost_diff;
       EXPECT_EQ(split.ghost_diff <= 0 ? red : green, 0);

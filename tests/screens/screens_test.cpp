@@ -561,12 +561,12 @@ TEST_F(ShipSelectionTest, ABarStillMovingJumpsToItsOldTargetAndAFrameDrawsCentre
   // Thrust 0.25 -> 100 units, drawn 98 pixels wide; mass 8.5 -> 62 (62.5 to even) -> 60.
   EXPECT_EQ(std::make_pair(bar1, bar3), std::make_pair(std::make_pair(415, 512), std::make_pair(415, 474)));
   // Highlighted cells are orange, normal ones steel blue.
-  EXPECT_GT(Red(lit_button), Blue(lit_button));
-  EXPECT_LT(Red(plain_button), Blue(plain_button));
+  EXPECT_GT(testenv::Red(lit_button), testenv::Blue(lit_button));
+  EXPECT_LT(testenv::Red(plain_button), testenv::Blue(plain_button));
   // The ship: shaded by the light (not one flat colour).
   int lo = 255, hi = 0;
   for (uint32_t p : ship_a)
-    if (p != kClear) lo = std::min(lo, Green(p)), hi = std::max(hi, Green(p));
+    if (p != kClear) lo = std::min(lo, testenv::Green(p)), hi = std::max(hi, testenv::Green(p));
   EXPECT_GT(hi - lo, 60);
   EXPECT_NE(ship_a, ship_b) << "the ship turns: 16 frames later it looks different";
 }

@@ -26,7 +26,6 @@ inline uint32_t At(int x, int y) { return Read(x, y, x + 1, y + 1)[0]; }
 // Writes the whole back buffer as a PNG at path; returns path.
 std::string Save_Screen(const std::string& path);
 }  // namespace testenv
-using testenv::Red, testenv::Green, testenv::Blue;
 
 class DisplayTest : public ::testing::Test {
  protected:
