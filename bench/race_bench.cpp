@@ -177,18 +177,29 @@ void BM_RaceFrameFiveRacers(benchmark::State& state) {
 // A fixed count: each run settles its race first, which costs more than the frames timed.
 BENCHMARK(BM_RaceFrameFiveRacers)->ArgName("ghost")->Arg(0)->Arg(1)->Iterations(100)->Unit(benchmark::kMillisecond);
 
-// The value below which `share` of the sorted times lie (nearest rank).
-double Percentile(const std::vector<double>& sorted, double share) {
-  if (sorted.empty()) return 0;
-  const size_t rank = size_t(std::ceil(share * double(sorted.size())));
-  return sorted[std::clamp<size_t>(rank, 1, sorted.size()) - 1];
-}
+// Wall-clock times of one kind of frame, for their median and 99th percentile.
+class Times {
+ public:
+  explicit Times(size_t frames) { ms_.reserve(frames); }
+  void Add_Since(Clock::time_point start) { ms_.push_back(Ms_Since(start)); }
+  size_t Count() const { return ms_.size(); }
+  double Median() {
+    std::sort(ms_.begin(), ms_.end());
+    if (ms_.empty()) return 0;
+    const size_t n = ms_.size();
+    return n % 2 != 0 ? ms_[n / 2] : (ms_[n / 2 - 1] + ms_[n / 2]) / 2;
+  }
+  // The time below which `share` of them lie (nearest rank).
+  double Percentile(double share) {
+    std::sort(ms_.begin(), ms_.end());
+    if (ms_.empty()) return 0;
+    const size_t rank = size_t(std::ceil(share * double(ms_.size())));
+    return ms_[std::clamp<size_t>(rank, 1, ms_.size()) - 1];
+  }
 
-double Median(const std::vector<double>& sorted) {
-  if (sorted.empty()) return 0;
-  const size_t n = sorted.size();
-  return n % 2 != 0 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
-}
+ private:
+  std::vector<double> ms_;
+};
 
 // The least a frame of this size can cost: the whole back buffer covered once by a blended,
 // linearly filtered texture.
@@ -235,22 +246,16 @@ class Floor {
     return pixel;
   }
 
-  // One timed floor frame; its wall-clock time is kept for the median.
-  void Timed_Draw() {
+  // One floor frame, its wall-clock time added to `times`.
+  void Timed_Draw(Times& times) {
     const Clock::time_point t0 = Clock::now();
     Draw();
-    times_.push_back(Ms_Since(t0));
+    times.Add_Since(t0);
   }
-  double Median_Ms() {
-    std::sort(times_.begin(), times_.end());
-    return Median(times_);
-  }
-  void Reserve(size_t frames) { times_.reserve(frames); }
 
  private:
   mod3Denhance::Surface texture_;
   ScreenVertex quad_[4] = {};
-  std::vector<double> times_;
 };
 
 // Each race frame is followed by a floor frame, so a slower spell of the machine weighs on
@@ -266,10 +271,8 @@ void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
     End_Race();
     return state.SkipWithError(error);
   }
-  std::vector<double> wall;
-  wall.reserve(size_t(state.max_iterations));
-  floor.Reserve(size_t(state.max_iterations));
-  floor_px.Reserve(size_t(state.max_iterations));
+  const size_t most = size_t(state.max_iterations);
+  Times wall(most), floor_wall(most), floor_px_wall(most);
   double cpu_ms = 0, all_cpu_ms = 0;
   uint64_t allocations = 0, tris = 0;
   for (auto _ : state) {
@@ -277,21 +280,20 @@ void BM_RaceFrameAtSize(benchmark::State& state, int width, int height) {
     const double cpu0 = Cpu_Ms(CLOCK_THREAD_CPUTIME_ID), all_cpu0 = Cpu_Ms(CLOCK_PROCESS_CPUTIME_ID);
     const Clock::time_point t0 = Clock::now();
     Race_Frame(race.start, race.first_go);
-    wall.push_back(Ms_Since(t0));
+    wall.Add_Since(t0);
     cpu_ms += Cpu_Ms(CLOCK_THREAD_CPUTIME_ID) - cpu0;
     all_cpu_ms += Cpu_Ms(CLOCK_PROCESS_CPUTIME_ID) - all_cpu0;
     allocations += benchalloc::Count() - allocs0;
     tris += platform::Triangles_Sent() - tris0;
-    floor.Timed_Draw();
-    floor_px.Timed_Draw();
+    floor.Timed_Draw(floor_wall);
+    floor_px.Timed_Draw(floor_px_wall);
   }
   End_Race();
-  if (wall.empty()) return;
-  const double frames = double(wall.size());
-  std::sort(wall.begin(), wall.end());
-  const double median = Median(wall), floor_ms = floor.Median_Ms(), floor_px_ms = floor_px.Median_Ms();
+  if (wall.Count() == 0) return;
+  const double frames = double(wall.Count());
+  const double median = wall.Median(), floor_ms = floor_wall.Median(), floor_px_ms = floor_px_wall.Median();
   state.counters["median_ms"] = median;
-  state.counters["p99_ms"] = Percentile(wall, 0.99);
+  state.counters["p99_ms"] = wall.Percentile(0.99);
   state.counters["floor_ms"] = floor_ms;
   state.counters["x_floor"] = median / floor_ms;
   state.counters["floor_px_ms"] = floor_px_ms;
